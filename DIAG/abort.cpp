@@ -1,0 +1,28 @@
+#include "DIAG/abort.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+static void (*abort_handler)(const char* msg);
+
+void set_abort_handler(void (*handler)(const char* msg)) { abort_handler = handler; }
+
+void abort_optimizer(const char* msg) {
+  if (abort_handler) abort_handler(msg);
+  fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
+  if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);
+  exit(1);
+}
+
+void abort_optimizer() { abort_optimizer(nullptr); }
+
+void optassert(const char* expr, const char* file, int line) {
+  // Kept in locals so that a debugger shows which check failed.
+  [[maybe_unused]] const char* volatile failed_expr = expr;
+  [[maybe_unused]] const char* volatile failed_file = file;
+  [[maybe_unused]] volatile int failed_line = line;
+#ifdef VRX_CHECKS
+  fprintf(stderr, "%s:%d: check failed: %s\n", file, line, expr);
+#endif
+  abort_optimizer();
+}

@@ -1,0 +1,42 @@
+#include "support/psn.h"
+
+#include <mutex>
+#include <string>
+#include <unordered_set>
+
+namespace {
+
+std::mutex text_lock;
+std::mutex psnmap_lock;
+
+struct PSN_HASH {
+  size_t operator()(const PSN& p) const {
+    size_t h = reinterpret_cast<size_t>(p.file);
+    h = h * 1000003 + p.line;
+    return h * 1000003 + p.column;
+  }
+};
+
+struct PSN_EQUAL {
+  bool operator()(const PSN& a, const PSN& b) const {
+    return a.file == b.file && a.line == b.line && a.column == b.column;
+  }
+};
+
+std::unordered_set<std::string> texts;
+std::unordered_set<PSN, PSN_HASH, PSN_EQUAL> psnmap;
+
+} // namespace
+
+const char* intern_text(const char* text) {
+  if (!text) return nullptr;
+  std::lock_guard<std::mutex> hold(text_lock);
+  return texts.emplace(text).first->c_str();
+}
+
+PSN* make_psn(const char* file, unsigned line, unsigned column) {
+  const char* name = intern_text(file);
+  std::lock_guard<std::mutex> hold(psnmap_lock);
+  // Positions are immutable once made, so handing out the set's element is safe.
+  return const_cast<PSN*>(&*psnmap.insert(PSN{name, line, column}).first);
+}
