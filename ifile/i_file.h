@@ -1,0 +1,230 @@
+// The intermediate file, in either direction. The container (primitives, header, sections), type,
+// symbol and statement records are in the if_*.cpp files of this folder.
+//
+// Robustness: lengths, counts and references are checked against the file before use; damaged input
+// ends the run through if_die with a message and status 1 (if_open returns null for a bad header).
+#pragma once
+
+#include "ifile/base_node.h"
+#include "ifile/if_client.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <list>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class TYPE_PKG;
+
+constexpr int ICODE_VERSION = -71;
+constexpr int OLDEST_ICODE_VERSION = -86;
+constexpr int ICODE_CPU_ID = 600;
+constexpr unsigned NO_SYMBOL_LEVEL = 0xFFFFFFFFu;
+
+enum ICODE_TAG {
+  TAG_BEGIN_FUNC = 1, TAG_END_FUNC = 2, TAG_BEGIN_BLOCK = 3, TAG_END_BLOCK = 4, TAG_END_ARGS = 5,
+  TAG_END_LOCALS = 6, TAG_HEADER = 8, TAG_LIR = 34, TAG_SYMBOL = 35, TAG_ASM = 36,
+  TAG_LOOP_DEF = 38, TAG_LABEL = 42, TAG_MBANK = 45, TAG_EXPR = 46, TAG_COMMENT = 47,
+  TAG_DD_EDGE = 58, TAG_DD_VECTOR = 59, TAG_CATCH = 63, TAG_FUNC_INFO = 64, TAG_EHT_ENTRY = 91,
+  TAG_EHT = 93, TAG_PRAGMA = 94, TAG_NODE = 101, TAG_INIT = 105, TAG_LDSPEC = 108,
+  TAG_OPTION_SET = 111, TAG_TYPE = 116, TAG_IR_FUNC = 123, TAG_IN_LOOP = 124, TAG_IR_END = 125,
+  TAG_FILE_NAME = 126, TAG_EOF = 255
+};
+
+struct OPTION_SET {
+  unsigned number = 0;
+  std::vector<std::string> strings;
+};
+
+// What the reader keeps for a type number.
+struct TYPE_INFO {
+  TYPE* type = nullptr;
+  unsigned depth = 0;       // how many derivations it stands on; bounded against hostile input
+  int open_list = -1;       // kind of the list being read, -1 for none
+  bool complete_def = false; // defined, and not just by a class's short form
+};
+
+// Operators that can stand in a file, indexed by code; name is null for unused codes.
+struct IF_NODE_INFO {
+  int code;
+  const char* name;
+  int operands;
+};
+extern IF_NODE_INFO if_node_info[FIRST_MEMORY_OP];
+void if_node_table_init();
+void if_enter_node(int code, const char* name, int operands);
+
+// Ends the run: `message` on standard error, status 1, by way of the hook below.
+[[noreturn]] void if_die(const char* message);
+// Called by if_die before it exits, so that the driver can remove the output. May be null.
+extern void (*if_death_hook)();
+inline constexpr const char* INVALID_RECORD = "\nINTERNAL ERROR: Invalid I-code record, aborting";
+
+class I_FILE {
+public:
+  std::string source_name;
+  FILE* fp = nullptr;
+  long base = 0; // stream position of the icode's first byte; all offsets are relative to it
+  bool writing = false;
+  IF_CLIENT* client = nullptr;
+  int version = ICODE_VERSION;
+  uint32_t options_off = 0, init_off = 0, types_off = 0, files_off = 0, globals_off = 0;
+  std::list<OPTION_SET*> option_sets; // owned
+  TYPE_PKG* tp = nullptr;             // null: type references read as null
+  std::map<unsigned long, TYPE_INFO> types;
+  std::vector<const char*> file_names; // interned; number k is entry k-1
+  uint32_t extra_word = 0;
+  unsigned level = 0; // 0 outside functions, 1 parameters, 2 outer block, higher inner blocks
+  std::vector<I_SYMTAB*> locals, globals; // not owned
+
+  // Reads the header and the options. Null for a bad header, with the stream left open.
+  static I_FILE* if_open(FILE* fp, IF_CLIENT* client);
+  // New file for writing. Writes a header with zero offsets.
+  static I_FILE* if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t extra_word);
+  ~I_FILE();
+  void if_type_init(TYPE_PKG* pkg) { tp = pkg; }
+  void if_read_file();
+  // Reads one function's records from `offset` (0: from here) up to its end record.
+  void if_read_func(unsigned long offset);
+  void if_skip_func();
+  unsigned long if_tell() const;
+  void if_seek(unsigned long offset);
+  void if_flush();
+  // A writer writes its tables and the final header first, unless `abandon`. Frees the tables and
+  // closes the stream. 1 on a stream failure, else 0. The object itself stays for its owner.
+  int if_close(bool named_types_too, bool abandon);
+  void if_copy_raw(unsigned long offset, unsigned long length, I_FILE* from);
+  void if_copy_symbols(I_FILE* from); // enter the globals of `from`, under the same indices
+  bool if_check_lengths();            // walk all records of the function stream; false on a bad frame
+  void if_enter_option_set(const OPTION_SET& set);
+  void if_enter_option_set(unsigned number, unsigned count, char** strings);
+
+  // Primitive readers. End of file reads as the byte -1.
+  void i_read_header(int& tag, int& len); // len 0 for the section end tag
+  unsigned i_read_u8();
+  int i_read_s8();
+  bool i_read_bool();
+  unsigned i_read_u16();
+  int i_read_s16();
+  uint32_t i_read_u32();
+  int32_t i_read_s32();
+  unsigned long i_read_uint();
+  long i_read_sint();
+  // Text in a buffer that the next call overwrites. n >= 0: exactly n bytes; -1: up to a zero byte.
+  char* i_read_string(int n = -1);
+  void i_read_raw(char* bytes, int n);
+  PSN* i_read_psn();
+  TYPE* i_read_typeref();
+  void i_read_skip(int n);
+
+  // Primitive writers, into the record buffer.
+  void i_write_i8(int v);
+  void i_write_bool(bool v);
+  void i_write_i16(int v);
+  void i_write_i32(int v);
+  void i_write_uint(unsigned long v);
+  void i_write_sint(long v);
+  void i_write_string(const char* text, int n = -1); // n >= 0: counted, without a terminator
+  void i_write_raw(const char* bytes, int n);
+  void i_write_psn(PSN* psn);
+  void i_write_typeref(TYPE* type);
+  void i_flush(int tag); // frame the buffer as a record and write it
+  void i_write_eof();
+
+  // Types.
+  void if_read_type(int len);
+  void if_read_types();
+  TYPE* find_typeref(unsigned long number);
+  fkMDATA* find_mdataref(TYPE* csu, unsigned number);
+  void if_write_all_types(bool named);
+
+  // Files, symbols, pragmas.
+  unsigned i_enter_file_name(const char* name);
+  I_SYMTAB* if_read_sym();
+  void if_read_symbol_def();
+  PRAGMA* if_read_pragma(I_SYMTAB* sym);
+  void if_enter_local(I_SYMTAB* sym);
+  void if_enter_global(I_SYMTAB* sym);
+  I_SYMTAB* find_symref(unsigned level, unsigned long index);
+  void if_write_symbol(I_SYMTAB* sym);
+  void if_write_pragma(const PRAGMA* pragma);
+  void if_write_all_globals();
+
+  // Statements and expressions.
+  bool if_read_record(); // false at the section's end
+  BASE_NODE* if_read_expr_node(bool with_header);
+  void if_read_expr_header();
+  void if_read_init();
+  void if_read_eht();
+  void if_read_ldspec();
+  void if_write_expr(BASE_NODE* tree, PSN* psn); // tree may be null
+  void if_write_expr_node(BASE_NODE* tree);
+  void if_write_control(int tag, PSN* psn);
+  void if_write_begin_func(I_SYMTAB* func, PSN* psn);
+  void if_write_end_func(PSN* psn);
+  void if_write_begin_block(PSN* psn);
+  void if_write_end_block(PSN* psn);
+  void if_write_end_args(PSN* psn);
+  void if_write_end_locals(PSN* psn);
+  void if_write_label(unsigned number);
+  void if_write_assembly(const char* text, PSN* psn);
+  void if_write_comment(const char* text);
+  void if_write_func_info(int info);
+  void if_write_init(I_SYMTAB* sym);
+  void if_write_loop(unsigned id, unsigned parent, unsigned long min, unsigned long max,
+                     unsigned long multiple, unsigned flags);
+  void if_write_inloop(unsigned id, I_SYMTAB* lcv, int flag);
+  void if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n);
+  void if_write_dep_edge(int from, int to, int kind);
+  void if_write_mbank(int a, int b, int c, int d, int e);
+  void if_write_ldspec_induct(unsigned id, unsigned a, long stride, TYPE* type, int sym, unsigned b);
+  void if_write_ldspec_rand(unsigned id, unsigned a, unsigned b, TYPE* type, int sym, unsigned c);
+  void if_write_ldspec_region(unsigned id, unsigned label_id);
+  void if_write_func_eht(EHT_ENTRY* entries, unsigned count);
+  void if_write_eht_hdr(unsigned count);
+  void if_write_eht_entry(const EHT_ENTRY& entry);
+  void if_write_eht_catch_entry(const std::vector<I_CATCH_ENTRY>& catches);
+
+  // Bytes from here to the end of the file; what a length or count is checked against.
+  unsigned long bytes_left() const { return pos < file_size ? file_size - pos : 0; }
+  // Dies unless n bytes are left.
+  void need(unsigned long n) const;
+
+private:
+  // Reading: the whole file is held in memory, so that positions are cheap and checks simple.
+  std::vector<unsigned char> bytes;
+  unsigned long pos = 0, file_size = 0;
+  unsigned long record_end = 0; // where the payload of the record being read ends
+  int eof_reads = 0;
+  std::vector<char> text_buffer;
+
+  std::vector<unsigned char> buf;
+  unsigned long written = 0; // bytes written so far, from base
+  bool in_body = true;       // the function stream's or initialisers' end is still to be written
+  std::unordered_map<const char*, unsigned> file_numbers; // by interned name
+  uint32_t extra = 0;
+  std::vector<TYPE*> numbered_types;
+
+  int get_byte();
+  void put_bytes(const void* p, unsigned long n);
+  bool read_magic();
+  void write_header();
+  void read_options();
+  void read_section(uint32_t offset, bool (I_FILE::*read_one)(int tag, int len));
+  bool read_file_name(int tag, int len);
+  bool read_type_record(int tag, int len);
+  bool read_global(int tag, int len);
+  bool read_initialiser(int tag, int len);
+  BASE_NODE* read_node_payload(int op, TYPE* type);
+  void end_record();
+
+  // if_types_read.cpp, if_types_write.cpp
+  void read_type_element(TYPE_INFO& owner, int code);
+  void read_type_list(TYPE_INFO& owner, int code);
+  void define_type(unsigned long number, TYPE* type, unsigned depth);
+  void write_csu_short(TYPE* csu);
+  void write_csu_type_lists(TYPE* csu);
+  void write_type(TYPE* type);
+};
