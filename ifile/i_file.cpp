@@ -263,7 +263,7 @@ long I_FILE::i_read_sint() {
   } while (b & 0x80);
   // The sign reaches just to bit 31: wider values travel as decimal text.
   if (shift < 32 && (b & 0x40)) value |= 0xFFFFFFFFul & (~0ul << shift);
-  if (shift < 32 || value <= 0xFFFFFFFFul) return static_cast<int32_t>(value);
+  if (shift < 32 || (shift == 35 && value >> 32 == 7)) return static_cast<int32_t>(value);
   return static_cast<long>(value);
 }
 
