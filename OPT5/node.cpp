@@ -130,12 +130,8 @@ void erase_base_tree(BASE_NODE* tree) { erase_tree(static_cast<NODE*>(tree)); }
 
 I_SYMTAB* NODE::name_symbol() const { return u.sym; }
 
-unsigned long NODE::icon_uvalue() const {
-  // The value as the bits of its type: a negative one of an unsigned type does not occur.
-  return ival.low;
-}
-
-long NODE::icon_svalue() const { return static_cast<long>(ival.low); }
+unsigned long NODE::icon_uvalue() const { return static_cast<unsigned long>(ival); }
+long NODE::icon_svalue() const { return static_cast<long>(ival); }
 
 const char* NODE::lcon_value() const {
   thread_local char text[32];
@@ -168,7 +164,8 @@ void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
 }
 
 void NODE::mk_icon(long value) {
-  ival = type->is_int_or_enum() ? truncate_to_type(INT65(value), type) : INT65(value);
+  ival = type->is_signed() ? INT65(value) : INT65(static_cast<unsigned long>(value));
+  if (type->is_int_or_enum()) ival = truncate_to_type(ival, type);
 }
 
 void NODE::mk_lcon(const char* digits) {
