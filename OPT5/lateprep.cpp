@@ -15,7 +15,7 @@ void fold_ANDBASGs() {
         NODE* second = next->tree;
         if (first->op != ANDBASG || second->op != ANDBASG || first->right->op != ICON ||
             second->right->op != ICON || first->right->type != second->right->type ||
-            !trees_are_congruent(first->left, second->left))
+            first->left->type->is_volatile() || !trees_are_congruent(first->left, second->left))
           break;
         first->right->ival = first->right->ival & second->right->ival;
         s->next = next->next;
