@@ -89,6 +89,10 @@ public:
   enum FKIND : int { F_FLOAT, F_DOUBLE, F_LDOUBLE };
   enum CC_KIND : int { CC_C };
   enum QUAL : int { Q_CONST = 1, Q_VOLATILE = 2, Q_RESTRICT = 64 };
+  // The bits of `flags`: the IKIND or FKIND, then these, a qualifier byte and the fraction of a
+  // fixed-point type (signed, 8 bits).
+  enum FLAG : unsigned { KIND_MASK = 0xF, SIGNED = 0x10, BOOLEAN = 0x20, STD_SIGNED = 0x40 };
+  static constexpr int QUAL_SHIFT = 8, FRACTION_SHIFT = 16;
   using BASED_TYPE_CONTAINER = std::vector<TYPE*>;
 
   unsigned uid = 0; // 0 until registered
@@ -105,7 +109,8 @@ public:
   const char* name = "";      // interned
   std::map<std::string, BASED_TYPE_CONTAINER>* based_types = nullptr;
   TYPE* extra = nullptr;      // class of a pointer to member
-  bool frozen = false;
+  bool frozen = false;        // never handed out as the twin of a new type
+  TYPE* pointer = nullptr;    // cache of mk_ptr, under mk_ptr_lock
 
   unsigned file_number = 0;   // scratch of the file layer: number in the output, 0 for none
   unsigned file_marks = 0;    // scratch of the file layer
@@ -149,7 +154,10 @@ public:
   // qualifiers, and one representative for integer types of one width and signedness.
   TYPE* normalized_type();
   TYPE* enum_underlying() const; // integer type of an enumeration
-  int rank() const;          // conversion rank of an integer kind
+  int rank() const;          // conversion rank of an integer kind; dies on other kinds
+  TYPE::IKIND ikind() const; // of this integer node
+  TYPE::FKIND fkind() const; // of this floating node
+  int fraction() const;      // fraction bits of this fixed-point node
   int ekind() const;         // code of a basic kind for the file's table
   unsigned long storage_size() const; // bits, rounded up to whole units
   bool is_complete() const;
@@ -177,7 +185,10 @@ public:
 
   TYPE* basic[19] = {}; // slots by TYPE::IKIND, then float, double, long double, void, void*
 
-  static TYPE_PKG* init_type_pkg(); // makes a package, counts it in tp_count
+  // Makes a package, counts it in tp_count, and makes it `tp` if there is none. Deleting the package
+  // deletes all its types.
+  static TYPE_PKG* init_type_pkg();
+  ~TYPE_PKG();
   void update_basic_types();
   void normalize_basic_types();
 
@@ -190,6 +201,7 @@ public:
   TYPE* mk_fxtpt(TYPE* under, int fraction);
   TYPE* mk_fxtpt(TYPE* under, int fraction, unsigned long size, unsigned align);
   TYPE* mk_complex(TYPE* part);
+  TYPE* mk_complex(TYPE* part, unsigned long size, unsigned align);
   TYPE* mk_ptr(TYPE* to);
   TYPE* mk_ptr(TYPE* to, unsigned long size, unsigned align);
   TYPE* mk_ref(TYPE* to);
@@ -225,13 +237,21 @@ public:
   TYPE* mk_void_ptr() { return basic[18]; }
   TYPE* mk_ptrdiff() { return basic[TYPE::I_LONG]; } // type of a pointer difference
 
+  // The type without those qualifier bits; typedef layers that hide one go with it.
   TYPE* remove_known_qual(TYPE* t, unsigned char qual);
+  // An array of as many of the other elements, or a vector of them.
   TYPE* replace_array_elem(TYPE* array, TYPE* elem);
+  // C's rules. Types that they don't cover come back without typedefs and qualifiers; the second dies
+  // on operands that are not arithmetic.
   TYPE* c_integral_promotions(TYPE* t);
   TYPE* c_usual_arith_conv(TYPE* a, TYPE* b);
 
+  // Gives back the twin of `candidate` (which is then deleted), or the candidate, from now on owned
+  // by the package and listed under `base`, which for a type without a base is the package's void.
   TYPE* register_type(TYPE* candidate, TYPE* base);
   void assign_uid(TYPE& t);
+  // Deletes `t` and, if recursive, what is based on it; dies if something is and it isn't. `unlink`
+  // takes it out of its base's list, which is not needed when the base goes too.
   void delete_type_tree(TYPE* t, bool recursive, bool unlink);
   // Every type, bases before what is derived from them, in a fixed order.
   void walk_types(void (*visit)(TYPE*, void*), void* arg);
@@ -240,7 +260,20 @@ public:
 
 private:
   unsigned next_uid = 1;
+  unsigned session = 0; // stamp of the package
+  unsigned fake_names = 0;
   TYPE* vpred = nullptr;
+  std::map<std::pair<unsigned long, TYPE*>, TYPE*> struct_vectors;
+
+  TYPE_PKG() = default;
+  TYPE* new_type(TYPE::KIND kind, TYPE* base, unsigned long size, unsigned align);
+  TYPE* make_array(TYPE* elem, const ARRAY_PARTS& parts, unsigned long size, unsigned align);
+  TYPE* parent_of(TYPE* t) const;
+  void unlink_type(TYPE* t);
+  void set_basic_layout(TYPE* t, unsigned long size, unsigned align);
+  TYPE* int_representative(unsigned long size, bool is_signed) const;
+  TYPE* change_sign(TYPE* t, bool to_signed, const char* complaint);
+  friend class TYPE;
 };
 
 // The one package of the run.
@@ -251,7 +284,11 @@ bool exact_types(const TYPE* a, const TYPE* b);
 // Same type after typedefs and qualifiers; relaxed also lets enumerations match their integer.
 bool compatible_types(const TYPE* a, const TYPE* b, bool relaxed = false);
 
+// Zeroed memory, counted; dies when there is none.
 void* tp_alloc(size_t bytes);
 void tp_free(void* p, size_t bytes);
+size_t tp_bytes_allocated();
+// Called by tp_die before it exits, so that the driver can remove the output. May be null.
+extern void (*tp_death_hook)();
 // "TP>> internal error: %s\n", the support message, exit with status 1.
 [[noreturn]] void tp_die(const char* text);

@@ -202,9 +202,7 @@ private:
 
   std::vector<unsigned char> buf;
   unsigned long written = 0; // bytes written so far, from base
-  bool in_body = true;       // the function stream's or initialisers' end is still to be written
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
-  uint32_t extra = 0;
   std::vector<TYPE*> numbered_types;
 
   int get_byte();

@@ -1,0 +1,7 @@
+#include "OPT5/dominator.h"
+
+#include "OPT5/funinfo.h"
+
+void mark_dominators_stale() {
+  if (currfuninfo && currfuninfo->dominators) currfuninfo->dominators->stale = true;
+}

@@ -1,0 +1,133 @@
+#include "OPT5/funinfo.h"
+
+#include "OPT5/dominator.h"
+#include "OPT5/scope.h"
+#include "OPT5/settings.h"
+#include "OPT5/streams.h"
+
+#include <cstring>
+#include <unordered_map>
+
+thread_local SYMTAB* currfunc;
+thread_local FUNINFO* currfuninfo;
+FUNINFO* file_funinfo;
+
+namespace {
+std::mutex funinfo_lock;
+std::unordered_map<const SYMTAB*, FUNINFO*> by_symbol;
+std::unordered_map<std::string, FUNINFO*> by_name;
+std::vector<FUNINFO*> all_records; // owns them
+} // namespace
+
+FUNINFO::FUNINFO(const char* text) : name(text) {}
+
+FUNINFO::~FUNINFO() {
+  for (EHT_ITEM& item : eht) erase_tree(item.cleanup);
+  erase_tree_list(stmts);
+  erase_tree_list(global_assertions);
+  delete dominators;
+}
+
+unsigned FUNINFO::properties() const {
+  std::lock_guard<std::mutex> hold(lock);
+  return property_word;
+}
+
+void FUNINFO::set_properties(unsigned bits) {
+  std::lock_guard<std::mutex> hold(lock);
+  property_word |= bits;
+}
+
+void FUNINFO::clear_properties(unsigned bits) {
+  std::lock_guard<std::mutex> hold(lock);
+  property_word &= ~bits;
+}
+
+static FUNINFO* new_record(const char* name) {
+  auto* fi = new FUNINFO(name);
+  all_records.push_back(fi);
+  by_name.emplace(name, fi);
+  return fi;
+}
+
+FUNINFO* make_FUNINFO(SYMTAB* sym) {
+  std::lock_guard<std::mutex> hold(funinfo_lock);
+  FUNINFO*& fi = by_symbol[sym];
+  if (!fi) {
+    // Statics of one name are functions of their own.
+    auto* record = new FUNINFO(skip_name_prefix(sym->name));
+    all_records.push_back(record);
+    by_name.emplace(record->name, record);
+    record->symbol = sym;
+    fi = record;
+    init_FUNINFO_flags(fi, 0);
+  }
+  return fi;
+}
+
+FUNINFO* make_FUNINFO(const char* name) {
+  std::lock_guard<std::mutex> hold(funinfo_lock);
+  auto place = by_name.find(name);
+  return place != by_name.end() ? place->second : new_record(name);
+}
+
+FUNINFO* find_FUNINFO(const SYMTAB* sym) {
+  std::lock_guard<std::mutex> hold(funinfo_lock);
+  auto place = by_symbol.find(sym);
+  return place == by_symbol.end() ? nullptr : place->second;
+}
+
+FUNINFO* find_FUNINFO(const char* name) {
+  std::lock_guard<std::mutex> hold(funinfo_lock);
+  auto place = by_name.find(name);
+  return place == by_name.end() ? nullptr : place->second;
+}
+
+FUNINFO* find_FUNINFO_for_call(const NODE* call) {
+  SYMTAB* callee = get_callee_for_call(call);
+  return callee ? find_FUNINFO(callee) : nullptr;
+}
+
+bool function_is_defined(const FUNINFO* fi) { return fi->symbol && fi->symbol->is_defined; }
+
+void init_FUNINFO_flags(FUNINFO* fi, int) {
+  static const char* const no_return[] = {"exit", "abort", "longjmp", "__cxa_throw", "__cxa_rethrow"};
+  for (const char* name : no_return)
+    if (fi->name == name) fi->set_properties(FP_NO_RETURN);
+  if (fi->name == "main") fi->set_properties(FP_MAIN);
+}
+
+void dump_FUNINFO(const FUNINFO* fi) {
+  print_if_debug("FUNINFO %s: properties 0x%x, %d blocks\n", fi->name.c_str(), fi->properties(),
+                 fi->bb_count);
+}
+
+void erase_all_FUNINFOs() {
+  for (FUNINFO* fi : all_records) delete fi;
+  all_records.clear();
+  by_symbol.clear();
+  by_name.clear();
+}
+
+void erase_all() {
+  FUNINFO* fi = currfuninfo;
+  for (BBLK* bb = fi->uon_list; bb;) {
+    BBLK* next = bb->uon_link;
+    erase_tree_list(bb->statements);
+    bb->statements = nullptr;
+    erase_bblock(bb);
+    bb = next;
+  }
+  fi->bb_list = fi->uon_list = nullptr;
+  fi->bb_count = 0;
+  erase_tree_list(fi->stmts);
+  fi->stmts = nullptr;
+  erase_tree(fi->entry_tree);
+  fi->entry_tree = nullptr;
+  for (LBL* label : fi->labels) delete label;
+  fi->labels.clear();
+  LS::erase(fi->scope);
+  fi->scope = nullptr;
+  delete fi->dominators;
+  fi->dominators = nullptr;
+}

@@ -1,0 +1,112 @@
+// All that is known of one function.
+#pragma once
+
+#include "OPT5/bblk.h"
+#include "OPT5/symbol.h"
+#include "support/bitvec.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+class LS;
+class Dominator;
+struct PTENV;
+
+// One entry of an exception table.
+struct EHT_ITEM {
+  unsigned id;
+  unsigned kind; // EHT_ENTRY_KIND
+  unsigned region, count;
+  std::vector<I_CATCH_ENTRY> catches;
+  NODE* cleanup; // owned, may be null
+};
+
+enum FUNC_PROPERTY : unsigned {
+  FP_MUST_KEEP = 0x2,          // kept though it could be suppressed
+  FP_ON_UNSUPPRESSED = 0x4,    // is or has been on unsuppressed_functions
+  FP_NO_RETURN = 0x8,
+  FP_SUPPRESSED = 0x40,        // no body is written
+  FP_VISIBLE_200 = 0x200,
+  FP_OUT_OF_ORDER = 0x800,     // left out of the call-graph order
+  FP_VISIBLE_1000 = 0x1000,
+  FP_VISIBLE_2000 = 0x2000,
+  FP_MAIN = 0x40000000
+};
+
+class FUNINFO : public serial_namespace<BBLK, FUNINFO> {
+public:
+  SYMTAB* symbol = nullptr;
+  std::string name; // without a language prefix
+  TYPE* return_type = nullptr;
+  PSN* begin_psn = nullptr;
+  PSN* end_args_psn = nullptr;
+  PSN* end_locals_psn = nullptr;
+  PSN* end_psn = nullptr;
+  std::vector<EHT_ITEM> eht;
+  LIST* stmts = nullptr;   // while reading: newest first
+  BBLK* bb_list = nullptr; // entry block
+  BBLK* uon_list = nullptr; // blocks in order of creation
+  int bb_count = 0;
+  std::vector<LBL*> labels; // owned
+  NODE* entry_tree = nullptr; // copy of the argument prolog, owned
+  LIST* global_assertions = nullptr;
+  LS* scope = nullptr;
+  Dominator* dominators = nullptr;
+
+  // The four lists of local symbols.
+  SYMTAB* incoming = nullptr;       // read or made since the last sym_split
+  SYMTAB* inlined_params = nullptr; // parameters of inlined calls since the last sym_split
+  SYMTAB* symbols = nullptr;        // general
+  SYMTAB* reg_candidates = nullptr; // scalar and not volatile
+
+  unsigned time = 0; // microseconds spent in steps
+  bool cd_ok = true; // no built-in of the body forbids data-flow transformations
+  bool only_simple_calls = true;
+  bool no_tail_recursion = false;
+  bool is_leaf = true; // no calls
+  bool builtins_have_state = false; // built-ins of the body read or write hidden state
+  SYMTAB* cctor_result = nullptr;   // local that points to the result of a copy constructor
+  int temp_counter = 0;
+  int sym_counter = 0;
+  unsigned long serial_counter = 0;
+
+  // What GLOBAL_SYM keeps here, by the symbol's index.
+  std::vector<bool> aliased, under_ARGREF;
+  std::vector<short> bitnums;
+  std::vector<long> depnums;
+
+  std::vector<std::string> info_texts;    // deferred text of the information file
+  std::vector<std::string> header_comments; // comments read ahead of the first statement
+  std::vector<bool> call_sites[3];        // by call number
+
+  explicit FUNINFO(const char* name);
+  ~FUNINFO();
+
+  unsigned properties() const;
+  bool has_property(unsigned bits) const { return properties() & bits; }
+  void set_properties(unsigned bits);
+  void clear_properties(unsigned bits);
+
+private:
+  mutable std::mutex lock;
+  unsigned property_word = 0;
+};
+
+extern thread_local SYMTAB* currfunc;
+extern thread_local FUNINFO* currfuninfo;
+extern FUNINFO* file_funinfo; // the pseudo record " ? "
+
+// The record of a function, made when there is none. One a symbol, to the end of the run.
+FUNINFO* make_FUNINFO(SYMTAB* sym);
+FUNINFO* make_FUNINFO(const char* name);
+FUNINFO* find_FUNINFO(const SYMTAB* sym);
+FUNINFO* find_FUNINFO(const char* name);
+FUNINFO* find_FUNINFO_for_call(const NODE* call); // null for an indirect call
+bool function_is_defined(const FUNINFO* fi);
+void init_FUNINFO_flags(FUNINFO* fi, int level);
+void dump_FUNINFO(const FUNINFO* fi);
+void erase_all_FUNINFOs();
+
+// Frees the current function's blocks, trees, labels and scopes.
+void erase_all();

@@ -1,0 +1,465 @@
+// Making, copying and erasing of nodes and lists.
+
+#include "OPT5/node.h"
+
+#include "DIAG/abort.h"
+#include "OPT5/bblk.h"
+#include "OPT5/funinfo.h"
+#include "OPT5/optables.h"
+#include "OPT5/settings.h"
+#include "OPT5/streams.h"
+#include "OPT5/symbol.h"
+#include "TYPES/type_values.h"
+#include "ifile/i_file.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <vector>
+
+// ---------------------------------------------------------------------------------------------
+// The node pool
+//
+// Erased nodes keep their operator ILLOP until they are used again, so that erasing one twice is
+// noticed and reported instead of damaging the heap. Each thread takes nodes from its own free list
+// and hands the list on when it ends.
+
+namespace {
+
+constexpr int NODES_A_CHUNK = 256;
+
+union POOL_CELL {
+  POOL_CELL() {}
+  ~POOL_CELL() {}
+  NODE node;
+};
+
+struct NODE_POOL {
+  std::mutex lock;
+  std::vector<POOL_CELL*> chunks;
+  std::vector<NODE*> returned;
+  ~NODE_POOL() {
+    for (POOL_CELL* chunk : chunks) delete[] chunk;
+  }
+};
+
+NODE_POOL& pool() {
+  static NODE_POOL the_pool;
+  return the_pool;
+}
+
+std::atomic<int> live_nodes;
+
+struct FREE_LIST {
+  std::vector<NODE*> nodes;
+  FREE_LIST() { pool(); } // so that the pool outlives every list
+  ~FREE_LIST() {
+    std::lock_guard<std::mutex> hold(pool().lock);
+    pool().returned.insert(pool().returned.end(), nodes.begin(), nodes.end());
+  }
+  void refill() {
+    std::lock_guard<std::mutex> hold(pool().lock);
+    std::vector<NODE*>& returned = pool().returned;
+    if (!returned.empty()) {
+      size_t n = returned.size() < NODES_A_CHUNK ? returned.size() : NODES_A_CHUNK;
+      nodes.insert(nodes.end(), returned.end() - n, returned.end());
+      returned.resize(returned.size() - n);
+      return;
+    }
+    auto* chunk = new POOL_CELL[NODES_A_CHUNK];
+    pool().chunks.push_back(chunk);
+    for (int k = NODES_A_CHUNK - 1; k >= 0; k--) nodes.push_back(&chunk[k].node);
+  }
+};
+
+thread_local FREE_LIST free_nodes;
+
+char* copy_text(const char* text) {
+  if (!text) return nullptr;
+  size_t n = strlen(text) + 1;
+  return static_cast<char*>(memcpy(malloc(n), text, n));
+}
+
+char* copy_bytes(const char* bytes, size_t n) {
+  auto* copy = static_cast<char*>(malloc(n + 1));
+  memcpy(copy, bytes, n);
+  copy[n] = 0;
+  return copy;
+}
+
+bool has_builtin_name(int op) {
+  return op == ICALL || op == UICALL || op == MCALL || op == UMCALL;
+}
+
+} // namespace
+
+int live_node_count() { return live_nodes; }
+
+NODE* alloc_node(int op, TYPE* type) {
+  if (free_nodes.nodes.empty()) free_nodes.refill();
+  NODE* place = free_nodes.nodes.back();
+  free_nodes.nodes.pop_back();
+  NODE* node = new (place) NODE;
+  node->op = op;
+  node->type = type;
+  node->orig_type = type;
+  live_nodes.fetch_add(1, std::memory_order_relaxed);
+  return node;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The file layer's view
+
+BASE_NODE* new_node(int op, TYPE* type) {
+  if (!type) type = tp->mk_void();
+  if (op == UCALL && currfuninfo) currfuninfo->only_simple_calls = false;
+  if (op == SCONV && type->is_enum()) type = type->enum_underlying()->normalized_type();
+  if (op == PCONV && chars_alias_other_types && type->base_kind() == TYPE::K_POINTER) {
+    // Characters have the size of a plain int here; the operator keeps what alias analysis wants
+    // to know of pointers converted from characters.
+    TYPE* to = type->underlying_type()->elem_type()->underlying_type();
+    bool to_char = to == tp->basic[TYPE::I_SCHAR] || to == tp->basic[TYPE::I_UCHAR];
+    if (!to_char && tp->basic[TYPE::I_SCHAR]->size == tp->mk_plain_int()->size) op = ISP2CHAR;
+  }
+  return alloc_node(op, type);
+}
+
+void erase_base_tree(BASE_NODE* tree) { erase_tree(static_cast<NODE*>(tree)); }
+
+I_SYMTAB* NODE::name_symbol() const { return u.sym; }
+
+unsigned long NODE::icon_uvalue() const { return static_cast<unsigned long>(ival); }
+long NODE::icon_svalue() const { return static_cast<long>(ival); }
+
+const char* NODE::lcon_value() const {
+  thread_local char text[32];
+  if (type->is_signed()) snprintf(text, sizeof text, "%ld", icon_svalue());
+  else snprintf(text, sizeof text, "%lu", icon_uvalue());
+  return text;
+}
+
+const char* NODE::fcon_value() {
+  if (!text) {
+    simul_fval value = *u.fval;
+    truncate_fval_to_target(&value, type);
+    text = copy_text(f_hex_text(&value).c_str());
+  }
+  return text;
+}
+
+int NODE::label_id() const {
+  return label ? label->number : static_cast<int>(static_cast<long>(ival));
+}
+
+unsigned NODE::call_num_args() const { return static_cast<unsigned>(arg_list_count(right)); }
+
+void NODE::mk_name(I_SYMTAB* sym) { u.sym = static_cast<SYMTAB*>(sym); }
+
+void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
+  ival = kind;
+  mval = member;
+  u.csu = csu;
+}
+
+void NODE::mk_icon(long value) {
+  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
+  ival = type->is_signed() ? INT65(value) : INT65(static_cast<unsigned long>(value));
+  if (type->is_int_or_enum()) ival = truncate_to_type(ival, type);
+}
+
+void NODE::mk_lcon(const char* digits) {
+  const bool negative = *digits == '-';
+  unsigned long value = 0;
+  for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++) value = value * 10 + (*p - '0');
+  op = ICON;
+  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
+  INT65 wide = negative ? -INT65(value) : INT65(value);
+  ival = type->is_int_or_enum() ? truncate_to_type(wide, type) : wide;
+}
+
+static std::mutex atof_lock;
+
+void NODE::mk_fcon(const char* digits) {
+  if (!type->is_float()) if_die(INVALID_RECORD);
+  auto* value = new simul_fval;
+  {
+    std::lock_guard<std::mutex> hold(atof_lock);
+    f_atof(digits, value);
+  }
+  truncate_fval_to_target(value, type);
+  u.fval = value;
+}
+
+void NODE::mk_scon(const char* bytes, unsigned length) {
+  text = copy_bytes(bytes, length);
+  ival = length;
+}
+
+void NODE::mk_ddnode(int id, int locale, int flags) {
+  ival = id;
+  dd_locale = locale;
+  dd_flags = flags;
+}
+
+void NODE::mk_call(unsigned args, unsigned variable_args) {
+  ival = args;
+  vargs = variable_args;
+}
+
+void NODE::mk_icall(const char* name) { u.callee = copy_text(name); }
+
+// ---------------------------------------------------------------------------------------------
+// Makers
+
+NODE* maketree(int op, NODE* left, NODE* right, TYPE* type, LS* ls) {
+  if (op == SCONV || op == PCONV || op == ACONV) type = type->type_qualified();
+  NODE* node = alloc_node(op, type);
+  node->left = left;
+  node->right = right;
+  node->ls = ls;
+  return node;
+}
+
+NODE* mktree(int op, NODE* left, NODE* right, TYPE* type, SYMTAB* sym, INT65 ival) {
+  NODE* node = maketree(op, left, right, type);
+  if (sym) node->u.sym = sym;
+  else node->ival = ival;
+  return node;
+}
+
+NODE* mk_ASG(NODE* left, NODE* right) {
+  TYPE* type = left->type;
+  int op = ASG;
+  if (type->is_vector() && type->underlying_type()->elem_type()->is_csu()) op = ARASG;
+  else if (type->is_csu()) op = STASG;
+  else if (type->is_array()) op = ARASG;
+  NODE* node = maketree(op, left, right, type, left->ls);
+  if (op == STASG) node->mval = left->mval;
+  return node;
+}
+
+NODE* mk_ICON(INT65 value, TYPE* type) {
+  if (type->is_pointer())
+    type = type->size > tp->mk_plain_uint()->size ? tp->basic[TYPE::I_ULONG] : tp->mk_plain_uint();
+  if (!type->is_int_or_enum()) optassert("TYPE_IS_INT(type)", __FILE__, __LINE__);
+  NODE* node = alloc_node(ICON, type);
+  node->ival = truncate_to_type(value, type);
+  return node;
+}
+
+NODE* mk_FCON(const simul_fval& value, TYPE* type) {
+  NODE* node = alloc_node(FCON, type);
+  node->u.fval = new simul_fval(value);
+  truncate_fval_to_target(node->u.fval, type);
+  return node;
+}
+
+NODE* mk_constant_from_ival(INT65 value, TYPE* type) {
+  TYPE* scalar = type->is_vector() ? type->underlying_type()->elem_type() : type;
+  NODE* node;
+  if (scalar->is_int_or_enum()) {
+    node = mk_ICON(value, scalar);
+  } else if (scalar->is_float()) {
+    simul_fval fval;
+    f_itof(static_cast<long>(value), &fval);
+    node = mk_FCON(fval, scalar);
+  } else {
+    node = mk_ICON(value, tp->mk_plain_int());
+    node = maketree(scalar->is_pointer() ? PCONV : SCONV, node, nullptr, scalar);
+  }
+  return type->is_vector() ? maketree(VPACKM, node, nullptr, type) : node;
+}
+
+NODE* mk_NAME(SYMTAB* sym, LS* ls) {
+  NODE* node = maketree(NAME, nullptr, nullptr, sym->type, ls);
+  node->u.sym = sym;
+  return node;
+}
+
+static NODE* mk_builtin_call(int with_args, int without, const char* name, NODE* args, TYPE* type) {
+  NODE* node = maketree(args ? with_args : without, args, nullptr, type);
+  node->mk_icall(name);
+  return node;
+}
+
+NODE* mk_MCALL(const char* name, NODE* args, TYPE* type) {
+  return mk_builtin_call(MCALL, UMCALL, name, args, type);
+}
+
+NODE* mk_ICALL(const char* name, NODE* args, TYPE* type) {
+  return mk_builtin_call(ICALL, UICALL, name, args, type);
+}
+
+NODE* mk_COMMAOP(NODE* first, NODE* second) {
+  return first ? maketree(COMMAOP, first, second, second->type, second->ls) : second;
+}
+
+NODE* mk_MINUS(NODE* a, NODE* b, TYPE* type) { return maketree(MINUS, a, b, type); }
+
+NODE* mk_EXCLAIM(NODE* x) { return maketree(EXCLAIM, x, nullptr, tp->mk_plain_int(), x->ls); }
+
+static void add_label_refs(LBL* label, unsigned refs) {
+  for (; refs && label->refcount < 32767; refs--) label->refcount++;
+}
+
+NODE* mk_LABELREF(INT65 number, unsigned refs) {
+  NODE* node = alloc_node(LABEL, tp->mk_void());
+  node->ival = number;
+  node->label = find_label(static_cast<int>(static_cast<long>(number)));
+  add_label_refs(node->label, refs);
+  return node;
+}
+
+NODE* mk_LABELREF_to_bb(BBLK* bb, LS* ls) {
+  if (!bb->label) bb->label = mklabel(bb->dfn, nullptr, bb);
+  NODE* node = alloc_node(LABEL, tp->mk_void());
+  node->ls = ls;
+  node->label = bb->label;
+  node->ival = bb->label->number;
+  add_label_refs(bb->label, 1);
+  return node;
+}
+
+NODE* mk_BRANCH(BBLK* bb, LS* ls) {
+  return maketree(BRANCH, mk_LABELREF_to_bb(bb, ls), nullptr, tp->mk_void(), ls);
+}
+
+NODE* mk_IF(NODE* cond, BBLK* if_true, BBLK* if_false, LS* ls) {
+  NODE* targets = maketree(COMMA, mk_LABELREF_to_bb(if_true, ls), mk_LABELREF_to_bb(if_false, ls),
+                           tp->mk_void(), ls);
+  return maketree(IF, cond, targets, tp->mk_void(), ls);
+}
+
+NODE* mk_LABELDEF(LBL* label) {
+  NODE* node = alloc_node(LABELDEF, tp->mk_void());
+  node->label = label;
+  node->ival = label->number;
+  return node;
+}
+
+LIST* mklist(NODE* tree, LIST* next, int info0, int info1) {
+  return new LIST{tree, nullptr, {static_cast<short>(info0), static_cast<short>(info1)}, next};
+}
+
+LIST* mkelist(NODE* tree, LIST* next, PSN* psn) { return new LIST{tree, psn, {0, 0}, next}; }
+
+// ---------------------------------------------------------------------------------------------
+// Copying
+
+NODE* copy_node(const NODE* node, bool keep_ls) {
+  NODE* copy = alloc_node(node->op, node->type);
+  *copy = *node;
+  copy->left = copy->right = nullptr;
+  copy->dd_info = nullptr;
+  copy->ptenv = nullptr;
+  if (!keep_ls) copy->ls = nullptr;
+  if (node->op == FCON) {
+    copy->u.fval = new simul_fval(*node->u.fval);
+    copy->text = nullptr; // the cached text is made again when asked for
+  } else if (node->op == SCON) {
+    copy->text = copy_bytes(node->text, node->scon_length());
+  } else if (node->text) {
+    copy->text = copy_text(node->text);
+  }
+  if (has_builtin_name(node->op)) copy->u.callee = copy_text(node->u.callee);
+  if (node->pragma) {
+    copy->pragma = new PRAGMA(*node->pragma);
+    copy->pragma->next = nullptr;
+  }
+  if (node->op == LABEL && node->label) add_label_refs(node->label, 1);
+  return copy;
+}
+
+NODE* copy_tree(const NODE* tree, bool keep_ls) {
+  if (!tree) return nullptr;
+  NODE* root = copy_node(tree, keep_ls);
+  NODE* to = root;
+  for (const NODE* from = tree;; from = from->left, to = to->left) {
+    if (from->right) to->right = copy_tree(from->right, keep_ls);
+    if (!from->left) return root;
+    to->left = copy_node(from->left, keep_ls);
+  }
+}
+
+NODE* copy_tree_0(const NODE* tree, FUNINFO* fi) {
+  NODE* copy = copy_tree(tree, false);
+  if (fi)
+    walk_postorder(copy, [fi](NODE*& node) {
+      if (node->op == NAME && node->u.sym) node->u.sym = intern_symbol(node->u.sym, fi);
+    });
+  return copy;
+}
+
+LIST* copy_statements(const LIST* list, bool keep_ls) {
+  LIST* head = nullptr;
+  LIST** tail = &head;
+  for (; list; list = list->next) {
+    *tail = new LIST{copy_tree(list->tree, keep_ls), list->psn, {list->info[0], list->info[1]},
+                     nullptr};
+    tail = &(*tail)->next;
+  }
+  return head;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Erasing
+
+void erase_node(NODE* node) {
+  if (node->op == ILLOP) {
+    fprintf(stderr, "\n\n!!! COMPILER (OPTIMIZER) ERROR IN 'erase_node' %p !!!\n\n",
+            static_cast<void*>(node));
+    print_if_debug("\n\n!!! COMPILER (OPTIMIZER) ERROR IN 'erase_node' %p !!!\n\n",
+                   static_cast<void*>(node));
+    abort_optimizer();
+  }
+  if (node->dd_info) {
+    erase_tree(node->dd_info->tree);
+    delete node->dd_info;
+  }
+  if (node->op == FCON) delete node->u.fval;
+  if (has_builtin_name(node->op)) free(node->u.callee);
+  if (node->op == LABEL && node->label && node->label->refcount > 0 && node->label->refcount < 32767)
+    node->label->refcount--;
+  free(node->text);
+  delete node->pragma;
+  node->op = ILLOP;
+  node->left = node->right = nullptr;
+  node->dd_info = nullptr;
+  node->ptenv = nullptr;
+  node->orig_type = nullptr;
+  node->text = nullptr;
+  node->pragma = nullptr;
+  node->label = nullptr;
+  live_nodes.fetch_sub(1, std::memory_order_relaxed);
+  free_nodes.nodes.push_back(node);
+}
+
+void erase_tree(NODE* tree) {
+  while (tree) {
+    if (tree->op == CSE_DUPE) {
+      // Its operands belong to the CSE_ORIG.
+      erase_node(tree);
+      return;
+    }
+    NODE* left = tree->left;
+    NODE* right = tree->right;
+    erase_node(tree);
+    if (right) erase_tree(right);
+    tree = left;
+  }
+}
+
+void erase_tree_list(LIST* list) {
+  for (LIST* cell = list; cell; cell = cell->next) erase_tree(cell->tree);
+  erase_tree_list_only(list);
+}
+
+void erase_tree_list_only(LIST* list) {
+  while (list) {
+    LIST* next = list->next;
+    delete list;
+    list = next;
+  }
+}

@@ -1,0 +1,46 @@
+// The tree of lexical scopes of a function.
+#pragma once
+
+#include "OPT5/symbol.h"
+
+#include <vector>
+
+class LS {
+public:
+  LS* parent = nullptr;
+  LS* first_child = nullptr;
+  LS* last_child = nullptr;
+  LS* sibling = nullptr;
+  int level = 0;
+  PSN* opened = nullptr;
+  PSN* closed = nullptr;
+  std::vector<SYMTAB*> symbols;
+
+  // The root of a function's scopes, with its levels 1 (parameters) and 2 (outermost block) open.
+  static LS* init(PSN* psn, SYMTAB* func);
+  static void erase(LS* root);
+
+  // Called on the current function's root: the scope of that level on the way to the outer block.
+  LS* level_0_scope();
+  LS* level_1_scope();
+  LS* level_2_scope();
+
+  // Called on the root: open a scope in the innermost open one, close the innermost open one.
+  void open(PSN* psn, SYMTAB* func, unsigned flags);
+  void close(PSN* psn, SYMTAB* func, unsigned flags);
+  LS* innermost_open() { return open_scopes.empty() ? this : open_scopes.back(); }
+
+  static LS* innermost_common_scope(LS* a, LS* b); // null if either is
+  bool encloses(const LS* inner) const; // also itself
+  bool is_strictly_contained_by(const LS* outer) const;
+  bool object_may_be_live_in_scope(const SYMTAB* sym) const;
+  void add_symbol(SYMTAB* sym);
+  void assign_scope_to_tree(NODE* tree);
+  void initialize_scopes_and_ptrs_from_tree(NODE* tree);
+  void print(bool with_symbols, FILE* to, int indent, bool recursive) const;
+  void validate() const;
+
+private:
+  std::vector<LS*> open_scopes; // of the root
+  void check_is_current_root() const;
+};

@@ -1,0 +1,33 @@
+#include "OPT5/streams.h"
+
+#include "DIAG/abort.h"
+
+#include <cstdarg>
+
+thread_local FILE* fdebug;
+thread_local FILE* finfo;
+FILE* fdebug_ref;
+int print_debug;
+int write_opt_info;
+
+void print_if_debug(const char* format, ...) {
+  if (!print_debug || !FDEBUG) return;
+  va_list args;
+  va_start(args, format);
+  int n = vfprintf(FDEBUG, format, args);
+  va_end(args);
+  if (n < 0) optassert(format, __FILE__, __LINE__);
+}
+
+void flush_debug() {
+  if (FDEBUG && fflush(FDEBUG) != 0) optassert("fflush(FDEBUG)", __FILE__, __LINE__);
+}
+
+void print_info(const char* format, ...) {
+  if (!write_opt_info || !finfo) return;
+  va_list args;
+  va_start(args, format);
+  int n = vfprintf(finfo, format, args);
+  va_end(args);
+  if (n < 0) optassert(format, __FILE__, __LINE__);
+}

@@ -1,0 +1,158 @@
+// Symbols, and lists of them.
+#pragma once
+
+#include "OPT5/node.h"
+#include "ifile/i_symtab.h"
+
+#include <list>
+
+enum STORAGE_CLASS {
+  SC_AUTO = 1, SC_EXTERN = 2, SC_STATIC = 3, SC_REGISTER = 4, SC_EXTERN_DECL = 5, SC_LABEL = 6,
+  SC_ARG = 9, SC_REGPARM = 17, SC_REGPARM_COPY = 22, SC_RESULT = 27,
+  SC_TYPE_CHANGED = 108, SC_EXTERN_TYPE_CHANGED = 109
+};
+
+// Bits of the storage qualifier word.
+enum CQUAL {
+  CQ_NO_ADDRESS = 0x10, CQ_READ_ONLY = 0x80, CQ_KEPT_BITS = 0x19FF, CQ_ADDRESS_TAKEN = 0x2000,
+  CQ_MUST_STAY = 0xC000, CQ_TOP = 0x8000
+};
+
+class SYMTAB : public I_SYMTAB {
+public:
+  char* name = nullptr; // own copy
+  unsigned long size = 0; // bits; equals the type's but for functions
+  int value = 0;
+  unsigned char sclass = 0, orig_class = 0;
+  unsigned short cqual = 0;
+  TYPE* type = nullptr;     // an enumeration is replaced by its integer, qualifiers kept
+  TYPE* otype = nullptr;    // as declared
+  TYPE* cpp_type = nullptr;
+  unsigned align = 0;       // bits
+  LS* scope = nullptr;
+  PSN* psn = nullptr;
+  PRAGMA* pragmas = nullptr; // owned, new ones at the head
+  std::list<NODE*> init_list; // owned
+  unsigned level = 0;       // 0 global, 1 parameter, 2 outermost block, higher inner blocks
+  unsigned location = 0;
+  unsigned option_set = 0;
+  SYMTAB* next = nullptr;   // on the list that holds this symbol
+  unsigned long serial;     // order of creation in the run
+
+  bool mutable_ok = true;
+  bool used = false;
+  bool in_interface = false; // a parameter that callers pass
+  bool type_changed = false;
+  bool wants_J_pragma = false; // pragma "J" is added at the end of the run
+  bool has_init = false;
+  bool is_defined = false;   // a function with a body in this unit
+  int use_count = 0;
+
+  SYMTAB();
+  ~SYMTAB() override;
+  SYMTAB(const SYMTAB&) = delete;
+  SYMTAB& operator=(const SYMTAB&) = delete;
+
+  const char* sym_name() const override { return name; }
+  unsigned long sym_size() const override { return size; }
+  unsigned long sym_value() const override { return static_cast<unsigned>(value); }
+  int sym_class() const override { return static_cast<signed char>(sclass); }
+  int sym_cqual() const override { return cqual; }
+  TYPE* sym_type() const override { return type; }
+  TYPE* sym_cpp_type() const override { return cpp_type; }
+  unsigned sym_align() const override { return align; }
+  PSN* sym_psn() const override { return psn; }
+  PRAGMA* sym_pragma() const override { return pragmas; }
+  int sym_prag_num() const override;
+  unsigned sym_location() const override { return location; }
+  unsigned sym_option_set() const override { return option_set; }
+  unsigned sym_level() const override { return level; }
+  void set_level(unsigned l) override { level = l; }
+  void set_location(unsigned l) override { location = l; }
+  bool is_aliased() const override { return aliased; }
+  short bitnum() const override { return bit_number; }
+  long depnum() const override { return dep_number; }
+  bool is_under_ARGREF() const override { return under_ARGREF; }
+  void set_is_aliased(bool v) override { aliased = v; }
+  void set_bitnum(short v) override { bit_number = v; }
+  void inc_bitnum() override { bit_number++; }
+  void set_depnum(long v) override { dep_number = v; }
+  void inc_depnum() override { dep_number++; }
+  void set_is_under_ARGREF(bool v) override { under_ARGREF = v; }
+  void set_init_list(std::list<BASE_NODE*> roots) override;
+
+  bool is_local() const { return level != 0; }
+
+private:
+  bool aliased = false, under_ARGREF = false;
+  short bit_number = 0;
+  long dep_number = 0;
+};
+
+// A symbol of file scope in a threaded run: what differs from function to function is kept in the
+// current FUNINFO, by the symbol's index.
+class GLOBAL_SYM : public SYMTAB {
+public:
+  bool is_aliased() const override;
+  short bitnum() const override;
+  long depnum() const override;
+  bool is_under_ARGREF() const override;
+  void set_is_aliased(bool) override;
+  void set_bitnum(short) override;
+  void inc_bitnum() override;
+  void set_depnum(long) override;
+  void inc_depnum() override;
+  void set_is_under_ARGREF(bool) override;
+};
+
+struct SYMLIST { SYMTAB* sym; SYMLIST* next; };
+struct SYMALIST { SYMTAB* sym; NODE* tree; int info; SYMALIST* next; };
+struct SYMPAIRLIST { SYMTAB* first; SYMTAB* second; int info; SYMPAIRLIST* next; };
+SYMLIST* mk_symlist(SYMTAB*, SYMLIST* next);
+SYMALIST* mk_symalist(SYMTAB*, NODE*, SYMALIST* next, int info);
+SYMPAIRLIST* mk_symplist(SYMTAB*, SYMTAB*, SYMPAIRLIST* next, int info);
+void free_symlist(SYMLIST*);
+SYMTAB* revsymtab(SYMTAB* list); // in place, by `next`
+SYMLIST* revsymlist(SYMLIST* list);
+SYMLIST* find_sym_in_symlist(const SYMTAB*, SYMLIST*);
+SYMLIST* remove_sym_from_symlist(const SYMTAB*, SYMLIST*);
+bool symbol_in_list(const SYMTAB* sym, const SYMTAB* list);
+// Takes sym out of a `next` list; gives the new head.
+SYMTAB* unlink_symbol(SYMTAB* sym, SYMTAB* list);
+SYMTAB* find_symbol_by_name(const char* name, SYMTAB* list);
+
+extern SYMTAB* global_symbols;      // symbols of file scope, in the order of reading, by `next`
+extern SYMTAB* mcall_implicit_state; // "__MCALL_implicit_state__"
+extern SYMTAB* flag_status_register; // "__flag_status_register__"
+
+void init_symbols();
+void erase_all_symbols(); // at the end of the run
+// Puts a symbol of file scope on global_symbols and in the index by name.
+void enter_global_symbol(SYMTAB* sym);
+SYMTAB* find_global_symbol(const char* name);
+
+// Sorts the locals of a function after reading or inlining: plain scalars to reg_candidates, all
+// others to symbols. Labels are dropped.
+void sym_split(FUNINFO* fi);
+// A new local "$O$<kind><number>"; a negative number takes the function's next one. scope may be
+// null for the outermost block.
+SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope);
+SYMTAB* sym_def(SYMTAB* sym);
+// The definition among the globals that a declaration of the same name stands for; sym itself if none.
+SYMTAB* get_sym_def_for_decl(SYMTAB* sym);
+SYMTAB* intern_symbol(SYMTAB* sym, FUNINFO* fi);
+SYMTAB* find_interned_symbol(SYMTAB* sym);
+void map_over_interned_symbols(void (*visit)(SYMTAB*));
+void interned_stats();
+void revert_symbol_type(SYMTAB* sym);
+
+const char* skip_name_prefix(const char* name);
+bool name_has_prefix(const char* name);
+bool is_internal_name(const char* name);
+// "$O$", then c1 or c2, then only digits or nothing.
+bool is_optimizer_temp(const char* name, char c1, char c2);
+bool is_LIR_temp(const SYMTAB* sym);
+bool is_internal_symbol(const SYMTAB* sym);
+
+PRAGMA* symbol_has_pragma(const SYMTAB* sym, int kind); // null if not
+PRAGMA* remove_pragma(int kind, PRAGMA* list);          // frees those of the kind; the new head

@@ -1,0 +1,157 @@
+// Questions about trees, and the walkers that answer them.
+
+#include "OPT5/bblk.h"
+#include "OPT5/node.h"
+#include "OPT5/optables.h"
+#include "OPT5/symbol.h"
+
+#include <vector>
+
+void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
+  for (const NODE* node = tree; node; node = node->left) {
+    if (!visit(node)) return;
+    if (node->right) walk_preorder(node->right, visit);
+  }
+}
+
+void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit) {
+  if (!tree) return;
+  // The left spine, root first; then upwards, each right side before its node.
+  std::vector<NODE**> spine;
+  for (NODE** place = &tree; *place; place = &(*place)->left) spine.push_back(place);
+  while (!spine.empty()) {
+    NODE** place = spine.back();
+    spine.pop_back();
+    if ((*place)->right) walk_postorder((*place)->right, visit);
+    visit(*place);
+  }
+}
+
+bool tree_contains_matching_node(const NODE* tree, const std::function<bool(const NODE*)>& match) {
+  for (const NODE* node = tree; node; node = node->left) {
+    if (match(node)) return true;
+    if (node->right && tree_contains_matching_node(node->right, match)) return true;
+  }
+  return false;
+}
+
+bool opcode_is_ASG(int op) {
+  return op == ASG || op == STASG || op == ARASG || op == PLUSPLUS || op == MINMIN ||
+         op_of_opASG[op] != ILLOP;
+}
+
+bool op_is_call(int op) {
+  return op == CALL || op == UCALL || op == ICALL || op == UICALL || op == MCALL || op == UMCALL;
+}
+
+bool tree_has_side_effects(const NODE* tree) {
+  return tree_contains_matching_node(tree, [](const NODE* node) {
+    switch (node->op) {
+    // Not themselves effects: the sequence operators and transparent markers.
+    case COMMAOP: case PCOMMA: case DDNODE: case NOP: return false;
+    case NAME: case UMULT: case STDOT: case STREF:
+      return node->type->is_volatile(); // reading it is an effect
+    default: return side_effects[node->op] != SE_NONE;
+    }
+  });
+}
+
+bool expr_is_constant(const NODE* tree) {
+  return !tree_contains_matching_node(tree, [](const NODE* node) {
+    switch (node->op) {
+    case ICON: case FCON: case SCON: return false;
+    case NAME: case UMULT: case STDOT: case STREF: case STFIELD: case LABEL: case FIELD: case NOP:
+      return true;
+    default:
+      return side_effects[node->op] != SE_NONE || op_is_call(node->op) || (!node->left && !node->right);
+    }
+  });
+}
+
+bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree) {
+  return tree_contains_matching_node(
+      tree, [sym](const NODE* node) { return node->op == NAME && node->u.sym == sym; });
+}
+
+bool tree_references_NAME(const NODE* tree, const NODE* name) {
+  return sym_appears_in_tree(name->u.sym, tree);
+}
+
+bool sym_appears_in_list(const SYMTAB* sym, const LIST* list) {
+  for (; list; list = list->next)
+    if (sym_appears_in_tree(sym, list->tree)) return true;
+  return false;
+}
+
+bool sym_appears_in_bb(const SYMTAB* sym, const BBLK* bb) {
+  return sym_appears_in_list(sym, bb->statements);
+}
+
+bool tree_contains_op(const NODE* tree, int op) {
+  return tree_contains_matching_node(tree, [op](const NODE* node) { return node->op == op; });
+}
+
+bool tree_is_subtree_of_tree(const NODE* part, const NODE* tree) {
+  return tree_contains_matching_node(tree, [part](const NODE* node) { return node == part; });
+}
+
+bool tree_is_strict_subtree_of_tree(const NODE* part, const NODE* tree) {
+  return part != tree && tree_is_subtree_of_tree(part, tree);
+}
+
+int count_nodes_in_tree(const NODE* tree) {
+  int count = 0;
+  walk_preorder(tree, [&](const NODE*) { return ++count, true; });
+  return count;
+}
+
+int count_calls_in_tree(const NODE* tree) {
+  int count = 0;
+  walk_preorder(tree, [&](const NODE* node) {
+    count += node->op == CALL || node->op == UCALL;
+    return true;
+  });
+  return count;
+}
+
+bool tree_is_arg_prolog(const NODE* tree) {
+  auto is_copy_of_parameter = [](const NODE* node) {
+    return (node->op == ASG || node->op == STASG) && node->left && node->right &&
+           node->left->op == NAME && node->right->op == NAME && node->left->u.sym &&
+           node->right->u.sym && node->left->u.sym->level >= 2 && node->right->u.sym->level == 1;
+  };
+  for (; tree->op == PCOMMA; tree = tree->left)
+    if (!is_copy_of_parameter(tree->right)) return false;
+  return is_copy_of_parameter(tree);
+}
+
+int arg_list_count(const NODE* args) {
+  if (!args) return 0;
+  int count = 1;
+  for (; args->op == COMMA; args = args->left) count++;
+  return count;
+}
+
+NODE* arg_list_lookup(NODE* args, int k) {
+  int steps = arg_list_count(args) - 1 - k;
+  if (k < 0 || steps < 0) return nullptr;
+  for (; steps; steps--) args = args->left;
+  return args->op == COMMA ? args->right : args;
+}
+
+SYMTAB* get_callee_for_call(const NODE* call) {
+  if ((call->op != CALL && call->op != UCALL) || !call->left) return nullptr;
+  const NODE* callee = call->left;
+  while ((callee->op == PCONV || callee->op == ISP2CHAR) && callee->left) callee = callee->left;
+  if (callee->op != UAND || callee->left->op != NAME) return nullptr;
+  SYMTAB* sym = callee->left->u.sym;
+  return sym && sym->type->is_func() ? sym : nullptr;
+}
+
+NODE* get_arguments_to_call(NODE* call) {
+  switch (call->op) {
+  case CALL: return call->right;
+  case ICALL: case MCALL: return call->left;
+  default: return nullptr;
+  }
+}

@@ -1,0 +1,529 @@
+// The container: primitives, record frame, header, sections.
+
+#include "ifile/i_file.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+static const char ICODE_MAGIC[] = "!<icode>\n";
+
+constexpr int STREAM_BUFFER = 32768;
+constexpr int COPY_BUFFER = 8192;
+
+IF_NODE_INFO if_node_info[FIRST_MEMORY_OP];
+void (*if_death_hook)();
+
+void if_die(const char* message) {
+  fprintf(stderr, "%s\n", message);
+  if (if_death_hook) if_death_hook();
+  exit(1);
+}
+
+void if_enter_node(int code, const char* name, int operands) {
+  if (code < 0 || code >= 201) if_die("\nINTERNAL ERROR: Invalid opcode, aborting");
+  if (code < FIRST_MEMORY_OP) if_node_info[code] = {code, name, operands};
+}
+
+void if_node_table_init() {
+  static std::once_flag filled;
+  std::call_once(filled, [] {
+#define ENTER_NODE(code, name, operands) if_enter_node(code, #name, operands);
+    FOR_EACH_FILE_OP(ENTER_NODE)
+#undef ENTER_NODE
+    if_enter_node(LOOP_OP, "LOOP", 2);
+  });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Opening and closing
+
+I_FILE* I_FILE::if_open(FILE* fp, IF_CLIENT* client) {
+  if_node_table_init();
+  auto* file = new I_FILE;
+  file->fp = fp;
+  file->client = client;
+  setvbuf(fp, nullptr, _IOFBF, STREAM_BUFFER);
+  file->base = ftell(fp);
+  unsigned char chunk[STREAM_BUFFER];
+  while (size_t n = fread(chunk, 1, sizeof chunk, fp))
+    file->bytes.insert(file->bytes.end(), chunk, chunk + n);
+  file->file_size = file->bytes.size();
+
+  if (!file->read_magic()) {
+    file->fp = nullptr; // a rejected header leaves the stream to its owner
+    delete file;
+    return nullptr;
+  }
+  client->cl_source(file->source_name.c_str());
+  file->read_options();
+  return file;
+}
+
+bool I_FILE::read_magic() {
+  // The header is checked by hand, so that a file of another kind is rejected and does not die.
+  const unsigned long magic_len = sizeof ICODE_MAGIC;
+  if (file_size < 2 || bytes[0] != TAG_HEADER) return false;
+  int tag, len;
+  pos = 1;
+  unsigned long length = 0;
+  for (int shift = 0;; shift += 7) {
+    if (pos >= file_size || shift > 28) return false;
+    unsigned b = bytes[pos++];
+    length |= static_cast<unsigned long>(b & 0x7F) << shift;
+    if (!(b & 0x80)) break;
+  }
+  if (length > bytes_left() || length < magic_len + 4 + 20 + 1) return false;
+  const unsigned long header_end = pos + length;
+  if (memcmp(&bytes[pos], ICODE_MAGIC, magic_len) != 0) return false;
+  if (!memchr(&bytes[pos + magic_len + 24], 0, length - magic_len - 24)) return false;
+  pos = 0;
+  i_read_header(tag, len);
+  pos += magic_len;
+  version = i_read_s16();
+  int cpu = i_read_s16();
+  if ((cpu & 0xFFFF) != ICODE_CPU_ID) return false;
+  if (version < OLDEST_ICODE_VERSION || version > ICODE_VERSION) return false;
+  options_off = i_read_u32();
+  init_off = i_read_u32();
+  types_off = i_read_u32();
+  files_off = i_read_u32();
+  globals_off = i_read_u32();
+  source_name = i_read_string();
+  if (version >= -83) {
+    if (pos + 4 > header_end) return false;
+    extra_word = i_read_u32();
+  }
+  pos = header_end;
+  return client->cl_magic(version, cpu);
+}
+
+I_FILE* I_FILE::if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t extra_word) {
+  if_node_table_init();
+  auto* file = new I_FILE;
+  file->fp = fp;
+  file->writing = true;
+  file->tp = tp;
+  file->source_name = source ? source : "";
+  file->extra_word = extra_word;
+  setvbuf(fp, nullptr, _IOFBF, STREAM_BUFFER);
+  file->base = ftell(fp);
+  file->write_header();
+  return file;
+}
+
+void I_FILE::write_header() {
+  i_write_string(ICODE_MAGIC);
+  i_write_i16(ICODE_VERSION);
+  i_write_i16(ICODE_CPU_ID);
+  for (uint32_t offset : {options_off, init_off, types_off, files_off, globals_off})
+    i_write_i32(static_cast<int>(offset));
+  i_write_string(source_name.c_str());
+  i_write_i32(static_cast<int>(extra_word));
+  i_flush(TAG_HEADER);
+}
+
+int I_FILE::if_close(bool named_types_too, bool abandon) {
+  bool failed = false;
+  if (writing && !abandon) {
+    i_write_eof();
+    if (!option_sets.empty()) {
+      options_off = static_cast<uint32_t>(written);
+      for (OPTION_SET* set : option_sets) {
+        i_write_uint(set->number);
+        i_write_uint(set->strings.size());
+        for (const std::string& s : set->strings) i_write_string(s.c_str());
+        i_flush(TAG_OPTION_SET);
+      }
+      i_write_eof();
+    }
+    if_write_all_types(named_types_too);
+    if (!file_names.empty()) {
+      files_off = static_cast<uint32_t>(written);
+      for (const char* name : file_names) {
+        i_write_string(name);
+        i_flush(TAG_FILE_NAME);
+      }
+      i_write_eof();
+    }
+    if_write_all_globals();
+    failed = written > 0xFFFFFFFFul || fseek(fp, base, SEEK_SET) != 0;
+    write_header();
+  }
+  for (OPTION_SET* set : option_sets) delete set;
+  option_sets.clear();
+  types.clear();
+  file_names.clear();
+  locals.clear();
+  globals.clear();
+  bytes = {};
+  buf = {};
+  if (fp) {
+    failed |= fflush(fp) != 0 && writing;
+    failed |= ferror(fp) != 0;
+    failed |= fclose(fp) != 0;
+    fp = nullptr;
+  }
+  return failed ? 1 : 0;
+}
+
+I_FILE::~I_FILE() {
+  for (OPTION_SET* set : option_sets) delete set;
+  if (fp) fclose(fp);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Positions
+
+unsigned long I_FILE::if_tell() const { return writing ? written : pos; }
+
+void I_FILE::if_seek(unsigned long offset) {
+  if (offset > file_size) if_die(INVALID_RECORD);
+  pos = offset;
+}
+
+void I_FILE::if_flush() { fflush(fp); }
+
+void I_FILE::need(unsigned long n) const {
+  if (n > bytes_left()) if_die(INVALID_RECORD);
+}
+
+void I_FILE::if_copy_raw(unsigned long offset, unsigned long length, I_FILE* from) {
+  if (offset > from->file_size || length > from->file_size - offset) if_die(INVALID_RECORD);
+  while (length) {
+    unsigned long n = length < COPY_BUFFER ? length : COPY_BUFFER;
+    put_bytes(&from->bytes[offset], n);
+    offset += n;
+    length -= n;
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Primitive readers
+
+int I_FILE::get_byte() {
+  if (pos < file_size) return bytes[pos++];
+  // A reader that keeps asking behind the end is in a damaged record.
+  if (++eof_reads > 64) if_die(INVALID_RECORD);
+  return -1;
+}
+
+void I_FILE::i_read_header(int& tag, int& len) {
+  tag = get_byte() & 0xFF;
+  len = 0;
+  if (tag == TAG_EOF) return;
+  unsigned long length = i_read_uint();
+  if (length > bytes_left() || length > INT32_MAX) if_die(INVALID_RECORD);
+  len = static_cast<int>(length);
+  record_end = pos + length;
+}
+
+void I_FILE::end_record() {
+  if (pos > record_end) if_die(INVALID_RECORD);
+  pos = record_end;
+}
+
+unsigned I_FILE::i_read_u8() { return static_cast<unsigned>(get_byte()) & 0xFF; }
+int I_FILE::i_read_s8() { return static_cast<signed char>(get_byte()); }
+bool I_FILE::i_read_bool() { return get_byte() != 0; }
+
+unsigned I_FILE::i_read_u16() {
+  unsigned low = i_read_u8();
+  return low | i_read_u8() << 8;
+}
+
+int I_FILE::i_read_s16() { return static_cast<int16_t>(i_read_u16()); }
+
+uint32_t I_FILE::i_read_u32() {
+  uint32_t low = i_read_u16();
+  return low | static_cast<uint32_t>(i_read_u16()) << 16;
+}
+
+int32_t I_FILE::i_read_s32() { return static_cast<int32_t>(i_read_u32()); }
+
+unsigned long I_FILE::i_read_uint() {
+  unsigned long value = 0;
+  for (int shift = 0;; shift += 7) {
+    if (shift > 63) if_die(INVALID_RECORD);
+    unsigned b = i_read_u8();
+    value |= static_cast<unsigned long>(b & 0x7F) << shift;
+    if (!(b & 0x80)) return value;
+  }
+}
+
+long I_FILE::i_read_sint() {
+  unsigned long value = 0;
+  int shift = 0;
+  unsigned b;
+  do {
+    if (shift > 63) if_die(INVALID_RECORD);
+    b = i_read_u8();
+    value |= static_cast<unsigned long>(b & 0x7F) << shift;
+    shift += 7;
+  } while (b & 0x80);
+  // The sign reaches just to bit 31: wider values travel as decimal text.
+  if (shift < 32 && (b & 0x40)) value |= 0xFFFFFFFFul & (~0ul << shift);
+  if (shift < 32 || (shift == 35 && value >> 32 == 7)) return static_cast<int32_t>(value);
+  return static_cast<long>(value);
+}
+
+char* I_FILE::i_read_string(int n) {
+  const void* zero;
+  unsigned long length;
+  if (n >= 0) {
+    need(n);
+    length = n;
+  } else {
+    zero = bytes_left() ? memchr(&bytes[pos], 0, bytes_left()) : nullptr;
+    if (!zero) if_die(INVALID_RECORD);
+    length = static_cast<const unsigned char*>(zero) - &bytes[pos];
+  }
+  if (text_buffer.size() < STREAM_BUFFER) text_buffer.resize(STREAM_BUFFER);
+  if (text_buffer.size() <= length) text_buffer.resize(length + 1);
+  if (length) memcpy(text_buffer.data(), &bytes[pos], length);
+  text_buffer[length] = 0;
+  pos += length + (n < 0 ? 1 : 0);
+  return text_buffer.data();
+}
+
+void I_FILE::i_read_raw(char* to, int n) {
+  need(n);
+  memcpy(to, &bytes[pos], n);
+  pos += n;
+}
+
+PSN* I_FILE::i_read_psn() {
+  unsigned long file = i_read_uint();
+  if (file == 0) return nullptr;
+  unsigned long line = i_read_uint();
+  unsigned long column = i_read_uint();
+  // A file that has no name in the table keeps its line and column.
+  const char* name = file <= file_names.size() ? file_names[file - 1] : nullptr;
+  return make_psn(name, static_cast<unsigned>(line), static_cast<unsigned>(column));
+}
+
+void I_FILE::i_read_skip(int n) {
+  need(n);
+  pos += n;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Primitive writers
+
+void I_FILE::put_bytes(const void* p, unsigned long n) {
+  // A failure shows in the stream's error indicator, which if_close reports.
+  fwrite(p, 1, n, fp);
+  written += n;
+}
+
+void I_FILE::i_write_raw(const char* p, int n) {
+  buf.insert(buf.end(), reinterpret_cast<const unsigned char*>(p),
+             reinterpret_cast<const unsigned char*>(p) + n);
+}
+
+void I_FILE::i_write_i8(int v) { buf.push_back(static_cast<unsigned char>(v)); }
+void I_FILE::i_write_bool(bool v) { buf.push_back(v ? 1 : 0); }
+
+void I_FILE::i_write_i16(int v) {
+  if (v < -32768 || v > 65535) if_die(">> Value exceeds size of short");
+  i_write_i8(v);
+  i_write_i8(v >> 8);
+}
+
+void I_FILE::i_write_i32(int v) {
+  for (int shift = 0; shift < 32; shift += 8) i_write_i8(v >> shift);
+}
+
+void I_FILE::i_write_uint(unsigned long v) {
+  while (v >= 0x80) {
+    buf.push_back(static_cast<unsigned char>(v | 0x80));
+    v >>= 7;
+  }
+  buf.push_back(static_cast<unsigned char>(v));
+}
+
+void I_FILE::i_write_sint(long v) {
+  for (;;) {
+    unsigned char b = v & 0x7F;
+    v >>= 7;
+    bool last = (v == 0 && !(b & 0x40)) || (v == -1 && (b & 0x40));
+    buf.push_back(last ? b : b | 0x80);
+    if (last) return;
+  }
+}
+
+void I_FILE::i_write_string(const char* text, int n) {
+  if (n >= 0) i_write_raw(text, n);
+  else i_write_raw(text, static_cast<int>(strlen(text)) + 1);
+}
+
+void I_FILE::i_write_psn(PSN* psn) {
+  if (!psn) {
+    i_write_uint(0);
+    return;
+  }
+  i_write_uint(i_enter_file_name(psn->file));
+  i_write_uint(psn->line);
+  i_write_uint(psn->column);
+}
+
+void I_FILE::i_flush(int tag) {
+  unsigned char head[11] = {static_cast<unsigned char>(tag)};
+  int n = 1;
+  unsigned long length = buf.size();
+  for (; length >= 0x80; length >>= 7) head[n++] = static_cast<unsigned char>(length | 0x80);
+  head[n++] = static_cast<unsigned char>(length);
+  put_bytes(head, n);
+  put_bytes(buf.data(), buf.size());
+  buf.clear();
+}
+
+void I_FILE::i_write_eof() {
+  unsigned char tag = TAG_EOF;
+  put_bytes(&tag, 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tables and sections
+
+unsigned I_FILE::i_enter_file_name(const char* name) {
+  const char* text = intern_text(name ? name : "NO_FILE");
+  auto [place, is_new] = file_numbers.emplace(text, 0);
+  if (is_new) {
+    file_names.push_back(text);
+    place->second = static_cast<unsigned>(file_names.size());
+  }
+  return place->second;
+}
+
+void I_FILE::if_enter_option_set(const OPTION_SET& set) {
+  option_sets.push_back(new OPTION_SET(set));
+}
+
+void I_FILE::if_enter_option_set(unsigned number, unsigned count, char** strings) {
+  option_sets.push_back(new OPTION_SET{number, {strings, strings + count}});
+}
+
+void I_FILE::read_section(uint32_t offset, bool (I_FILE::*read_one)(int tag, int len)) {
+  if (offset == 0) return;
+  const unsigned long back = pos;
+  if_seek(offset);
+  for (;;) {
+    int tag, len;
+    i_read_header(tag, len);
+    if (tag == TAG_EOF || !(this->*read_one)(tag, len)) break;
+  }
+  pos = back;
+}
+
+void I_FILE::read_options() {
+  if (options_off == 0) return;
+  const unsigned long back = pos;
+  if_seek(options_off);
+  for (;;) {
+    int tag, len;
+    i_read_header(tag, len);
+    if (tag == TAG_EOF) break;
+    if (tag != TAG_OPTION_SET) if_die(INVALID_RECORD);
+    auto* set = new OPTION_SET;
+    option_sets.push_back(set);
+    set->number = static_cast<unsigned>(i_read_uint());
+    unsigned long count = i_read_uint();
+    need(count); // a string takes a byte at least
+    for (; count; count--) set->strings.emplace_back(i_read_string());
+    end_record();
+  }
+  pos = back;
+}
+
+bool I_FILE::read_file_name(int tag, int) {
+  if (tag != TAG_FILE_NAME) return false;
+  file_names.push_back(intern_text(i_read_string()));
+  end_record();
+  return true;
+}
+
+bool I_FILE::read_type_record(int tag, int len) {
+  if (tag != TAG_TYPE) if_die(INVALID_RECORD);
+  if_read_type(len);
+  end_record();
+  return true;
+}
+
+bool I_FILE::read_global(int tag, int) {
+  if (tag == TAG_PRAGMA) {
+    client->cl_pragma(nullptr, if_read_pragma(nullptr));
+    end_record();
+    return true;
+  }
+  if (tag != TAG_SYMBOL) if_die(INVALID_RECORD);
+  if_read_symbol_def();
+  return true;
+}
+
+bool I_FILE::read_initialiser(int tag, int) {
+  if (tag != TAG_INIT) if_die(INVALID_RECORD);
+  if_read_init();
+  return true;
+}
+
+void I_FILE::if_read_types() { read_section(types_off, &I_FILE::read_type_record); }
+
+void I_FILE::if_read_file() {
+  const unsigned long body = pos;
+  read_section(files_off, &I_FILE::read_file_name);
+  if_read_types();
+  client->cl_merge_type_defs();
+  level = 0;
+  read_section(globals_off, &I_FILE::read_global);
+  read_section(init_off, &I_FILE::read_initialiser);
+  client->cl_preprocess_statics();
+  pos = body;
+  while (if_read_record()) {
+  }
+  if (level != 0) if_die(INVALID_RECORD); // cut within a function
+}
+
+void I_FILE::if_read_func(unsigned long offset) {
+  if (offset) if_seek(offset);
+  for (bool more = true; more;) {
+    more = pos < file_size && bytes[pos] != TAG_END_FUNC;
+    if (!if_read_record()) return;
+  }
+}
+
+void I_FILE::if_skip_func() {
+  for (;;) {
+    int tag, len;
+    i_read_header(tag, len);
+    if (tag == TAG_EOF) return;
+    i_read_skip(len);
+    if (tag == TAG_END_FUNC) return;
+  }
+}
+
+bool I_FILE::if_check_lengths() {
+  const unsigned long back = pos;
+  unsigned long at = 0, previous_at = 0;
+  int tag = 0, previous_tag = 0;
+  unsigned long length = 0, previous_length = 0;
+  bool good = true;
+  for (pos = 0; pos < file_size;) {
+    previous_at = at, previous_tag = tag, previous_length = length;
+    at = pos;
+    tag = bytes[pos++];
+    length = 0;
+    if (tag == TAG_EOF) continue;
+    length = i_read_uint();
+    if (length > bytes_left()) {
+      printf(">>I-file error:@%d,id=%d,sz=%d,prev [@%d,id=%d,sz=%d]\n", static_cast<int>(at), tag,
+             static_cast<int>(length), static_cast<int>(previous_at), previous_tag,
+             static_cast<int>(previous_length));
+      good = false;
+      break;
+    }
+    pos += length;
+  }
+  pos = back;
+  return good;
+}
