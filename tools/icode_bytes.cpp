@@ -13,7 +13,9 @@ void Reader::fail_at(size_t offset, const std::string& message) {
   pos_ = limit_; // loops over "the rest" end here
 }
 
-void Reader::fail(const std::string& message) { fail_at(pos_, message); }
+void Reader::fail(const std::string& message) {
+  fail_at(pos_, message);
+}
 
 void Reader::seek(size_t pos) {
   if (!ok()) return;
@@ -144,7 +146,8 @@ void Writer::u32(uint64_t v) {
 }
 
 void Writer::uint(uint64_t v) {
-  for (; v > 0x7f; v >>= 7) u8((v & 0x7f) | 0x80);
+  for (; v > 0x7f; v >>= 7)
+    u8((v & 0x7f) | 0x80);
   u8(v);
 }
 

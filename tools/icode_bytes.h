@@ -19,7 +19,9 @@ public:
   void seek(size_t pos); // outside a record; fails behind the end of the buffer
   bool ok() const { return error_.empty(); }
   bool at_end() const { return pos_ >= limit_; }
-  size_t left() const { return limit_ - pos_; } // bytes up to the end of the record, or of the buffer
+  size_t left() const {
+    return limit_ - pos_;
+  } // bytes up to the end of the record, or of the buffer
   const std::string& error() const { return error_; } // "file offset 0x...: ...", or empty
   void fail(const std::string& message);              // at the current position
   void fail_at(size_t offset, const std::string& message);

@@ -49,7 +49,8 @@ void expect_tag(Reader& r, uint8_t tag, const char* what) {
 
 std::vector<std::string> get_strings(Reader& r) {
   std::vector<std::string> texts;
-  for (uint64_t n = r.uint(); n > 0 && r.ok(); --n) texts.push_back(r.str());
+  for (uint64_t n = r.uint(); n > 0 && r.ok(); --n)
+    texts.push_back(r.str());
   return texts;
 }
 
@@ -86,18 +87,24 @@ uint32_t get_node(Reader& r, Unit& unit) {
     r.fail_at(start, "no operator has the code " + std::to_string(n.op));
   n.type = r.uint_32();
   switch (n.op) {
-  case LABEL: case SWITCH: case UCALL: case EPVAL: case SKIP: n.a = r.uint(); break;
-  case NAME: case CALL:
+  case LABEL:
+  case SWITCH:
+  case UCALL:
+  case EPVAL:
+  case SKIP: n.a = r.uint(); break;
+  case NAME:
+  case CALL:
     n.a = r.uint();
     n.b = r.uint();
     break;
   case SCON: n.text = add_string(unit, r.counted(r.uint())); break;
-  case ICON:
-    n.a = is_signed_type(unit, n.type) ? uint64_t(int64_t(r.sint())) : r.uint();
-    break;
-  case FCON: case LCON: case ICALL: case UICALL: case MCALL: case UMCALL:
-    n.text = add_string(unit, r.str());
-    break;
+  case ICON: n.a = is_signed_type(unit, n.type) ? uint64_t(int64_t(r.sint())) : r.uint(); break;
+  case FCON:
+  case LCON:
+  case ICALL:
+  case UICALL:
+  case MCALL:
+  case UMCALL: n.text = add_string(unit, r.str()); break;
   case FIELD:
     n.small = r.u8();
     n.a = r.uint();
@@ -179,6 +186,8 @@ template <class T> uint32_t append(std::vector<T>& to, T&& value) {
   return uint32_t(to.size() - 1);
 }
 
+} // namespace
+
 void begin_function(Unit& unit, StreamState& state, Function&& function) {
   state.function = uint32_t(unit.functions.size());
   state.level = 1;
@@ -190,12 +199,13 @@ void begin_function(Unit& unit, StreamState& state, Function&& function) {
 const char* step_frame(Unit& unit, StreamState& state, Item& item) {
   bool inside = state.function != NONE;
   switch (item.tag) {
-  case TAG_BEGIN_FUNC: case TAG_IR_BEGIN:
-    return nullptr; // entered with their fields
-  case TAG_END_FUNC: case TAG_IR_END:
+  case TAG_BEGIN_FUNC:
+  case TAG_IR_BEGIN: return nullptr; // entered with their fields
+  case TAG_END_FUNC:
+  case TAG_IR_END:
     if (!inside || unit.functions[state.function].is_ir != (item.tag == TAG_IR_END))
       return "an end of function where none has begun";
-    if (state.level > 2) return "the function ends within a block";
+    if (state.blocks) return "the function ends within a block";
     item.index = state.function;
     unit.functions[state.function].end = uint32_t(unit.items.size() + 1);
     state = {};
@@ -207,16 +217,16 @@ const char* step_frame(Unit& unit, StreamState& state, Item& item) {
   case TAG_BEGIN_BLOCK:
     if (!inside) return "a block outside of functions";
     ++state.level;
+    ++state.blocks;
     return nullptr;
   case TAG_END_BLOCK:
-    if (state.level <= 2) return "an end of block where none has begun";
+    if (state.blocks == 0) return "an end of block where none has begun";
     --state.level;
+    --state.blocks;
     return nullptr;
   default: return nullptr;
   }
 }
-
-} // namespace
 
 void decode_options(Reader& r, Unit& unit) {
   size_t start = r.pos();
@@ -276,7 +286,8 @@ void decode_symbol(Reader& r, Unit& unit, std::vector<Symbol>& symbols) {
   s.psn = get_psn(r);
   if (unit.version >= -71) s.retention = r.u8();
   r.close_record();
-  for (; pragmas > 0 && r.ok(); --pragmas) s.pragmas.push_back(get_pragma(r));
+  for (; pragmas > 0 && r.ok(); --pragmas)
+    s.pragmas.push_back(get_pragma(r));
   keep_raw(r, unit, start, s.raw, [&](Encoder& e) { e.symbol(s); });
   symbols.push_back(std::move(s));
 }
@@ -340,7 +351,11 @@ void decode_item(Reader& r, Unit& unit, StreamState& state) {
     item.index = state.function;
     break;
   }
-  case TAG_END_FUNC: case TAG_IR_END: case TAG_BEGIN_BLOCK: case TAG_END_BLOCK: case TAG_END_ARGS:
+  case TAG_END_FUNC:
+  case TAG_IR_END:
+  case TAG_BEGIN_BLOCK:
+  case TAG_END_BLOCK:
+  case TAG_END_ARGS:
   case TAG_END_LOCALS:
     item.psn = get_psn(r);
     if (const char* message = step_frame(unit, state, item)) r.fail_at(start, message);
@@ -437,13 +452,13 @@ std::array<uint32_t, 5> decode_header(Reader& r, Unit& unit) {
   int cpu = r.u16();
   if (r.ok() && cpu != CPU_ID)
     r.fail_at(at, "the CPU id is " + std::to_string(cpu) + ", not " + std::to_string(CPU_ID));
-  for (uint32_t& offset : offsets) offset = r.u32();
+  for (uint32_t& offset : offsets)
+    offset = r.u32();
   unit.source = r.str();
   if (unit.version >= -83) unit.extra_word = r.u32();
   r.close_record();
-  keep_raw(r, unit, start, unit.header_raw, [&](Encoder& e) {
-    e.out.bytes = encode_header(unit, unit.version, offsets);
-  });
+  keep_raw(r, unit, start, unit.header_raw,
+           [&](Encoder& e) { e.out.bytes = encode_header(unit, unit.version, offsets); });
   return offsets;
 }
 
@@ -480,7 +495,8 @@ bool decode_unit(std::span<const uint8_t> bytes, Unit& unit, std::string& error)
   auto read_section = [&](SECTION section, size_t offset, const auto& decode) {
     if (!r.ok() || (offset == 0 && section != SEC_STREAM)) return;
     r.seek(offset);
-    while (r.ok() && r.peek_tag() != TAG_END) decode();
+    while (r.ok() && r.peek_tag() != TAG_END)
+      decode();
     if (r.at_end()) r.fail("a section without its end mark");
     r.open_record(); // the end mark
     regions.push_back({section, offset, r.pos()});
@@ -496,8 +512,9 @@ bool decode_unit(std::span<const uint8_t> bytes, Unit& unit, std::string& error)
   std::string usual;
   if (r.ok()) {
     if (!encode_unit(unit, unit.version, usual, error)) return false;
-    if (usual.size() != bytes.size() || !std::equal(usual.begin(), usual.end(), bytes.begin(),
-                                                    [](char a, uint8_t b) { return uint8_t(a) == b; }))
+    if (usual.size() != bytes.size() ||
+        !std::equal(usual.begin(), usual.end(), bytes.begin(),
+                    [](char a, uint8_t b) { return uint8_t(a) == b; }))
       find_layout(r, unit, std::move(regions), header_end, bytes.size());
   }
   error = r.error();

@@ -29,11 +29,14 @@ template <class R> struct FieldWriter {
   template <class F> void str(const char*, F R::*f) { w.str(r.*f); }
   template <class F> void psn(F R::*f) { put_psn(w, r.*f); }
   template <class F> void value(const char*, F R::*f) {
-    if (value_is_signed) w.sint(int64_t(r.*f));
-    else w.uint(r.*f);
+    if (value_is_signed)
+      w.sint(int64_t(r.*f));
+    else
+      w.uint(r.*f);
   }
   template <class F> void lists(const char*, F R::*f) {
-    for (size_t i = 0; i < LONG_FORM_LISTS.size(); ++i) w.boolean(r.*f >> i & 1);
+    for (size_t i = 0; i < LONG_FORM_LISTS.size(); ++i)
+      w.boolean(r.*f >> i & 1);
   }
 };
 
@@ -54,7 +57,8 @@ void Encoder::options(const OptionSet& set) {
   if (put_raw(set.raw)) return;
   payload.uint(set.number);
   payload.uint(set.options.size());
-  for (const std::string& option : set.options) payload.str(option);
+  for (const std::string& option : set.options)
+    payload.str(option);
   flush(TAG_OPTIONS);
 }
 
@@ -74,10 +78,10 @@ void Encoder::file(const FileName& file) {
 }
 
 void Encoder::pragma(const Pragma& pragma) {
-  if (put_raw(pragma.raw)) return;
   payload.uint(pragma.kind);
   payload.uint(pragma.args.size());
-  for (const std::string& arg : pragma.args) payload.str(arg);
+  for (const std::string& arg : pragma.args)
+    payload.str(arg);
   flush(TAG_PRAGMA);
 }
 
@@ -98,15 +102,21 @@ void Encoder::symbol(const Symbol& s) {
   put_psn(payload, s.psn);
   if (version >= -71) payload.u8(s.retention);
   flush(TAG_SYMBOL);
-  for (const Pragma& p : s.pragmas) pragma(p);
+  for (const Pragma& p : s.pragmas)
+    pragma(p);
 }
 
 void Encoder::node(const Node& n) {
   payload.u8(n.op);
   payload.uint(n.type);
   switch (n.op) {
-  case LABEL: case SWITCH: case UCALL: case EPVAL: case SKIP: payload.uint(n.a); break;
-  case NAME: case CALL:
+  case LABEL:
+  case SWITCH:
+  case UCALL:
+  case EPVAL:
+  case SKIP: payload.uint(n.a); break;
+  case NAME:
+  case CALL:
     payload.uint(n.a);
     payload.uint(n.b);
     break;
@@ -115,12 +125,17 @@ void Encoder::node(const Node& n) {
     payload.raw(unit.strings[n.text]);
     break;
   case ICON:
-    if (is_signed_type(unit, n.type)) payload.sint(int64_t(n.a));
-    else payload.uint(n.a);
+    if (is_signed_type(unit, n.type))
+      payload.sint(int64_t(n.a));
+    else
+      payload.uint(n.a);
     break;
-  case FCON: case LCON: case ICALL: case UICALL: case MCALL: case UMCALL:
-    payload.str(unit.strings[n.text]);
-    break;
+  case FCON:
+  case LCON:
+  case ICALL:
+  case UICALL:
+  case MCALL:
+  case UMCALL: payload.str(unit.strings[n.text]); break;
   case FIELD:
     payload.u8(n.small);
     payload.uint(n.a);
@@ -145,7 +160,8 @@ void Encoder::tree(uint32_t root) {
     if (at >= unit.nodes.size()) return fail("an operator lacks an operand");
     const Node& n = unit.nodes[at];
     int operands = operand_count(n.op);
-    if (operands == NO_OP) return fail("operator " + std::to_string(n.op) + " has no place in a file");
+    if (operands == NO_OP)
+      return fail("operator " + std::to_string(n.op) + " has no place in a file");
     node(n);
     if (operands > 1) todo.push_back(n.right);
     if (operands > 0) todo.push_back(n.left);
@@ -156,7 +172,8 @@ void Encoder::init(const Init& init) {
   if (put_raw(init.raw)) return;
   payload.uint(init.global);
   flush(TAG_INIT);
-  for (uint32_t root : init.roots) tree(root);
+  for (uint32_t root : init.roots)
+    tree(root);
 }
 
 void Encoder::exception_table(const ExceptionTable& table) {
@@ -263,7 +280,8 @@ std::string encode_header(const Unit& unit, int version, const std::array<uint32
   payload.str("!<icode>\n");
   payload.u16(uint16_t(version));
   payload.u16(CPU_ID);
-  for (uint32_t offset : offsets) payload.u32(offset);
+  for (uint32_t offset : offsets)
+    payload.u32(offset);
   payload.str(unit.source);
   if (version >= -83) payload.u32(unit.extra_word);
   out.record(TAG_HEADER, payload);
@@ -285,21 +303,26 @@ void put_section(Encoder& e, SECTION section) {
       if (item.tag == TAG_SYMBOL)
         e.symbol(function == NONE ? unit.globals[item.index]
                                   : unit.functions[function].locals[item.index]);
-      else e.item(item);
+      else
+        e.item(item);
       if (item.tag == TAG_END_FUNC || item.tag == TAG_IR_END) function = NONE;
     }
     break;
   case SEC_INITS:
-    for (const Init& init : unit.inits) e.init(init);
+    for (const Init& init : unit.inits)
+      e.init(init);
     break;
   case SEC_OPTIONS:
-    for (const OptionSet& set : unit.options) e.options(set);
+    for (const OptionSet& set : unit.options)
+      e.options(set);
     break;
   case SEC_TYPES:
-    for (const TypeRecord& record : unit.types) e.type(record);
+    for (const TypeRecord& record : unit.types)
+      e.type(record);
     break;
   case SEC_FILES:
-    for (const FileName& file : unit.files) e.file(file);
+    for (const FileName& file : unit.files)
+      e.file(file);
     break;
   case SEC_GLOBALS:
     for (const Symbol& symbol : unit.globals)
@@ -361,9 +384,11 @@ bool encode_unit(const Unit& unit, int version, std::string& bytes, std::string&
     error = e.error;
     return false;
   }
-  // The offsets stand in the header's middle, and the header may be one with an unusual length field.
+  // The offsets stand in the header's middle, and the header may be one with an unusual length
+  // field.
   std::string fields = encode_header(unit, version, offsets);
-  size_t from = fields.find('!') + OFFSETS_BEHIND_MAGIC, to = header.find('!') + OFFSETS_BEHIND_MAGIC;
+  size_t from = fields.find('!') + OFFSETS_BEHIND_MAGIC,
+         to = header.find('!') + OFFSETS_BEHIND_MAGIC;
   e.out.bytes.replace(to, 4 * offsets.size(), fields, from, 4 * offsets.size());
   bytes = std::move(e.out.bytes);
   return true;

@@ -47,8 +47,10 @@ template <class V> void speculation_fields(V& v, uint8_t form) {
     return;
   }
   v.uint("first", &LoadSpec::first);
-  if (form == LDSPEC_INDUCTION) v.sint("stride", &LoadSpec::stride);
-  else v.uint("second", &LoadSpec::second);
+  if (form == LDSPEC_INDUCTION)
+    v.sint("stride", &LoadSpec::stride);
+  else
+    v.uint("second", &LoadSpec::second);
   v.ref("type", &LoadSpec::type);
   v.sint("symbol", &LoadSpec::symbol);
   v.uint("last", &LoadSpec::last);
@@ -78,8 +80,11 @@ template <class V> void csu_tail(V& v, int version) {
 template <class V> void type_fields(V& v, uint8_t code, int version) {
   using T = TypeRecord;
   switch (code) {
-  case TC_VOID: case TC_UNKNOWN: break;
-  case TC_FLOAT: case TC_DOUBLE: case TC_LDOUBLE:
+  case TC_VOID:
+  case TC_UNKNOWN: break;
+  case TC_FLOAT:
+  case TC_DOUBLE:
+  case TC_LDOUBLE:
     v.uint("size", &T::size);
     v.uint("align", &T::align);
     break;
@@ -104,7 +109,8 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.boolean("lowered", &T::lowered);
     v.psn(&T::psn);
     break;
-  case TC_PTR: case TC_REF:
+  case TC_PTR:
+  case TC_REF:
     v.ref("target", &T::ref);
     v.uint("size", &T::size);
     v.uint("align", &T::align);
@@ -167,7 +173,8 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.lists("lists", &T::lists);
     csu_tail(v, version);
     break;
-  case TC_LIST_BEGIN: case TC_LIST_END: v.s8("kind", &T::list); break;
+  case TC_LIST_BEGIN:
+  case TC_LIST_END: v.s8("kind", &T::list); break;
   case TC_PARAM:
     v.ref("type", &T::ref);
     v.boolean("flag1", &T::flag1);
@@ -212,7 +219,8 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.str("name", &T::name);
     v.ref("type", &T::ref);
     break;
-  case TC_CFRIEND: case TC_NTYPE: v.ref("type", &T::ref); break;
+  case TC_CFRIEND:
+  case TC_NTYPE: v.ref("type", &T::ref); break;
   case TC_SDATA:
     v.str("name", &T::name);
     v.ref("type", &T::ref);
@@ -242,7 +250,14 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
 struct StreamState {
   uint32_t function = NONE; // the function being read
   uint32_t level = 0;       // of symbols that come next
+  uint32_t blocks = 0;      // that are open in the function
 };
+
+// Enters a function that begins with the next item.
+void begin_function(Unit& unit, StreamState& state, Function&& function);
+// What a record of the frame of functions and blocks, to be the next item, does to `state`. Gives a
+// message for one out of place, else null.
+const char* step_frame(Unit& unit, StreamState& state, Item& item);
 
 // One record with what belongs to it, from `r` to the end of `unit`'s vector of that section. They
 // set `raw` where the fields would be encoded to other bytes; failures are left in `r`.
@@ -287,6 +302,8 @@ private:
   }
 };
 
-inline bool is_region_label(uint64_t label) { return label <= INT32_MAX; }
+inline bool is_region_label(uint64_t label) {
+  return label <= INT32_MAX;
+}
 
 } // namespace icode

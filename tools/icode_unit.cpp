@@ -13,7 +13,8 @@ struct OpEntry {
 
 constexpr std::array<OpEntry, FIRST_MEMORY_OP> make_op_table() {
   std::array<OpEntry, FIRST_MEMORY_OP> table{};
-  for (OpEntry& e : table) e = {nullptr, NO_OP};
+  for (OpEntry& e : table)
+    e = {nullptr, NO_OP};
 #define AS_ENTRY(code, name, operands) table[code] = {#name, operands};
   FOR_EACH_FILE_OP(AS_ENTRY)
 #undef AS_ENTRY
@@ -24,7 +25,9 @@ constexpr auto OPS = make_op_table();
 
 KIND kind_of(const TypeRecord& r) {
   switch (r.code) {
-  case TC_FLOAT: case TC_DOUBLE: case TC_LDOUBLE: return K_FLOAT;
+  case TC_FLOAT:
+  case TC_DOUBLE:
+  case TC_LDOUBLE: return K_FLOAT;
   case TC_FIXED: return K_FIXED;
   case TC_TYPEDEF: return K_TYPEDEF;
   case TC_PTR: return K_POINTER;
@@ -34,7 +37,8 @@ KIND kind_of(const TypeRecord& r) {
   case TC_PTM: return K_PTM;
   case TC_FUNC: return K_FUNC;
   case TC_ENUM: return K_ENUM;
-  case TC_CSU_SHORT: case TC_CSU_LONG:
+  case TC_CSU_SHORT:
+  case TC_CSU_LONG:
     return r.kind == CLASS_KIND_UNION ? K_UNION : r.kind == CLASS_KIND_STRUCT ? K_STRUCT : K_CLASS;
   case TC_COMPLEX: return K_COMPLEX;
   case TC_VOID: return K_VOID;
@@ -52,7 +56,8 @@ void enter_element(Unit& unit, const TypeRecord& r, uint32_t record) {
   switch (r.code) {
   case TC_MDATA:
     owner.members.push_back(record);
-    if (r.count <= UINT32_MAX) unit.member_index.emplace(uint64_t(r.number) << 32 | r.count, record);
+    if (r.count <= UINT32_MAX)
+      unit.member_index.emplace(uint64_t(r.number) << 32 | r.count, record);
     break;
   case TC_BCLASS: owner.bases.push_back(record); break;
   case TC_PARAM: owner.params.push_back(record); break;
@@ -72,8 +77,8 @@ bool add_type_record(Unit& unit, TypeRecord r, std::string& error) {
     return true;
   }
   TypeInfo& info = unit.type_info[r.number];
-  bool second_half = r.code == TC_CSU_LONG && info.record != NONE &&
-                     unit.types[info.record].code == TC_CSU_SHORT;
+  bool second_half =
+      r.code == TC_CSU_LONG && info.record != NONE && unit.types[info.record].code == TC_CSU_SHORT;
   if (info.record != NONE && !second_half) {
     error = "type " + std::to_string(r.number) + " is defined twice";
     return false;
@@ -98,12 +103,13 @@ bool add_type_record(Unit& unit, TypeRecord r, std::string& error) {
   case K_FLOAT: info.is_signed = true; break;
   case K_FIXED: info.is_signed = r.kind != 0; break;
   case K_ENUM: info.is_signed = target && target->is_signed; break;
-  case K_TYPEDEF: case K_QUALIFIED:
+  case K_TYPEDEF:
+  case K_QUALIFIED:
     info.resolved = target ? target->resolved : r.ref == r.number ? 0 : r.ref;
     info.is_signed = target && target->is_signed;
     info.is_boolean = target && target->is_boolean;
-    info.qualifiers = (target ? target->qualifiers : 0) |
-                      (info.kind == K_QUALIFIED ? uint32_t(r.count) : 0);
+    info.qualifiers =
+        (target ? target->qualifiers : 0) | (info.kind == K_QUALIFIED ? uint32_t(r.count) : 0);
     break;
   default: break;
   }
@@ -150,11 +156,19 @@ uint32_t find_label(const Function& function, uint32_t number) {
   return it == function.labels.end() ? NONE : it->second;
 }
 
-uint64_t symbol_bits(const Symbol& symbol) { return symbol.size == 22 ? 32 : symbol.size; }
-uint64_t symbol_align(const Symbol& symbol) { return symbol.size == 22 ? 32 : symbol.align; }
+uint64_t symbol_bits(const Symbol& symbol) {
+  return symbol.size == 22 ? 32 : symbol.size;
+}
+uint64_t symbol_align(const Symbol& symbol) {
+  return symbol.size == 22 ? 32 : symbol.align;
+}
 
-int operand_count(unsigned op) { return op < OPS.size() ? OPS[op].operands : NO_OP; }
-const char* op_name(unsigned op) { return op < OPS.size() ? OPS[op].name : nullptr; }
+int operand_count(unsigned op) {
+  return op < OPS.size() ? OPS[op].operands : NO_OP;
+}
+const char* op_name(unsigned op) {
+  return op < OPS.size() ? OPS[op].name : nullptr;
+}
 
 int op_by_name(const std::string& name) {
   static const auto by_name = [] {

@@ -29,27 +29,97 @@ constexpr int NEWEST_VERSION = -71;
 constexpr int CPU_ID = 600;
 
 enum TAG : uint8_t {
-  TAG_BEGIN_FUNC = 1, TAG_END_FUNC = 2, TAG_BEGIN_BLOCK = 3, TAG_END_BLOCK = 4, TAG_END_ARGS = 5,
-  TAG_END_LOCALS = 6, TAG_HEADER = 8, TAG_IR = 34, TAG_SYMBOL = 35, TAG_ASM = 36, TAG_LOOP = 38,
-  TAG_LABEL = 42, TAG_MBANK = 45, TAG_EXPR = 46, TAG_COMMENT = 47, TAG_EDGE = 58, TAG_VECTOR = 59,
-  TAG_CATCH = 63, TAG_INFO = 64, TAG_EHT_ENTRY = 91, TAG_EHT = 93, TAG_PRAGMA = 94, TAG_NODE = 101,
-  TAG_INIT = 105, TAG_LDSPEC = 108, TAG_OPTIONS = 111, TAG_TYPE = 116, TAG_IR_BEGIN = 123,
-  TAG_LOOP_USE = 124, TAG_IR_END = 125, TAG_FILE = 126, TAG_END = 255,
+  TAG_BEGIN_FUNC = 1,
+  TAG_END_FUNC = 2,
+  TAG_BEGIN_BLOCK = 3,
+  TAG_END_BLOCK = 4,
+  TAG_END_ARGS = 5,
+  TAG_END_LOCALS = 6,
+  TAG_HEADER = 8,
+  TAG_IR = 34,
+  TAG_SYMBOL = 35,
+  TAG_ASM = 36,
+  TAG_LOOP = 38,
+  TAG_LABEL = 42,
+  TAG_MBANK = 45,
+  TAG_EXPR = 46,
+  TAG_COMMENT = 47,
+  TAG_EDGE = 58,
+  TAG_VECTOR = 59,
+  TAG_CATCH = 63,
+  TAG_INFO = 64,
+  TAG_EHT_ENTRY = 91,
+  TAG_EHT = 93,
+  TAG_PRAGMA = 94,
+  TAG_NODE = 101,
+  TAG_INIT = 105,
+  TAG_LDSPEC = 108,
+  TAG_OPTIONS = 111,
+  TAG_TYPE = 116,
+  TAG_IR_BEGIN = 123,
+  TAG_LOOP_USE = 124,
+  TAG_IR_END = 125,
+  TAG_FILE = 126,
+  TAG_END = 255,
 };
 
 // Codes of type records.
 enum TYPE_CODE : uint8_t {
-  TC_BOOL = 0, TC_SCHAR, TC_UCHAR, TC_WCHAR, TC_SHORT, TC_USHORT, TC_INT, TC_UINT, TC_LONG, TC_ULONG,
-  TC_FLOAT = 10, TC_DOUBLE, TC_LDOUBLE, TC_FIXED, TC_TYPEDEF, TC_PTR, TC_REF, TC_QUAL, TC_ARRAY,
-  TC_PTM, TC_FUNC, TC_PARAM, TC_ENUM, TC_ETOR, TC_CSU_SHORT, TC_CSU_LONG,
-  TC_MDATA = 28, TC_BCLASS, TC_ADECL, TC_FFRIEND, TC_CFRIEND, TC_NTYPE, TC_SDATA, TC_MFUNC,
-  TC_COMPLEX = 36, TC_UNKNOWN = 48, TC_VOID = 49, TC_LLONG = 50, TC_ULLONG = 51,
-  TC_LIST_BEGIN = 254, TC_LIST_END = 255,
+  TC_BOOL = 0,
+  TC_SCHAR,
+  TC_UCHAR,
+  TC_WCHAR,
+  TC_SHORT,
+  TC_USHORT,
+  TC_INT,
+  TC_UINT,
+  TC_LONG,
+  TC_ULONG,
+  TC_FLOAT = 10,
+  TC_DOUBLE,
+  TC_LDOUBLE,
+  TC_FIXED,
+  TC_TYPEDEF,
+  TC_PTR,
+  TC_REF,
+  TC_QUAL,
+  TC_ARRAY,
+  TC_PTM,
+  TC_FUNC,
+  TC_PARAM,
+  TC_ENUM,
+  TC_ETOR,
+  TC_CSU_SHORT,
+  TC_CSU_LONG,
+  TC_MDATA = 28,
+  TC_BCLASS,
+  TC_ADECL,
+  TC_FFRIEND,
+  TC_CFRIEND,
+  TC_NTYPE,
+  TC_SDATA,
+  TC_MFUNC,
+  TC_COMPLEX = 36,
+  TC_UNKNOWN = 48,
+  TC_VOID = 49,
+  TC_LLONG = 50,
+  TC_ULLONG = 51,
+  TC_LIST_BEGIN = 254,
+  TC_LIST_END = 255,
 };
 
 enum LIST_KIND : int8_t {
-  LK_PARAMS, LK_ENUMERATORS, LK_BASES, LK_ACCESS_DECLS, LK_FRIEND_FUNCS, LK_FRIEND_CLASSES,
-  LK_NESTED_TYPES, LK_DATA_MEMBERS, LK_STATIC_MEMBERS, LK_MEMBER_FUNCS, LIST_KIND_COUNT,
+  LK_PARAMS,
+  LK_ENUMERATORS,
+  LK_BASES,
+  LK_ACCESS_DECLS,
+  LK_FRIEND_FUNCS,
+  LK_FRIEND_CLASSES,
+  LK_NESTED_TYPES,
+  LK_DATA_MEMBERS,
+  LK_STATIC_MEMBERS,
+  LK_MEMBER_FUNCS,
+  LIST_KIND_COUNT,
 };
 
 constexpr uint8_t CLASS_KIND_CLASS = 13, CLASS_KIND_STRUCT = 14, CLASS_KIND_UNION = 15;
@@ -57,8 +127,16 @@ constexpr uint32_t QUAL_CONST = 1, QUAL_VOLATILE = 2, QUAL_RESTRICT = 64;
 
 // Storage classes of symbols.
 enum STORAGE : int8_t {
-  ST_AUTO = 1, ST_GLOBAL = 2, ST_STATIC = 3, ST_REGISTER = 4, ST_EXTERN = 5, ST_LABEL = 6,
-  ST_PARAM = 9, ST_REGPARAM = 17, ST_REGCOPY = 22, ST_RESULT = 27,
+  ST_AUTO = 1,
+  ST_GLOBAL = 2,
+  ST_STATIC = 3,
+  ST_REGISTER = 4,
+  ST_EXTERN = 5,
+  ST_LABEL = 6,
+  ST_PARAM = 9,
+  ST_REGPARAM = 17,
+  ST_REGCOPY = 22,
+  ST_RESULT = 27,
 };
 
 // A source position; file 0 is "no position".
@@ -69,10 +147,10 @@ struct Psn {
   bool operator==(const Psn&) const = default;
 };
 
-// Every record kind has a field `raw`. It is 0, or the index in Unit::raws of the record's bytes as
-// they stood in the file, for a record whose fields alone would not be encoded to those bytes (a
-// number written with more groups than it needs, a bool other than 0 and 1). Whoever changes a
-// record's fields sets `raw` to 0.
+// Records have a field `raw`, except those that another one's covers. It is 0, or the index in
+// Unit::raws of the record's bytes as they stood in the file, for a record whose fields alone would
+// not be encoded to those bytes (a number written with more groups than it needs, a bool other than
+// 0 and 1). Whoever changes a record's fields sets `raw` to 0.
 
 // A node of an expression tree. What the payload fields mean depends on the operator:
 //   LABEL a: label number           NAME a: level, b: symbol index     ICON a: the value's 64 bits
@@ -98,43 +176,43 @@ struct TypeRecord {
   uint8_t code = TC_UNKNOWN;
   uint32_t raw = 0;
   std::string name;
-  uint32_t ref = 0;       // target, element, return, underlying, part or member type; 0 for none
-  uint32_t ref2 = 0;      // ptm: the class
-  uint64_t size = 0;      // bits; ptr: 22 stands for a size and an alignment of 32
-  uint64_t align = 0;     // bits
-  uint64_t count = 0;     // array: elements; qual: qualifier bits; param: flags; csu long: size of
-                          // the table of virtual functions; mdata: member number; adecl: its word
-  int64_t offset = 0;     // mdata: bit offset; bclass: offset; mfunc: table index; fixed: fraction
-  uint64_t value = 0;     // etor: the value's 64 bits
-  uint64_t bit_size = 0;  // mdata: width of a bit-field, 0 for a plain member
-  uint8_t kind = 0;       // csu: class kind; func: convention; elements: access; fixed: is signed
-  int8_t list = 0;        // list marks: LIST_KIND
-  uint8_t fixed_type_id = 0; // mdata
+  uint32_t ref = 0;      // target, element, return, underlying, part or member type; 0 for none
+  uint32_t ref2 = 0;     // ptm: the class
+  uint64_t size = 0;     // bits; ptr: 22 stands for a size and an alignment of 32
+  uint64_t align = 0;    // bits
+  uint64_t count = 0;    // array: elements; qual: qualifier bits; param: flags; csu long: size of
+                         // the table of virtual functions; mdata: member number; adecl: its word
+  int64_t offset = 0;    // mdata: bit offset; bclass: offset; mfunc: table index; fixed: fraction
+  uint64_t value = 0;    // etor: the value's 64 bits
+  uint64_t bit_size = 0; // mdata: width of a bit-field, 0 for a plain member
+  uint8_t kind = 0;      // csu: class kind; func: convention; elements: access; fixed: is signed
+  int8_t list = 0;       // list marks: LIST_KIND
+  uint8_t fixed_type_id = 0;                                      // mdata
   bool is_signed = false, is_boolean = false, std_signed = false; // integral
   bool hidden = false, complete = false, lowered = false, is_vector = false;
-  bool prototyped = false, variadic = false;   // func
-  bool has_data = false;                       // csu short: the class has data members
-  bool vector_like = false, is_cpp = false;    // csu; is_cpp also of enum
-  bool flag1 = false, flag2 = false, flag3 = false, flag4 = false; // mdata 3, mfunc 4; param 1;
-                                               // bclass 1: is virtual; array 1: the spare bool
+  bool prototyped = false, variadic = false; // func
+  bool has_data = false;                     // csu short: the class has data members
+  bool vector_like = false, is_cpp = false;  // csu; is_cpp also of enum
+  bool flag1 = false, flag2 = false, flag3 = false,
+       flag4 = false; // mdata 3, mfunc 4; param 1;
+                      // bclass 1: is virtual; array 1: the spare bool
   uint16_t lists = 0; // csu long: bit i is the i-th of its nine bools; see LONG_FORM_LISTS
   Psn psn;
 };
 
 // List kinds in the order of the nine bools of a class's long form.
 constexpr std::array<int8_t, 9> LONG_FORM_LISTS = {
-    LK_BASES, LK_ACCESS_DECLS, LK_FRIEND_FUNCS, LK_FRIEND_CLASSES, LK_NESTED_TYPES,
+    LK_BASES,        LK_ACCESS_DECLS,   LK_FRIEND_FUNCS, LK_FRIEND_CLASSES, LK_NESTED_TYPES,
     LK_DATA_MEMBERS, LK_STATIC_MEMBERS, LK_MEMBER_FUNCS, LK_PARAMS};
 
 struct Pragma {
   uint64_t kind = 0;
   std::vector<std::string> args;
-  uint32_t raw = 0;
 };
 
 struct Symbol {
   std::string name;
-  uint64_t size = 0;  // bits; 22 stands for a size and an alignment of 32
+  uint64_t size = 0; // bits; 22 stands for a size and an alignment of 32
   uint64_t value = 0;
   int8_t storage = 0; // STORAGE
   int16_t qual = 0;
@@ -216,9 +294,9 @@ struct CatchEntry {
 constexpr uint64_t EHT_CLEANUP = 1, EHT_CATCH = 2;
 struct EhtEntry {
   uint64_t id = 0, kind = 0, region = 0;
-  uint64_t link = 0;                // of a catch: the number of its triples
-  std::vector<CatchEntry> catches;  // kind EHT_CATCH
-  uint32_t tree = NONE;             // kind EHT_CLEANUP; NONE for no tree
+  uint64_t link = 0;               // of a catch: the number of its triples
+  std::vector<CatchEntry> catches; // kind EHT_CATCH
+  uint32_t tree = NONE;            // kind EHT_CLEANUP; NONE for no tree
 };
 using ExceptionTable = std::vector<EhtEntry>;
 
@@ -237,8 +315,8 @@ struct Item {
 };
 
 struct Function {
-  uint64_t global = 0;   // index in Unit::globals, unchecked; not of an IR function
-  IrBegin ir;            // of an IR function
+  uint64_t global = 0; // index in Unit::globals, unchecked; not of an IR function
+  IrBegin ir;          // of an IR function
   bool is_ir = false;
   uint32_t begin = NONE; // items of the function: [begin, end), with its begin and end records
   uint32_t end = NONE;
@@ -249,20 +327,36 @@ struct Function {
 // What a tool wants to know of a type number. Chains of typedefs and qualifiers are looked through
 // once, when the type is entered.
 enum KIND : uint8_t {
-  K_UNKNOWN, K_VOID, K_INTEGER, K_FLOAT, K_FIXED, K_COMPLEX, K_POINTER, K_REFERENCE, K_QUALIFIED,
-  K_TYPEDEF, K_ARRAY, K_VECTOR, K_PTM, K_FUNC, K_ENUM, K_CLASS, K_STRUCT, K_UNION,
+  K_UNKNOWN,
+  K_VOID,
+  K_INTEGER,
+  K_FLOAT,
+  K_FIXED,
+  K_COMPLEX,
+  K_POINTER,
+  K_REFERENCE,
+  K_QUALIFIED,
+  K_TYPEDEF,
+  K_ARRAY,
+  K_VECTOR,
+  K_PTM,
+  K_FUNC,
+  K_ENUM,
+  K_CLASS,
+  K_STRUCT,
+  K_UNION,
 };
 struct TypeInfo {
   uint32_t number = 0;
   KIND kind = K_UNKNOWN;
-  uint32_t record = NONE;   // defining record in Unit::types; a class's long form if there is one
-  uint32_t resolved = 0;    // the number below typedefs and qualifiers, its own if it is neither
-  uint32_t element = 0;     // target, element, return, underlying or part type
-  uint32_t qualifiers = 0;  // of the whole chain
-  uint64_t size = 0;        // bits
-  uint64_t align = 0;       // bits
-  uint64_t count = 0;       // elements of an array or vector
-  bool is_signed = false;   // integers, enumerations, floats, through the whole chain
+  uint32_t record = NONE;  // defining record in Unit::types; a class's long form if there is one
+  uint32_t resolved = 0;   // the number below typedefs and qualifiers, its own if it is neither
+  uint32_t element = 0;    // target, element, return, underlying or part type
+  uint32_t qualifiers = 0; // of the whole chain
+  uint64_t size = 0;       // bits
+  uint64_t align = 0;      // bits
+  uint64_t count = 0;      // elements of an array or vector
+  bool is_signed = false;  // integers, enumerations, floats, through the whole chain
   bool is_boolean = false;
   // Elements, as indices in Unit::types in file order.
   std::vector<uint32_t> members, bases, params, enumerators;
@@ -272,7 +366,14 @@ struct TypeInfo {
 };
 
 enum SECTION : uint8_t {
-  SEC_STREAM, SEC_INITS, SEC_OPTIONS, SEC_TYPES, SEC_FILES, SEC_GLOBALS, SEC_TAIL, SECTION_COUNT,
+  SEC_STREAM,
+  SEC_INITS,
+  SEC_OPTIONS,
+  SEC_TYPES,
+  SEC_FILES,
+  SEC_GLOBALS,
+  SEC_TAIL,
+  SECTION_COUNT,
 };
 // One region of a file that is not laid out as usual: bytes that belong to nothing, then a section.
 struct LayoutPart {
@@ -292,7 +393,7 @@ struct Unit {
   std::vector<FileName> files; // file number n is files[n - 1]
   std::vector<Symbol> globals; // NAME's index counts here
   std::vector<Init> inits;
-  std::vector<Item> items;     // the function stream
+  std::vector<Item> items; // the function stream
   std::vector<Function> functions;
 
   std::vector<Node> nodes;
@@ -315,8 +416,8 @@ struct Unit {
 // what was read so far and must not be used.
 bool decode_unit(std::span<const uint8_t> bytes, Unit& unit, std::string& error);
 
-// Encodes in the form of `version`; fields that it has no room for are dropped. Layout and raw bytes
-// are kept only where `version` is the unit's own. On failure gives false and a message.
+// Encodes in the form of `version`; fields that it has no room for are dropped. Layout and raw
+// bytes are kept only where `version` is the unit's own. On failure gives false and a message.
 bool encode_unit(const Unit& unit, int version, std::string& bytes, std::string& error);
 inline bool encode_unit(const Unit& unit, std::string& bytes, std::string& error) {
   return encode_unit(unit, NEWEST_VERSION, bytes, error);
@@ -329,7 +430,7 @@ bool add_type_record(Unit& unit, TypeRecord record, std::string& error);
 uint32_t add_string(Unit& unit, std::string text); // gives its index in Unit::strings
 
 // Look-ups. Null (or 0, NONE) where there is no such thing.
-const TypeInfo* find_type(const Unit& unit, uint32_t number);    // just this number
+const TypeInfo* find_type(const Unit& unit, uint32_t number);     // just this number
 const TypeInfo* resolved_type(const Unit& unit, uint32_t number); // below typedefs and qualifiers
 bool is_signed_type(const Unit& unit, uint32_t number); // ICON and enumerators: sint or uint
 // A data member's record, of a class type or one qualified or named by a typedef.
@@ -342,8 +443,8 @@ uint64_t symbol_bits(const Symbol& symbol);                     // size, the val
 uint64_t symbol_align(const Symbol& symbol);
 
 constexpr int8_t NO_OP = -1;
-int operand_count(unsigned op);      // of an operator in a file; NO_OP for a code that is none
-const char* op_name(unsigned op);    // null for a code that is none
+int operand_count(unsigned op);          // of an operator in a file; NO_OP for a code that is none
+const char* op_name(unsigned op);        // null for a code that is none
 int op_by_name(const std::string& name); // NO_OP for a name that is none
 
 } // namespace icode
