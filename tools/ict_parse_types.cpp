@@ -147,7 +147,7 @@ TypeRecord take_param(Parser& p) {
     r.name = p.take_name("a parameter's name");
   Attributes attributes = p.take_attributes();
   FieldSetter<TypeRecord> fields{p, attributes, r};
-  type_fields(fields, r.code, p.unit.version);
+  type_fields(fields, r.code, p.text_version());
   p.check_used(attributes);
   return r;
 }
@@ -209,7 +209,7 @@ TypeRecord take_element(Parser& p, const TypeRecord& owner, const TypeRecord* be
   if (r.code == TC_MDATA) r.count = before ? before->count + 1 : 1;
   Attributes attributes = p.take_attributes();
   FieldSetter<TypeRecord> fields{p, attributes, r};
-  type_fields(fields, r.code, p.unit.version);
+  type_fields(fields, r.code, p.text_version());
   p.check_used(attributes);
   if (r.code == TC_MDATA && !attributes.count("at"))
     r.offset = default_member_offset(p.unit, owner.kind == CLASS_KIND_UNION, before, r);
@@ -344,7 +344,7 @@ void Parser::parse_type() {
   if (is_named && token().kind == T_STRING) d.name = take_string("a name");
   Attributes attributes = take_attributes();
   FieldSetter<TypeRecord> fields{*this, attributes, d};
-  type_fields(fields, r.code, unit.version);
+  type_fields(fields, r.code, text_version());
   check_used(attributes);
   if (r.code == TC_ENUM && take('{')) {
     has_list = true;
@@ -403,7 +403,7 @@ void Parser::parse_define() {
   if (token().kind == T_STRING) r.name = take_string("a name");
   Attributes attributes = take_attributes();
   FieldSetter<TypeRecord> fields{*this, attributes, r};
-  type_fields(fields, r.code, unit.version);
+  type_fields(fields, r.code, text_version());
   check_used(attributes);
   auto short_form = open_shorts.find(number);
   take_class_body(*this, r, attributes.count("lists"),
@@ -426,7 +426,7 @@ void Parser::parse_record() {
   r.code = form.code;
   Attributes attributes = take_attributes();
   FieldSetter<TypeRecord> fields{*this, attributes, r};
-  type_fields(fields, r.code, unit.version);
+  type_fields(fields, r.code, text_version());
   check_used(attributes);
   add_record(r, at);
 }

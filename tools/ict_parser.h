@@ -68,6 +68,13 @@ struct Parser {
   Attributes take_attributes();
   void check_used(const Attributes& attributes) const;
   uint32_t keep_raw(std::string bytes);
+  // The version whose fields a text may give: all there are, also those that the unit's version
+  // drops. Two versions have a field that no other has.
+  int text_version() const {
+    constexpr int WITH_SPARE_BOOL = -74;
+    bool has_spare_bool = unit.version == WITH_SPARE_BOOL || unit.version == WITH_SPARE_BOOL - 1;
+    return has_spare_bool ? WITH_SPARE_BOOL : NEWEST_VERSION;
+  }
 
   // --- Types (ict_parse_types.cpp) ---
   uint32_t take_type();

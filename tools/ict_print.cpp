@@ -566,20 +566,24 @@ struct Printer {
   // Whether the end of arguments and the end of locals stand where the parser would put them:
   // behind the parameters, and behind the other symbols.
   bool has_usual_marks(size_t begin) {
+    auto plain_symbol = [&](size_t i) {
+      bool is_plain_symbol = is_symbol(i) && !function->locals[unit.items[i].index].raw;
+      return is_plain_symbol ? &function->locals[unit.items[i].index] : nullptr;
+    };
+    auto is_param = [&](size_t i) {
+      const Symbol* s = plain_symbol(i);
+      return s && (s->storage == ST_PARAM || s->storage == ST_REGPARAM);
+    };
     size_t i = begin + 1;
     if (unit.items[begin].tag != TAG_BEGIN_BLOCK) {
-      auto is_param = [&](const Symbol& s) {
-        return s.storage == ST_PARAM || s.storage == ST_REGPARAM;
-      };
-      while (is_symbol(i) && function->locals[unit.items[i].index].raw == 0 &&
-             is_param(function->locals[unit.items[i].index]))
+      while (is_param(i))
         ++i;
-      if (!is_plain(i, TAG_END_ARGS)) return false;
+      if (!is_plain(i, TAG_END_ARGS) || is_param(i + 1)) return false;
       ++i;
     }
-    while (is_symbol(i) && function->locals[unit.items[i].index].raw == 0)
+    while (plain_symbol(i))
       ++i;
-    return is_plain(i, TAG_END_LOCALS);
+    return is_plain(i, TAG_END_LOCALS) && !is_symbol(i + 1);
   }
 
   // The beginning of a function or block: " exact" if its marks are all written, raw bytes,
