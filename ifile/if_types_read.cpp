@@ -1,8 +1,8 @@
 // Reading the types section.
 //
 // A type's record comes before every use of its number, except that a class may be used from its
-// short form on. So all derivations are finite chains, and only classes can close a cycle: a harmless
-// one through pointers, or, in a damaged file, one by value, which check_types finds.
+// short form on. So all derivations are finite chains, and only classes can close a cycle: a
+// harmless one through pointers, or, in a damaged file, one by value, which check_types finds.
 #include "ifile/i_file.h"
 #include "ifile/if_type_codes.h"
 
@@ -13,11 +13,11 @@
 
 namespace {
 
-constexpr unsigned MAX_DEPTH = 1000;               // derivations, and values within values
-constexpr unsigned long MAX_SIZE = 1ul << 40;      // bits
-constexpr unsigned long MAX_ALIGN = 1ul << 31;     // bits
-constexpr unsigned long MAX_INT_SIZE = 64;         // bits
-constexpr unsigned long OLD_POINTER_SIZE = 22;     // stands for a 32-bit pointer
+constexpr unsigned MAX_DEPTH = 1000;           // derivations, and values within values
+constexpr unsigned long MAX_SIZE = 1ul << 40;  // bits
+constexpr unsigned long MAX_ALIGN = 1ul << 31; // bits
+constexpr unsigned long MAX_INT_SIZE = 64;     // bits
+constexpr unsigned long OLD_POINTER_SIZE = 22; // stands for a 32-bit pointer
 constexpr unsigned long POINTER_SIZE = 32;
 
 // The list that an element of that code belongs to, -1 if the code is no element's.
@@ -77,7 +77,9 @@ TYPE* I_FILE::find_typeref(unsigned long number) {
   return info.type;
 }
 
-TYPE* I_FILE::i_read_typeref() { return find_typeref(i_read_uint()); }
+TYPE* I_FILE::i_read_typeref() {
+  return find_typeref(i_read_uint());
+}
 
 fkMDATA* I_FILE::find_mdataref(TYPE* csu, unsigned number) {
   if (!csu || !csu->is_csu()) return nullptr;
@@ -240,8 +242,8 @@ TYPE* I_FILE::read_plain_type(int code, unsigned& depth) {
   }
   default: break;
   }
-  const bool is_int = (code >= TC_FIRST_INT && code <= TC_LAST_SHORT_INT) || code == TC_LLONG ||
-                      code == TC_ULLONG;
+  const bool is_int =
+      (code >= TC_FIRST_INT && code <= TC_LAST_SHORT_INT) || code == TC_LLONG || code == TC_ULLONG;
   if (!is_int) if_die(INVALID_RECORD);
   const bool is_signed = i_read_bool();
   const unsigned long size = read_scalar_size();
@@ -283,8 +285,7 @@ void I_FILE::read_csu(unsigned long number, bool is_long) {
   // The long form may follow the short one.
   if (info.complete_def || (info.type && !is_long)) tp_die("read type twice");
   if (!info.type) info.type = tp->mk_csu(static_cast<TYPE::KIND>(kind), name);
-  if (info.type->kind != static_cast<int>(kind) || info.type->name != name)
-    if_die(INVALID_RECORD);
+  if (info.type->kind != static_cast<int>(kind) || info.type->name != name) if_die(INVALID_RECORD);
   info.complete_def = is_long;
 
   CSU_PARTS* parts = info.type->csu_parts();
@@ -341,12 +342,13 @@ void I_FILE::read_member(TYPE* csu) {
     if (!is_bitfield) bit_size = 0;
   } else {
     bit_size = i_read_uint();
-    for (bool& flag : member.flags) flag = i_read_bool();
+    for (bool& flag : member.flags)
+      flag = i_read_bool();
   }
   member.psn = i_read_psn();
 
-  const bool is_placed = member.bit_offset >= 0 &&
-                         static_cast<unsigned long>(member.bit_offset) <= MAX_SIZE;
+  const bool is_placed =
+      member.bit_offset >= 0 && static_cast<unsigned long>(member.bit_offset) <= MAX_SIZE;
   if (!member.type || !is_placed || number > 0xFFFFFFFFul || bit_size > MAX_INT_SIZE ||
       find_mdataref(csu, member.number))
     if_die(INVALID_RECORD);
@@ -369,7 +371,8 @@ void I_FILE::read_type_element(TYPE_INFO& owner, int code) {
     i_read_bool();
     param.flags = static_cast<unsigned>(i_read_uint());
     param.name = intern_text(i_read_string());
-    (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params).push_back(param);
+    (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params)
+        .push_back(param);
     return;
   }
   if (code == TC_MEMBER) {
@@ -427,7 +430,8 @@ void I_FILE::read_type_element(TYPE_INFO& owner, int code) {
     f.type = i_read_typeref();
     f.access = checked_access(i_read_u8());
     f.vtable_index = i_read_sint();
-    for (bool& flag : f.flags) flag = i_read_bool();
+    for (bool& flag : f.flags)
+      flag = i_read_bool();
     parts->member_funcs.push_back(f);
     break;
   }
@@ -499,5 +503,6 @@ void I_FILE::check_types() {
       }
     }
   }
-  for (TYPE* t : marked) t->file_marks = 0;
+  for (TYPE* t : marked)
+    t->file_marks = 0;
 }

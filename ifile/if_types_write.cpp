@@ -1,8 +1,8 @@
 // Writing the types section.
 //
-// A type gets its number when something refers to it. Before anything of the section is written, all
-// that the numbered types refer to are numbered too; then classes stand first, in short form, so that
-// every other reference can go to a record that is already there.
+// A type gets its number when something refers to it. Before anything of the section is written,
+// all that the numbered types refer to are numbered too; then classes stand first, in short form,
+// so that every other reference can go to a record that is already there.
 #include "ifile/i_file.h"
 #include "ifile/if_type_codes.h"
 
@@ -16,17 +16,19 @@ namespace {
 
 // Record codes of the basic types, by TYPE::ekind().
 constexpr unsigned char code_of_ekind[29] = {
-    0,  1,  2,  3,  4,  5,  6,  7,  TC_UNKNOWN, TC_UNKNOWN, // to unsigned int; the aliases of long
-    8,  9,  TC_LLONG, TC_ULLONG, TC_FLOAT, TC_DOUBLE, TC_LDOUBLE, TC_UNKNOWN, TC_COMPLEX,
-    TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN,
-    TC_UNKNOWN, TC_VOID};
+    0,          1,          2,          3,          4,          5,          6,
+    7,          TC_UNKNOWN, TC_UNKNOWN, // to unsigned int; the aliases of long
+    8,          9,          TC_LLONG,   TC_ULLONG,  TC_FLOAT,   TC_DOUBLE,  TC_LDOUBLE,
+    TC_UNKNOWN, TC_COMPLEX, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN,
+    TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_UNKNOWN, TC_VOID};
 
 // The types whose records must stand before that of `t`, which is no class.
 template <class VISIT> void for_each_basis(const TYPE* t, VISIT visit) {
   if (t->base != t) visit(t->base);
   if (t->extra) visit(t->extra);
   if (t->kind == TYPE::K_FUNC)
-    for (const TYPE_PARAM& p : t->func_parts()->params) visit(p.type);
+    for (const TYPE_PARAM& p : t->func_parts()->params)
+      visit(p.type);
 }
 
 // The types that the lists of a class refer to, in the order in which they are written.
@@ -35,14 +37,22 @@ template <class VISIT> void for_each_list_type(const TYPE* csu, VISIT visit_type
     if (t) visit_type(t);
   };
   const CSU_PARTS* parts = csu->csu_parts();
-  for (const auto& b : parts->bases) visit(b.type);
-  for (const auto& f : parts->friend_funcs) visit(f.type);
-  for (TYPE* t : parts->friend_classes) visit(t);
-  for (TYPE* t : parts->nested_types) visit(t);
-  for (const fkMDATA* m : parts->members) visit(m->type);
-  for (const auto& m : parts->static_members) visit(m.type);
-  for (const auto& f : parts->member_funcs) visit(f.type);
-  for (const auto& p : parts->params) visit(p.type);
+  for (const auto& b : parts->bases)
+    visit(b.type);
+  for (const auto& f : parts->friend_funcs)
+    visit(f.type);
+  for (TYPE* t : parts->friend_classes)
+    visit(t);
+  for (TYPE* t : parts->nested_types)
+    visit(t);
+  for (const fkMDATA* m : parts->members)
+    visit(m->type);
+  for (const auto& m : parts->static_members)
+    visit(m.type);
+  for (const auto& f : parts->member_funcs)
+    visit(f.type);
+  for (const auto& p : parts->params)
+    visit(p.type);
 }
 
 // Is `t` a class that is more than declared?
@@ -52,7 +62,9 @@ bool has_lists(const TYPE* t) {
   return parts->has_long_form || !parts->members.empty();
 }
 
-bool has_name(const TYPE* t) { return *t->name != 0; }
+bool has_name(const TYPE* t) {
+  return *t->name != 0;
+}
 
 } // namespace
 
@@ -70,7 +82,9 @@ unsigned long I_FILE::type_number(TYPE* type) {
   return n;
 }
 
-void I_FILE::i_write_typeref(TYPE* type) { i_write_uint(type ? type_number(type) : 0); }
+void I_FILE::i_write_typeref(TYPE* type) {
+  i_write_uint(type ? type_number(type) : 0);
+}
 
 // ---------------------------------------------------------------------------------------------
 // Records
@@ -184,7 +198,8 @@ void I_FILE::write_csu_type_lists(TYPE* csu) {
     i_write_sint(m->bit_offset);
     i_write_i8(static_cast<int>(m->fixed_type_id));
     i_write_uint(m->bit_size);
-    for (bool flag : m->flags) i_write_bool(flag);
+    for (bool flag : m->flags)
+      i_write_bool(flag);
     i_write_psn(m->psn);
   });
   write_list(TL_STATIC_MEMBERS, TC_STATIC_MEMBER, parts->static_members,
@@ -199,7 +214,8 @@ void I_FILE::write_csu_type_lists(TYPE* csu) {
                i_write_typeref(f.type);
                i_write_i8(f.access);
                i_write_sint(f.vtable_index);
-               for (bool flag : f.flags) i_write_bool(flag);
+               for (bool flag : f.flags)
+                 i_write_bool(flag);
              });
   if (!parts->params.empty()) write_param_list(csu, parts->params);
 }
@@ -377,7 +393,9 @@ void I_FILE::if_write_all_types(bool named) {
     type_is_written[csu->file_number - 1] = true;
     write_csu_short(csu);
   }
-  for (TYPE* csu : classes) write_csu_type_lists(csu);
-  for (TYPE* t : numbered_types) write_type(t);
+  for (TYPE* csu : classes)
+    write_csu_type_lists(csu);
+  for (TYPE* t : numbered_types)
+    write_type(t);
   i_write_eof();
 }
