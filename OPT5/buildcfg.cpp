@@ -25,7 +25,7 @@ LBL* mklabel(int number, LBL* chain, BBLK* bb) {
 
 LBL* find_label(int number) {
   for (LBL* label : currfuninfo->labels)
-    if (label->number == number && label->bb) return label->chain ? label->chain : label;
+    if (number >= 0 && label->number == number && label->bb) return label->chain ? label->chain : label;
   fprintf(stderr, "\n!!! COMPILER (OPTIMIZER) ERROR IN 'find_label', INDEX=%d !!!\n", number);
   abort_optimizer();
 }
@@ -169,7 +169,7 @@ private:
 
   void open_block() {
     current = mkbblock(nullptr, nullptr, fi);
-    current->label = mklabel(0, nullptr, current);
+    current->label = mklabel(-1, nullptr, current);
     last = nullptr;
     if (!first_block) first_block = current;
     add_to_chain(current);

@@ -4,6 +4,7 @@
 #include "OPT5/bblk.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/livevars.h"
 #include "OPT5/loop.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
@@ -158,7 +159,7 @@ void fixup_edge_lists(BBLK* bb, NODE* old_branch) {
   LIST* last = bb->last_statement();
   EDGE* targets = last ? rev_edge_list(list_branch_targets(last->tree, nullptr)) : nullptr;
   for (EDGE* e = old_targets; e; e = e->rest)
-    if (!edge_memberp(bb, nullptr) && !edge_memberp(e->first, targets))
+    if (!edge_memberp(e->first, targets))
       e->first->predecessors = remove_edge(bb, e->first->predecessors);
   for (EDGE* e = targets; e; e = e->rest) {
     if (EDGE* old = edge_memberp(e->first, bb->successors)) e->prob = old->prob;

@@ -65,6 +65,8 @@ public:
   bool only_simple_calls = true;
   bool no_tail_recursion = false;
   bool is_leaf = true; // no calls
+  bool builtins_have_state = false; // built-ins of the body read or write hidden state
+  SYMTAB* cctor_result = nullptr;   // local that points to the result of a copy constructor
   int temp_counter = 0;
   int sym_counter = 0;
   unsigned long serial_counter = 0;

@@ -144,7 +144,7 @@ const char* NODE::fcon_value() {
   if (!text) {
     simul_fval value = *u.fval;
     truncate_fval_to_target(&value, type);
-    text = copy_text(f_hex_text(value).c_str());
+    text = copy_text(f_hex_text(&value).c_str());
   }
   return text;
 }
@@ -164,6 +164,7 @@ void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
 }
 
 void NODE::mk_icon(long value) {
+  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
   ival = type->is_signed() ? INT65(value) : INT65(static_cast<unsigned long>(value));
   if (type->is_int_or_enum()) ival = truncate_to_type(ival, type);
 }
@@ -173,6 +174,7 @@ void NODE::mk_lcon(const char* digits) {
   unsigned long value = 0;
   for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++) value = value * 10 + (*p - '0');
   op = ICON;
+  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
   INT65 wide = negative ? -INT65(value) : INT65(value);
   ival = type->is_int_or_enum() ? truncate_to_type(wide, type) : wide;
 }
@@ -180,6 +182,7 @@ void NODE::mk_lcon(const char* digits) {
 static std::mutex atof_lock;
 
 void NODE::mk_fcon(const char* digits) {
+  if (!type->is_float()) if_die(INVALID_RECORD);
   auto* value = new simul_fval;
   {
     std::lock_guard<std::mutex> hold(atof_lock);

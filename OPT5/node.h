@@ -22,6 +22,9 @@ struct PTENV;
 struct DD_INFO;
 struct LBL;
 
+// Places in NODE::node_flags.
+enum NODE_FLAG { NF_COMMENT }; // of ASM: a comment record
+
 class NODE : public BASE_NODE {
 public:
   // `op` and `type` stand in BASE_NODE. ILLOP marks an erased node.

@@ -1,0 +1,319 @@
+#include "OPT5/opt_client.h"
+
+#include "DIAG/abort.h"
+#include "OPT5/fileopt.h"
+#include "OPT5/passes.h"
+#include "OPT5/restrict.h"
+#include "OPT5/scope.h"
+#include "OPT5/settings.h"
+#include "OPT5/simp1.h"
+#include "OPT5/streams.h"
+#include "OPT5/target.h"
+#include "OPT5/verify.h"
+#include "OPT5/write.h"
+#include "ifile/i_file.h"
+
+#include <algorithm>
+#include <cstring>
+
+bool any_unions_in_program;
+int unique_call_index;
+std::list<SYMTAB*> functions;
+
+namespace {
+
+// A block that is open while reading.
+struct OPEN_BLOCK {
+  PSN* begin;
+  SYMTAB* symbols_at_begin; // newest symbol when the block opened
+  SYMTAB* symbols_at_end;   // newest one when its locals ended
+};
+
+int lex; // current lexical level
+std::string curr_file;
+std::vector<OPEN_BLOCK> open_blocks;
+
+void note_pointers_declared_since(SYMTAB* end) {
+  for (SYMTAB* sym = currfuninfo->incoming; sym && sym != end; sym = sym->next)
+    find_or_make_PTR_entry(sym);
+}
+
+class OPT_CLIENT : public IF_CLIENT {
+public:
+  bool cl_magic(int, int) override { return true; }
+  void cl_source(const char*) override {}
+
+  void cl_merge_type_defs() override {
+    tp->walk_types(
+        [](TYPE* type, void*) {
+          if (type->kind == TYPE::K_UNION) any_unions_in_program = true;
+        },
+        nullptr);
+    init_types();
+  }
+
+  I_SYMTAB* cl_symbol_create(char* name, TYPE* type, TYPE* cpp_type, unsigned long size,
+                             unsigned long align, unsigned long value, int sclass, int cqual,
+                             PSN* psn, unsigned long location, unsigned option_set,
+                             I_SYMTAB::RETENTION_POLICY policy) override {
+    if (!type) type = tp->mk_void();
+    SYMTAB* sym = lex == 0 && max_threads > 0 ? new GLOBAL_SYM : new SYMTAB;
+    sym->name = strdup(name);
+    sym->otype = type;
+    sym->cpp_type = cpp_type;
+    sym->type = type;
+    if (type->is_enum()) {
+      sym->type = type->enum_underlying()->normalized_type();
+      if (int quals = type->qual_kind(true)) sym->type = tp->mk_qual(sym->type, quals);
+    }
+    sym->size = size;
+    sym->align = static_cast<unsigned>(align);
+    if (!type->is_func() && size != type->size)
+      optassert("otype->is_func() || size == otype->size()", __FILE__, __LINE__);
+    sym->value = static_cast<int>(value);
+    sym->sclass = sym->orig_class = static_cast<unsigned char>(sclass);
+    sym->mutable_ok = sclass != SC_REGISTER && sclass != SC_REGPARM && sclass != SC_REGPARM_COPY;
+    sym->psn = psn;
+    sym->location = static_cast<unsigned>(location);
+    sym->option_set = option_set;
+    sym->policy = policy;
+    sym->cqual = cqual & CQ_KEPT_BITS;
+    if (lex == 0 && !type->is_volatile() && opt_level() < 3) {
+      sym->cqual |= CQ_MUST_STAY;
+      if (!(sym->cqual & (CQ_NO_ADDRESS | CQ_READ_ONLY))) sym->cqual |= CQ_ADDRESS_TAKEN;
+    }
+    if (policy == I_SYMTAB::ALWAYS) sym->cqual |= CQ_MUST_STAY | CQ_ADDRESS_TAKEN;
+    if (sclass == SC_RESULT) {
+      sym->sclass = SC_ARG;
+      if (currfuninfo) currfuninfo->set_properties(0x40022);
+    }
+    if (lex == 0) {
+      enter_global_symbol(sym);
+    } else if (currfunc) {
+      if (lex == 1) sym->in_interface = true;
+      sym->next = currfuninfo->incoming;
+      currfuninfo->incoming = sym;
+      LS* scope = lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
+      scope->add_symbol(sym);
+    }
+    return sym;
+  }
+
+  void cl_symbol_def(I_SYMTAB* sym) override { make_symbol_groupable(static_cast<SYMTAB*>(sym)); }
+
+  void cl_pragma(I_SYMTAB* owner, PRAGMA* pragma) override {
+    print_if_debug("%c[Pragma] %d %d\n", '^', pragma->kind, static_cast<int>(pragma->args.size()));
+    if (owner) {
+      // New pragmas go to the head; a file's order is the reverse of the reading order then, so
+      // those of one symbol are appended here to be written as they were read.
+      auto* sym = static_cast<SYMTAB*>(owner);
+      PRAGMA** tail = &sym->pragmas;
+      while (*tail) tail = &(*tail)->next;
+      *tail = pragma;
+      return;
+    }
+    if (!currfunc) {
+      o_file->if_write_pragma(pragma);
+      delete pragma;
+      return;
+    }
+    NODE* node = alloc_node(PPRAGMA, tp->mk_void());
+    node->pragma = pragma;
+    add_statement(node, nullptr);
+  }
+
+  void cl_init(I_SYMTAB* owner) override {
+    auto* sym = static_cast<SYMTAB*>(owner);
+    if (sym->type->is_func()) if_die(INVALID_RECORD);
+    for (NODE* tree : sym->init_list) {
+      if (verify_tree(tree)) if_die(INVALID_RECORD);
+      scan_for_funinfo(tree, 1, file_funinfo, 0);
+    }
+  }
+
+  void cl_preprocess_statics() override {
+    // What built-ins may read and write behind the program's back, for alias analysis. Never part
+    // of the output's symbols unless a tree refers to them.
+    mcall_implicit_state = make_implicit_symbol("__MCALL_implicit_state__");
+    flag_status_register = make_implicit_symbol("__flag_status_register__");
+  }
+
+  void cl_begin_func(I_SYMTAB* func, PSN* psn) override {
+    auto* sym = static_cast<SYMTAB*>(func);
+    if (!sym->type->is_func() || sym->is_defined) if_die(INVALID_RECORD);
+    sym->is_defined = true;
+    currfunc = sym;
+    currfuninfo = make_FUNINFO(sym);
+    currfuninfo->symbol = sym;
+    currfuninfo->return_type = sym->type->return_type();
+    currfuninfo->no_tail_recursion = sym->type->func_parts()->is_variadic;
+    currfuninfo->begin_psn = psn;
+    curr_file = !psn ? "NO_PSN_FILE" : !psn->file ? "NO_FILE" : psn->file;
+    currfuninfo->stmts = nullptr;
+    currfuninfo->incoming = currfuninfo->inlined_params = nullptr;
+    currfuninfo->symbols = currfuninfo->reg_candidates = nullptr;
+    currfuninfo->scope = LS::init(psn, sym);
+    lex = 1;
+    open_blocks.clear();
+  }
+
+  void cl_end_args(PSN* psn) override {
+    if (!currfunc) return;
+    currfuninfo->end_args_psn = psn;
+    lex = 2;
+  }
+
+  void cl_end_locals(PSN* psn) override {
+    if (!currfunc) return;
+    if (open_blocks.empty()) currfuninfo->end_locals_psn = psn;
+    else open_blocks.back().symbols_at_end = currfuninfo->incoming;
+  }
+
+  void cl_begin_block(PSN* psn) override {
+    require_function();
+    lex++;
+    open_blocks.push_back({psn, currfuninfo->incoming, nullptr});
+    currfuninfo->scope->open(psn, currfunc, 0);
+  }
+
+  void cl_end_block(PSN* psn) override {
+    require_function();
+    lex--;
+    note_pointers_declared_since(open_blocks.back().symbols_at_begin);
+    open_blocks.pop_back();
+    currfuninfo->scope->close(psn, currfunc, 0);
+  }
+
+  void cl_end_func(PSN* psn) override {
+    require_function();
+    functions.push_back(currfunc);
+    while (!open_blocks.empty()) {
+      note_pointers_declared_since(open_blocks.back().symbols_at_begin);
+      open_blocks.pop_back();
+    }
+    lex = 0;
+    finish_reading_function(psn, 3);
+    currfunc = nullptr;
+    currfuninfo = file_funinfo;
+  }
+
+  void cl_ir_end_func(PSN*) override {}
+
+  void cl_expr(BASE_NODE* root, PSN* psn) override {
+    require_function();
+    auto* tree = static_cast<NODE*>(root);
+    if (verify_statement(tree)) if_die(INVALID_RECORD);
+    number_calls(tree);
+    tree = expr_cleanup(tree);
+    currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(tree);
+    add_statement(tree, psn);
+  }
+
+  void cl_label(unsigned number) override {
+    require_function();
+    NODE* node = alloc_node(LABELDEF, tp->mk_void());
+    node->ival = static_cast<int>(number);
+    add_statement(node, nullptr);
+  }
+
+  void cl_inline_asm(char* text, PSN* psn) override {
+    if (currfunc) add_statement(text_statement(text, false), psn);
+    else o_file->if_write_assembly(text, psn);
+  }
+
+  void cl_comment(char* text) override {
+    if (currfunc) add_statement(text_statement(text, true), nullptr);
+    else o_file->if_write_comment(text);
+  }
+
+  void cl_func_eht(EHT_ENTRY* entries, unsigned count) override {
+    require_function();
+    std::vector<EHT_ITEM>& eht = currfuninfo->eht;
+    if (!eht.empty()) if_die("\nINTERNAL ERROR: Invalid EHT record in I-code, aborting");
+    for (EHT_ENTRY* e = entries; e != entries + count; e++) {
+      eht.push_back({e->id, e->kind, e->region, e->count, {}, static_cast<NODE*>(e->cleanup)});
+      if (e->catches) eht.back().catches = std::move(*e->catches);
+      delete e->catches;
+      if (e->cleanup && verify_tree(eht.back().cleanup)) if_die(INVALID_RECORD);
+    }
+    if (eht.empty()) return;
+    std::stable_sort(eht.begin(), eht.end(),
+                     [](const EHT_ITEM& a, const EHT_ITEM& b) { return a.id < b.id; });
+    for (size_t i = 0; i < eht.size(); i++) CHECK(eht[i].id == i);
+    CHECK(eht.back().id == (eht.size() - 1));
+    CHECK(eht[EHT_ROOT_ID].kind == EHK_ROOT_NODE);
+    CHECK(no_loops_in_table(eht));
+  }
+
+  // Made anew by this tool's own analyses.
+  void cl_func_info(int) override {}
+  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long, unsigned) override {}
+  void cl_loop_header(unsigned, I_SYMTAB*, int) override {}
+  void cl_dd_vector(int, int, int, DD_ENTRY*) override {}
+  void cl_dd_edge(int, int, int) override {}
+  void cl_mbank(int, int, int, int, int) override {}
+
+private:
+  static constexpr unsigned EHT_ROOT_ID = 0;
+
+  static void require_function() {
+    if (!currfunc) if_die(INVALID_RECORD);
+  }
+
+  static void add_statement(NODE* tree, PSN* psn) {
+    currfuninfo->stmts = mkelist(tree, currfuninfo->stmts, psn);
+  }
+
+  static NODE* text_statement(const char* text, bool is_comment) {
+    NODE* node = alloc_node(ASM, tp->mk_void());
+    node->text = strdup(text);
+    node->node_flags[NF_COMMENT] = is_comment;
+    return node;
+  }
+
+  static void number_calls(const NODE* tree) {
+    walk_preorder(tree, [](const NODE* node) {
+      if (node->op == CALL || node->op == UCALL) {
+        unique_call_index++;
+        currfuninfo->is_leaf = false;
+      }
+      return true;
+    });
+  }
+
+  static SYMTAB* make_implicit_symbol(const char* name) {
+    auto* sym = new SYMTAB;
+    sym->name = strdup(name);
+    sym->type = sym->otype = sym->cpp_type = tp->mk_plain_int();
+    sym->size = sym->type->size;
+    sym->align = sym->type->align;
+    sym->sclass = sym->orig_class = SC_EXTERN_DECL;
+    return sym;
+  }
+
+  // Each entry's region word names the entry around it; the root is its own.
+  static bool no_loops_in_table(const std::vector<EHT_ITEM>& eht) {
+    std::vector<char> state(eht.size()); // 1 on the present path, 2 known to reach the root
+    state[EHT_ROOT_ID] = 2;
+    for (size_t start = 0; start < eht.size(); start++) {
+      std::vector<size_t> path;
+      size_t at = start;
+      while (state[at] == 0) {
+        state[at] = 1;
+        path.push_back(at);
+        if (eht[at].region >= eht.size()) return false;
+        at = eht[at].region;
+      }
+      if (state[at] == 1) return false;
+      for (size_t k : path) state[k] = 2;
+    }
+    return true;
+  }
+};
+
+} // namespace
+
+IF_CLIENT* opt_client() {
+  static OPT_CLIENT client;
+  return &client;
+}

@@ -1,0 +1,14 @@
+// Procedure integration (inlining): what reading and start-up need of it.
+#pragma once
+
+class FUNINFO;
+
+extern int inline_blocks_limit;
+
+void init_proc_integration();
+// A function that only passes its arguments on is a synonym of its callee. Finds none yet.
+void check_for_synonym_function_in_pass_1();
+// May the function be copied into callers? Not known yet, so no.
+void check_integrable_definition(FUNINFO* fi);
+// Summaries for the inliner: calls and uses in the body.
+void preprocess_fundef(FUNINFO* fi);

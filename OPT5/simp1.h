@@ -1,0 +1,22 @@
+// The tree simplifier's entries, and what puts trees into the shape that control statements want.
+#pragma once
+
+#include "OPT5/node.h"
+
+// Both take the tree and return its replacement; a null loop means that no context may be used.
+NODE* simp_tree(NODE* tree, LOOP* loop);
+NODE* simp_node(NODE* node, LOOP* loop);
+// Clean-up of a statement as it was read.
+NODE* expr_cleanup(NODE* tree);
+// A condition whose value is only tested for zero, as a truth value.
+NODE* make_boolean(NODE* cond);
+// A condition in the shape a branch wants.
+NODE* simp_for_control(NODE* cond);
+// A branch on __builtin_expect(c, k) --> a branch on c. The hint is in the edge's probability.
+NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch);
+// A SWITCH made for exception dispatch.
+bool tree_is_EH_SWITCH(const NODE* tree);
+// An assignment of a call that an exception table covers and that goes out as two statements.
+bool is_magic_EH_MCALL_ASG(const NODE* tree);
+// In-memory operators of all statements become what a file can hold.
+void unsimplify();

@@ -1,0 +1,29 @@
+#include "OPT5/target.h"
+
+#include <set>
+#include <string>
+
+// Built-ins whose descriptor says that they read or write hidden state.
+static std::set<std::string> stateful_builtins;
+
+void init_BIF_descriptors() { stateful_builtins = {"_set_flags", "_get_flags"}; }
+
+void fix_BIF_types(NODE*&) {} // built-ins are generic in their operand types
+
+void promote_ICALLs_with_state(FUNINFO* fi) {
+  for (LIST* s = fi->stmts; s; s = s->next)
+    walk_postorder(s->tree, [](NODE*& node) {
+      if ((node->op == ICALL || node->op == UICALL) && stateful_builtins.count(node->u.callee))
+        node->op = node->op == ICALL ? MCALL : UMCALL;
+    });
+}
+
+// Passes see vector and floating operators as they are: there is nothing to hide yet.
+void disguise_floating_point_operations() {}
+void disclose_floating_point_operations() {}
+void disguise_vector_operations() {}
+void disclose_vector_operations(bool) {}
+
+bool is_mcall_implicit_state(const NODE* tree) {
+  return tree->op == NAME && tree->u.sym && tree->u.sym == mcall_implicit_state;
+}

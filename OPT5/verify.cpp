@@ -1,0 +1,306 @@
+#include "OPT5/verify.h"
+
+#include "DIAG/abort.h"
+#include "OPT5/funinfo.h"
+#include "OPT5/optables.h"
+#include "OPT5/scope.h"
+
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+// What an operand's place asks for.
+enum PLACE {
+  VALUE,      // any value, aggregates too
+  SCALAR,     // a value that is not an aggregate
+  POINTER,    // a pointer value
+  LVALUE,     // a place in memory or a register
+  AGGREGATE,  // a structure, union or class
+  VECTOR,     // a vector value
+  LIST_OF,    // one value or a COMMA list of values
+  FIELD_REF,  // FIELD
+  LABEL_REF,  // LABEL
+  LABEL_PAIR, // COMMA of two LABELs
+  CASES,      // CASE, DEFAULT or a COMMA list of them
+  CONSTANT,   // ICON
+  FUNC_NAME,  // NAME of a function
+  COLON_PAIR, // COLON
+  MEMCPY_ARGS,
+  LANES,      // an ICON or a COMMA list of ICONs
+  STATEMENT,  // root of a statement
+  INIT_ROOT,  // root in an initialiser
+  NOTHING     // anything at all
+};
+
+bool is_control(int op) {
+  switch (op) {
+  case RETURN: case URETURN: case BRANCH: case CBRANCH: case IF: case SWITCH: case LABELDEF:
+  case PPRAGMA: case ASM: case LOOP_OP: case ENDLOOP: case INITLOOP: case BGNBLOCK: case ENDBLOCK:
+    return true;
+  default: return false;
+  }
+}
+
+bool is_part(int op) { // stands in its own place only
+  switch (op) {
+  case COMMA: case COLON: case CASE: case DEFAULT: case LABEL: case FIELD: case ENDINIT: case SKIP:
+  case EPVAL: case ILLOP: return true;
+  default: return is_control(op);
+  }
+}
+
+bool is_lvalue(const NODE* node) {
+  switch (node->op) {
+  case NAME: case UMULT: case STDOT: case STREF: case VREG: return true;
+  case VFIELD: case REAL: case IMAG: case DDNODE: return is_lvalue(node->left);
+  default: return false;
+  }
+}
+
+bool is_aggregate(const TYPE* type) { return type->is_csu(); }
+
+bool is_computable(const TYPE* type) {
+  return type->is_scalar() || type->is_vector() || type->is_complex();
+}
+
+const char* check_place(const NODE* node, PLACE place) {
+  const int op = node->op;
+  switch (place) {
+  case VALUE: case SCALAR:
+    if (is_part(op)) return "operator in the place of a value";
+    if (place == SCALAR && !is_computable(node->type)) return "operand is not a scalar";
+    return nullptr;
+  case POINTER:
+    if (is_part(op)) return "operator in the place of a pointer";
+    return node->type->is_pointer() ? nullptr : "operand is not a pointer";
+  case LVALUE: return is_lvalue(node) ? nullptr : "operand is not an lvalue";
+  case AGGREGATE:
+    if (is_part(op)) return "operator in the place of an aggregate";
+    return is_aggregate(node->type) ? nullptr : "operand is not an aggregate";
+  case VECTOR:
+    if (is_part(op)) return "operator in the place of a vector";
+    return node->type->is_vector() ? nullptr : "operand is not a vector";
+  case LIST_OF: return op != COMMA && is_part(op) ? "operator in the place of an argument" : nullptr;
+  case FIELD_REF: return op == FIELD ? nullptr : "FIELD expected";
+  case LABEL_REF: return op == LABEL ? nullptr : "LABEL expected";
+  case LABEL_PAIR: return op == COMMA ? nullptr : "two LABELs expected";
+  case CASES: return op == COMMA || op == CASE || op == DEFAULT ? nullptr : "CASE expected";
+  case CONSTANT: return op == ICON ? nullptr : "ICON expected";
+  case FUNC_NAME: return op == NAME ? nullptr : "NAME of the function expected";
+  case COLON_PAIR: return op == COLON ? nullptr : "COLON expected";
+  case MEMCPY_ARGS:
+    return op == COMMA && node->left && node->left->op == COMMA ? nullptr
+                                                                : "destination, source, length expected";
+  case LANES: return op == ICON || op == COMMA ? nullptr : "lane numbers expected";
+  case STATEMENT: return is_part(op) && !is_control(op) ? "operator can't be a statement" : nullptr;
+  case INIT_ROOT:
+    return op != ENDINIT && op != SKIP && is_part(op) ? "operator can't be an initialiser" : nullptr;
+  case NOTHING: return nullptr;
+  }
+  return nullptr;
+}
+
+struct PLACES {
+  PLACE left, right;
+};
+
+// The places that an operator gives to its operands; `here` is its own.
+PLACES operand_places(const NODE* node, PLACE here) {
+  switch (node->op) {
+  case COMMA:
+    if (here == CASES) return {CASES, CASES};
+    if (here == LABEL_PAIR) return {LABEL_REF, LABEL_REF};
+    if (here == LANES) return {LANES, CONSTANT};
+    if (here == MEMCPY_ARGS) return {LIST_OF, SCALAR};
+    return {LIST_OF, VALUE};
+  case COLON: case COMMAOP: return {VALUE, VALUE};
+  case PCOMMA: return {VALUE, VALUE};
+  case UMULT: return {POINTER, SCALAR};
+  case UAND: case ARGREF: return {LVALUE, NOTHING};
+  case STDOT: return {LVALUE, FIELD_REF};
+  case STREF: return {POINTER, FIELD_REF};
+  case STFIELD: return {AGGREGATE, FIELD_REF};
+  case ASG: case PLUSASG: case MINUSASG: case MULTASG: case DIVASG: case MODASG: case SLLASG:
+  case SRLASG: case ANDBASG: case ORBASG: case XORBASG: case PLUSPLUS: case MINMIN:
+    return {LVALUE, SCALAR};
+  case STASG: return {LVALUE, AGGREGATE};
+  case ARASG: return {LVALUE, VALUE};
+  case STARG: return {AGGREGATE, NOTHING};
+  case CALL: return {POINTER, LIST_OF};
+  case UCALL: return {POINTER, NOTHING};
+  case ICALL: case MCALL: case VPACK: return {LIST_OF, NOTHING};
+  case MEMCPY: return {MEMCPY_ARGS, NOTHING};
+  case QUEST: return {SCALAR, COLON_PAIR};
+  case CASE: return {CONSTANT, LABEL_REF};
+  case DEFAULT: case BRANCH: return {LABEL_REF, NOTHING};
+  case CBRANCH: return {SCALAR, LABEL_REF};
+  case IF: return {SCALAR, LABEL_PAIR};
+  case SWITCH: return {SCALAR, CASES};
+  case RETURN: return {FUNC_NAME, VALUE};
+  case URETURN: return {FUNC_NAME, NOTHING};
+  case VFIELD: return {VECTOR, LANES};
+  case SKIP: return {VALUE, NOTHING};
+  case DDNODE: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
+  case LOOP_OP: case ENDLOOP: case INITLOOP: return {NOTHING, NOTHING};
+  case REAL: case IMAG: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
+  case VRCONV: case IDENTITY: case TOIEEE: case FRIEEE: return {VALUE, NOTHING};
+  case SSA_PHI: case SSA_USE: case SSA_DEF: case SSA_MU: case SSA_CHI: return {NOTHING, NOTHING};
+  default: return {SCALAR, SCALAR};
+  }
+}
+
+const char* check_result(const NODE* node) {
+  const TYPE* type = node->type;
+  switch (node->op) {
+  case ICON: return type->is_int_or_enum() || type->is_pointer() ? nullptr : "ICON of that type";
+  case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
+  case UAND: case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
+  case UMULT: case STDOT: case STREF:
+    return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
+  case STASG: return is_aggregate(node->left->type) ? nullptr : "STASG to that type";
+  case VPACK: case VPACKM: case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
+  case SWITCH: return node->left->type->is_int_or_enum() ? nullptr : "SWITCH on that type";
+  case EQ: case NEQ: case LE: case LT: case GE: case GT: case ULE: case ULT: case UGE: case UGT:
+  case FEQ: case FNEQ: case FLE: case FLT: case FGE: case FGT: case FEQN: case FNEQN: case FLEN:
+  case FLTN: case FGEN: case FGTN: case FORD: case FUNO: case EXCLAIM: case ANDAND: case OROR:
+    return type->is_int_or_enum() || type->is_vector() ? nullptr : "truth value of that type";
+  case PLUS: case MINUS: case MULT: case DIV: case MOD: case ANDB: case ORB: case XORB: case SLL:
+  case SRL: case UMINUS: case NOTB: case ABS: case SQR: case SQRT: case RECIP: case SCONV: case PCONV:
+  case ACONV: case PMCONV: case PVCONV: case PLUSASG: case MINUSASG: case MULTASG: case DIVASG:
+  case MODASG: case SLLASG: case SRLASG: case ANDBASG: case ORBASG: case XORBASG: case PLUSPLUS:
+  case MINMIN:
+    return is_computable(type) ? nullptr : "computation in that type";
+  default: return nullptr;
+  }
+}
+
+const char* check_tree(const NODE* tree, PLACE place) {
+  for (const NODE* node = tree;;) {
+    if (!node->type) return "node without a type";
+    if (node->op < 0 || node->op >= OPCODE_COUNT || !node_operator_name[node->op])
+      return "unknown operator";
+    if (node->op == ILLOP) return "erased node";
+    if (const char* fault = check_place(node, place)) return fault;
+    const int operands = number_of_operands[node->op];
+    if (node->op == UMULT ? !node->left
+                          : operands >= 0 && (operands >= 1) + (operands >= 2) !=
+                                                 (node->left != nullptr) + (node->right != nullptr))
+      return "wrong number of operands";
+    if (!node->left && node->right) return "wrong operands";
+    PLACES places = operand_places(node, place);
+    if (node->right)
+      if (const char* fault = check_tree(node->right, places.right)) return fault;
+    if (!node->left) return check_result(node);
+    if (!node->left->type) return "node without a type";
+    if (const char* fault = check_result(node)) return fault;
+    node = node->left;
+    place = places.left;
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Functions
+
+[[noreturn]] void report(const char* step, const NODE* tree, const std::string& fault) {
+  fprintf(stderr, "\nVERIFY: after %s, function %s(): %s\n", step, currfunc ? currfunc->name : "?",
+          fault.c_str());
+  if (tree) fprintf(stderr, "  statement: %s\n", tree_text(tree).c_str());
+  abort_optimizer("The verifier found a broken function");
+}
+
+class FUNCTION_CHECK {
+public:
+  explicit FUNCTION_CHECK(const char* s) : step(s) {}
+
+  void run() {
+    const FUNINFO* fi = currfuninfo;
+    collect_locals();
+    int dfn = 0;
+    const BBLK* previous = nullptr;
+    for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink) {
+      if (bb->dfn != ++dfn) report(step, nullptr, bb->str() + " is out of depth-first order");
+      if (previous && bb->rdflink != previous) report(step, nullptr, bb->str() + " has a wrong rdflink");
+      previous = bb;
+      blocks.insert(bb);
+    }
+    if (dfn != fi->bb_count) report(step, nullptr, "bb_count is wrong");
+    if (fi->bb_list && fi->bb_list->rdflink != previous) report(step, nullptr, "entry's rdflink is wrong");
+    for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink) check_block(bb);
+    for (const EHT_ITEM& item : fi->eht)
+      if (item.cleanup) check_statement(item.cleanup);
+  }
+
+private:
+  const char* step;
+  std::unordered_set<const SYMTAB*> locals;
+  std::unordered_set<const BBLK*> blocks;
+  std::unordered_set<const NODE*> seen;
+
+  void collect_locals() {
+    const FUNINFO* fi = currfuninfo;
+    for (const SYMTAB* list : {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates})
+      for (const SYMTAB* sym = list; sym; sym = sym->next)
+        if (!locals.insert(sym).second)
+          report(step, nullptr, std::string("local on two lists: ") + sym->name);
+  }
+
+  void check_statement(const NODE* tree) {
+    if (const char* fault = verify_statement(tree)) report(step, tree, fault);
+    walk_preorder(tree, [&](const NODE* node) {
+      if (node->op == CSE_DUPE) return false;
+      if (!seen.insert(node).second) report(step, tree, "shared node");
+      if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
+        report(step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
+      if (node->op == LABEL && (!node->label || !blocks.count(node->label->bb)))
+        report(step, tree, "label without a block");
+      return true;
+    });
+  }
+
+  void check_block(const BBLK* bb) {
+    if (!bb->statements) report(step, nullptr, bb->str() + " is empty");
+    const LIST* last = nullptr;
+    for (const LIST* s = bb->statements; s; s = s->next) {
+      check_statement(s->tree);
+      if (last && (last->tree->op == IF || last->tree->op == BRANCH || last->tree->op == SWITCH))
+        report(step, last->tree, "control statement in the middle of " + bb->str());
+      last = s;
+    }
+    std::unordered_set<const BBLK*> targets;
+    EDGE* list = list_branch_targets(last->tree, nullptr);
+    for (const EDGE* e = list; e; e = e->rest) targets.insert(e->first);
+    for (EDGE *e = list, *rest; e; e = rest) {
+      rest = e->rest;
+      delete e;
+    }
+    if (targets.empty() && last->tree->op != URETURN) report(step, last->tree, bb->str() + " has no way out");
+    size_t successors = 0;
+    for (const EDGE* e = bb->successors; e; e = e->rest) {
+      successors++;
+      if (!targets.count(e->first)) report(step, last->tree, "edge without a branch in " + bb->str());
+      if (!edge_memberp(bb, e->first->predecessors))
+        report(step, last->tree, "edge without its reverse in " + bb->str());
+    }
+    if (successors != targets.size()) report(step, last->tree, "branch without an edge in " + bb->str());
+    for (const EDGE* e = bb->predecessors; e; e = e->rest)
+      if (!edge_memberp(bb, e->first->successors))
+        report(step, nullptr, bb->str() + " has a predecessor that does not lead to it");
+  }
+};
+
+} // namespace
+
+const char* verify_tree(const NODE* tree) { return check_tree(tree, INIT_ROOT); }
+const char* verify_statement(const NODE* tree) { return check_tree(tree, STATEMENT); }
+
+void verify_function(const char* step) {
+  if (currfuninfo && currfuninfo->bb_list) FUNCTION_CHECK(step).run();
+}
+
+#ifdef VRX_CHECKS
+void verify_after(const char* step) { verify_function(step); }
+#else
+void verify_after(const char*) {}
+#endif
