@@ -1,0 +1,780 @@
+#include "tools/ict_parse.h"
+#include "tools/ict_parser.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+
+namespace icode {
+
+// --- Tokens ---
+
+bool Parser::take(char c) {
+  if (!token().is(c)) return false;
+  lexer.next();
+  return true;
+}
+
+bool Parser::take_word(std::string_view word) {
+  if (!token().is_word(word)) return false;
+  lexer.next();
+  return true;
+}
+
+void Parser::expected(const std::string& what) const {
+  const Token& t = token();
+  std::string found = t.kind == T_END      ? "the end of the text"
+                      : t.kind == T_STRING ? "a text"
+                                           : "'" + t.text + "'";
+  fail("expected " + what + ", found " + found);
+}
+
+void Parser::expect(char c, const char* where) {
+  if (!take(c)) expected(std::string("'") + c + "' " + where);
+}
+
+Token Parser::take_kind(TOKEN kind, const char* what) {
+  if (token().kind != kind) expected(what);
+  Token t = token();
+  lexer.next();
+  return t;
+}
+
+std::string Parser::take_name(const char* what) {
+  return take_kind(token().kind == T_QUOTED ? T_QUOTED : T_IDENT, what).text;
+}
+
+std::string Parser::take_bytes() {
+  Token t = take_kind(T_STRING, "bytes as hexadecimal digits in double quotes");
+  std::string bytes;
+  bool ok = t.text.size() % 2 == 0;
+  for (size_t i = 0; ok && i < t.text.size(); i += 2) {
+    ok = isxdigit(uint8_t(t.text[i])) && isxdigit(uint8_t(t.text[i + 1]));
+    bytes += char(strtoul(t.text.substr(i, 2).c_str(), nullptr, 16));
+  }
+  if (!ok) fail_at(t, "expected pairs of hexadecimal digits");
+  return bytes;
+}
+
+uint64_t Parser::to_uint(const Token& number, const char* what, uint64_t max) const {
+  if (number.kind != T_NUMBER) fail_at(number, std::string("expected ") + what);
+  char* end;
+  errno = 0;
+  int base = number.text.starts_with("0x") ? 16 : 10;
+  uint64_t value = strtoull(number.text.c_str(), &end, base);
+  if (*end) fail_at(number, std::string("expected ") + what + ", found " + number.text);
+  if (number.text[0] == '-' || errno == ERANGE || value > max)
+    fail_at(number, std::string("expected ") + what + " from 0 to " + std::to_string(max) +
+                        ", found " + number.text);
+  return value;
+}
+
+int64_t Parser::to_sint(const Token& number, const char* what) const {
+  if (number.kind != T_NUMBER) fail_at(number, std::string("expected ") + what);
+  char* end;
+  errno = 0;
+  int base = number.text.find("0x") != std::string::npos ? 16 : 10;
+  int64_t value = strtoll(number.text.c_str(), &end, base);
+  if (*end || errno == ERANGE)
+    fail_at(number, std::string("expected ") + what + ", found " + number.text);
+  return value;
+}
+
+uint64_t Parser::take_uint(const char* what, uint64_t max) {
+  uint64_t value = to_uint(token(), what, max);
+  lexer.next();
+  return value;
+}
+
+int64_t Parser::take_sint(const char* what) {
+  int64_t value = to_sint(token(), what);
+  lexer.next();
+  return value;
+}
+
+void Parser::end_line() {
+  if (!token().starts_line && !token().is('}')) expected("the end of the line");
+}
+
+// @line:column, @file:line:column with a number or a text for the file, or @- for no position
+Psn Parser::take_psn(const Psn& usual) {
+  if (!take('@')) return usual;
+  if (take('-')) return {};
+  Psn psn;
+  if (token().kind == T_STRING) {
+    std::string name = take_string("a file name");
+    auto [it, is_new] = file_numbers.emplace(name, uint32_t(unit.files.size() + 1));
+    if (is_new) unit.files.push_back({name, 0});
+    current_file = it->second;
+    expect(':', "behind the file name");
+    psn.line = uint32_t(take_uint("a line", UINT32_MAX));
+  } else {
+    psn.line = uint32_t(take_uint("a line", UINT32_MAX));
+  }
+  expect(':', "between line and column");
+  psn.column = uint32_t(take_uint("a column", UINT32_MAX));
+  if (take(':')) {
+    current_file = psn.line;
+    psn.line = psn.column;
+    psn.column = uint32_t(take_uint("a column", UINT32_MAX));
+  }
+  if (current_file == 0) {
+    // The first position names no file, and there is none: it must be the source itself.
+    if (unit.files.empty()) {
+      file_numbers.emplace(unit.source, 1);
+      unit.files.push_back({unit.source, 0});
+    }
+    current_file = 1;
+  }
+  psn.file = current_file;
+  return psn;
+}
+
+Attributes Parser::take_attributes() {
+  constexpr std::string_view ends[] = {"pragma", "of", "exact", "raw"};
+  constexpr std::string_view types[] = {"type", "target", "class", "ctype"};
+  auto is_one_of = [&](const auto& words) {
+    return std::find(std::begin(words), std::end(words), token().text) != std::end(words);
+  };
+  Attributes attributes;
+  while (token().kind == T_IDENT && !token().starts_line && !is_one_of(ends)) {
+    Attribute a;
+    a.name = token();
+    bool is_type = is_one_of(types);
+    lexer.next();
+    if (take('=')) {
+      a.has_value = true;
+      a.value = token();
+      if (is_type) {
+        a.type = lexer.take_type_name();
+        if (a.type.empty()) expected("a type");
+      } else if (token().kind == T_NUMBER || token().kind == T_STRING) {
+        lexer.next();
+      } else {
+        expected("a number or a text");
+      }
+    }
+    if (!attributes.emplace(a.name.text, a).second)
+      fail_at(a.name, a.name.text + " is given twice");
+  }
+  return attributes;
+}
+
+void Parser::check_used(const Attributes& attributes) const {
+  for (const auto& [name, a] : attributes)
+    if (!a.used) fail_at(a.name, "expected no " + name + " here");
+}
+
+uint32_t Parser::keep_raw(std::string bytes) {
+  unit.raws.push_back(std::move(bytes));
+  return uint32_t(unit.raws.size() - 1);
+}
+
+// --- Header, options, file names ---
+
+namespace {
+
+std::span<const uint8_t> as_bytes(const std::string& text) {
+  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
+// Runs a decoder over the bytes of a raw record.
+template <class F> void decode_raw(Parser& p, const char* what, const F& decode) {
+  Token at = p.token();
+  std::string bytes = p.take_bytes();
+  Reader r(as_bytes(bytes));
+  decode(r);
+  if (r.ok() && !r.at_end()) r.fail("bytes left over");
+  if (!r.ok()) p.fail_at(at, std::string("these bytes are no ") + what + ": " + r.error());
+}
+
+} // namespace
+
+void Parser::parse_header() {
+  if (!take_word("icode")) expected("'icode', the version and the source file's name");
+  Token at = token();
+  int64_t version = take_sint("a version");
+  if (version < OLDEST_VERSION || version > NEWEST_VERSION)
+    fail_at(at, "expected a version from " + std::to_string(OLDEST_VERSION) + " to " +
+                    std::to_string(NEWEST_VERSION));
+  unit.version = int(version);
+  unit.source = take_string("the source file's name in double quotes");
+  Attributes attributes = take_attributes();
+  FieldSetter<Unit> fields{*this, attributes, unit};
+  fields.number("extra", &Unit::extra_word, UINT32_MAX);
+  check_used(attributes);
+  end_line();
+}
+
+void Parser::parse_layout() {
+  constexpr std::string_view sections[SECTION_COUNT] = {"stream", "inits",   "options", "types",
+                                                        "files",  "globals", "end"};
+  while (!token().starts_line) {
+    LayoutPart part;
+    if (token().kind == T_STRING) part.gap = take_bytes();
+    auto it = std::find(std::begin(sections), std::end(sections), token().text);
+    if (token().kind != T_IDENT || it == std::end(sections)) expected("a section");
+    lexer.next();
+    part.section = SECTION(it - std::begin(sections));
+    unit.layout.push_back(std::move(part));
+  }
+}
+
+void Parser::parse_options() {
+  if (take_word("raw"))
+    return decode_raw(*this, "option set", [&](Reader& r) { decode_options(r, unit); });
+  OptionSet set;
+  set.number = take_uint("the number of the option set");
+  while (token().kind == T_STRING && !token().starts_line)
+    set.options.push_back(take_string("an option"));
+  unit.options.push_back(std::move(set));
+}
+
+void Parser::parse_file() {
+  if (take_word("raw"))
+    decode_raw(*this, "file name", [&](Reader& r) { decode_file(r, unit); });
+  else
+    unit.files.push_back({take_string("a file name in double quotes"), 0});
+  file_numbers.emplace(unit.files.back().name, uint32_t(unit.files.size()));
+  current_file = 1;
+}
+
+// --- Symbols ---
+
+void Parser::enter_symbol(const std::string& name, uint32_t index, const Token& at) {
+  NameScope& scope = local_scopes.empty() ? global_scope : local_scopes.back();
+  if (!scope.emplace(name, index).second)
+    fail_at(at, "the symbol " + name + " is declared already");
+}
+
+bool Parser::find_name(const std::string& name, uint32_t& level, uint32_t& index) const {
+  auto local = [&](const NameScope& scope) {
+    auto it = scope.find(name);
+    if (it == scope.end()) return false;
+    index = it->second;
+    level = unit.functions[state.function].locals[index].level;
+    return true;
+  };
+  for (auto scope = local_scopes.rbegin(); scope != local_scopes.rend(); ++scope)
+    if (local(*scope)) return true;
+  if (!local_scopes.empty() && local(ended_scope)) return true;
+  auto it = global_scope.find(name);
+  if (it == global_scope.end()) return false;
+  level = 0;
+  index = it->second;
+  return true;
+}
+
+// WORD NAME ["text"]: TYPE attributes pragma(...) @position. False if no symbol begins here.
+bool Parser::parse_symbol(bool in_stream) {
+  if (token().kind != T_IDENT) return false;
+  bool is_local = state.function != NONE;
+  int storage = storage_by_word(token().text);
+  bool by_number = token().text == "symbol";
+  if (storage == NO_STORAGE && !by_number) return false;
+  lexer.next();
+  std::vector<Symbol>& symbols = is_local ? unit.functions[state.function].locals : unit.globals;
+  if (!is_local && !in_stream && !symbols.empty() && symbols.back().in_stream)
+    fail("expected this symbol before those of the function stream");
+  Symbol s;
+  Token at;
+  if (by_number && take_word("raw")) {
+    imply_marks(false, true);
+    at = token();
+    std::string name = take_name("the symbol's name");
+    decode_raw(*this, "symbol", [&](Reader& r) { decode_symbol(r, unit, symbols); });
+    enter_symbol(name, uint32_t(symbols.size() - 1), at);
+  } else {
+    if (by_number) {
+      expect('(', "before the storage class");
+      at = token();
+      int64_t number = take_sint("a storage class");
+      if (number < INT8_MIN || number > INT8_MAX) fail_at(at, "expected a storage class of 8 bits");
+      storage = int(number);
+      expect(')', "behind the storage class");
+    }
+    imply_marks(storage == ST_PARAM || storage == ST_REGPARAM, true);
+    at = token();
+    std::string name = take_name("the symbol's name");
+    s.storage = int8_t(storage);
+    s.name = token().kind == T_STRING ? take_string("a name") : name;
+    expect(':', "before the symbol's type");
+    s.type = s.source_type = take_type();
+    if (const TypeInfo* info = find_type(unit, s.type)) {
+      s.size = info->size;
+      s.align = info->align;
+    }
+    Attributes attributes = take_attributes();
+    FieldSetter<Symbol> fields{*this, attributes, s};
+    fields.uint("size", &Symbol::size);
+    fields.uint("align", &Symbol::align);
+    fields.uint("value", &Symbol::value);
+    fields.u16("qual", &Symbol::qual);
+    fields.ref("ctype", &Symbol::source_type);
+    fields.uint("loc", &Symbol::location);
+    fields.uint("opt", &Symbol::option_set);
+    fields.u8("keep", &Symbol::retention);
+    check_used(attributes);
+    while (take_word("pragma")) {
+      Pragma p;
+      expect('(', "before the pragma's kind");
+      p.kind = take_uint("the pragma's kind");
+      while (!take(')'))
+        p.args.push_back(take_string("an argument in double quotes or ')'"));
+      s.pragmas.push_back(std::move(p));
+    }
+    s.psn = take_psn();
+    symbols.push_back(std::move(s));
+    enter_symbol(name, uint32_t(symbols.size() - 1), at);
+  }
+  symbols.back().level = state.level;
+  symbols.back().in_stream = in_stream && !is_local;
+  if (in_stream) {
+    Item item;
+    item.tag = TAG_SYMBOL;
+    item.index = uint32_t(symbols.size() - 1);
+    unit.items.push_back(item);
+  }
+  return true;
+}
+
+// A global by name, or [index].
+uint64_t Parser::take_global() {
+  if (take('[')) {
+    uint64_t index = take_uint("the index of a global symbol");
+    expect(']', "behind the index");
+    return index;
+  }
+  Token at = token();
+  auto it = global_scope.find(take_name("a global symbol"));
+  if (it == global_scope.end())
+    fail_at(at, "expected a global symbol, found the unknown name " + at.text);
+  return it->second;
+}
+
+void Parser::parse_init() {
+  if (take_word("raw"))
+    return decode_raw(*this, "initialiser", [&](Reader& r) { decode_init(r, unit); });
+  Init init;
+  init.global = take_global();
+  expect('=', "behind the symbol");
+  expect('{', "before the initialiser");
+  bool ended = false;
+  while (!take('}')) {
+    if (ended) fail("expected '}' behind ENDINIT");
+    if (!init.roots.empty()) expect(',', "between values");
+    init.roots.push_back(parse_tree());
+    ended = unit.nodes[init.roots.back()].op == ENDINIT;
+  }
+  if (!ended) {
+    Node end;
+    end.op = ENDINIT;
+    end.type = basic_type("void");
+    unit.nodes.push_back(end);
+    init.roots.push_back(uint32_t(unit.nodes.size() - 1));
+  }
+  unit.inits.push_back(std::move(init));
+}
+
+// --- The function stream ---
+
+// The marks that end arguments and locals are left out of the text where they have no position:
+// they go in front of the first record that can't come before them.
+void Parser::imply_marks(bool is_param, bool is_symbol) {
+  if (open.empty()) return;
+  Item mark;
+  if (open.back().wants_end_args && !is_param) {
+    mark.tag = TAG_END_ARGS;
+    open.back().wants_end_args = false;
+    add_item(mark);
+  }
+  if (open.back().wants_end_locals && !is_symbol) {
+    mark.tag = TAG_END_LOCALS;
+    open.back().wants_end_locals = false;
+    unit.items.push_back(mark);
+  }
+}
+
+// Adds an item of the frame of functions and blocks.
+void Parser::add_item(Item item) {
+  if (const char* message = step_frame(unit, state, item)) fail(message);
+  if (item.tag == TAG_END_ARGS || item.tag == TAG_BEGIN_BLOCK) local_scopes.emplace_back();
+  unit.items.push_back(item);
+}
+
+void Parser::leave_block_scope() {
+  // A name stays known behind its block: code that was moved out may still use it.
+  for (auto& [name, index] : local_scopes.back())
+    ended_scope[name] = index;
+  local_scopes.pop_back();
+}
+
+void Parser::parse_raw_item() {
+  decode_raw(*this, "record of the function stream",
+             [&](Reader& r) { decode_item(r, unit, state); });
+}
+
+// func NAME [exact] [raw BYTES | @position] {, and irfunc with its words
+void Parser::parse_function(bool is_ir) {
+  if (state.function != NONE) fail("expected the end of the function before");
+  Function function;
+  function.is_ir = is_ir;
+  if (is_ir) {
+    Attributes attributes = take_attributes();
+    FieldSetter<IrBegin> fields{*this, attributes, function.ir};
+    ir_begin_fields(fields);
+    check_used(attributes);
+  } else if (!token().is_word("exact") && !token().is_word("raw")) {
+    function.global = take_global();
+  }
+  bool implied = !take_word("exact");
+  if (take_word("raw")) {
+    Token at = token();
+    parse_raw_item();
+    if (unit.items.back().tag != (is_ir ? TAG_IR_BEGIN : TAG_BEGIN_FUNC))
+      fail_at(at, "expected the bytes of a record that begins a function");
+  } else {
+    Item item;
+    item.tag = is_ir ? TAG_IR_BEGIN : TAG_BEGIN_FUNC;
+    item.psn = take_psn();
+    begin_function(unit, state, std::move(function));
+    item.index = state.function;
+    unit.items.push_back(item);
+  }
+  expect('{', "before the function's body");
+  open.push_back({implied, implied, true});
+  local_scopes.emplace_back();
+  ended_scope.clear();
+}
+
+// } [raw BYTES | @position]
+void Parser::close_scope() {
+  if (open.empty()) fail("expected no '}' here");
+  imply_marks(false, false);
+  lexer.next();
+  bool is_function = open.back().is_function;
+  uint8_t tag = !is_function                           ? TAG_END_BLOCK
+                : unit.functions[state.function].is_ir ? TAG_IR_END
+                                                       : TAG_END_FUNC;
+  open.pop_back();
+  if (!token().starts_line && take_word("raw")) {
+    Token at = token();
+    parse_raw_item();
+    if (unit.items.back().tag != tag)
+      fail_at(at, "expected the bytes of the record that ends this");
+  } else {
+    Item item;
+    item.tag = tag;
+    item.psn = take_psn();
+    add_item(item);
+  }
+  if (is_function)
+    local_scopes.clear();
+  else
+    leave_block_scope();
+}
+
+void Parser::parse_exception_table() {
+  ExceptionTable table;
+  expect('{', "before the entries");
+  while (!take('}')) {
+    EhtEntry e;
+    std::string word = take_kind(T_IDENT, "cleanup, catch, entry or '}'").text;
+    e.kind = word == "cleanup" ? EHT_CLEANUP : word == "catch" ? EHT_CATCH : 0;
+    Attributes attributes = take_attributes();
+    FieldSetter<EhtEntry> fields{*this, attributes, e};
+    fields.uint("id", &EhtEntry::id);
+    fields.uint("region", &EhtEntry::region);
+    if (e.kind != EHT_CATCH) fields.uint("link", &EhtEntry::link);
+    if (e.kind == 0) fields.uint("kind", &EhtEntry::kind);
+    check_used(attributes);
+    if (word == "cleanup" && take(':')) e.tree = parse_tree();
+    if (word == "catch") {
+      expect('{', "before the catch list");
+      while (!take('}')) {
+        if (!e.catches.empty()) expect(',', "between the types caught");
+        CatchEntry c;
+        c.type_name = take_string("a type's name in double quotes");
+        c.number = take_uint("a number");
+        c.flag = take_word("flag");
+        e.catches.push_back(std::move(c));
+      }
+      e.link = e.catches.size();
+    }
+    end_line();
+    table.push_back(std::move(e));
+  }
+  unit.exception_tables.push_back(std::move(table));
+}
+
+void Parser::parse_vector() {
+  DepVector v;
+  Attributes attributes = take_attributes();
+  FieldSetter<DepVector> fields{*this, attributes, v};
+  fields.uint("id", &DepVector::id);
+  fields.u8("kind", &DepVector::kind);
+  check_used(attributes);
+  expect('{', "before the entries");
+  while (!take('}')) {
+    if (!v.entries.empty()) expect(',', "between entries");
+    DepEntry e;
+    e.kind = uint8_t(take_uint("an entry's kind", UINT8_MAX));
+    expect(':', "before the distance");
+    Token at = token();
+    int64_t distance = take_sint("a distance");
+    if (distance < INT8_MIN || distance > INT8_MAX) fail_at(at, "expected a distance of 8 bits");
+    e.distance = int8_t(distance);
+    v.entries.push_back(e);
+  }
+  unit.vectors.push_back(std::move(v));
+}
+
+void Parser::parse_speculation() {
+  LoadSpec s;
+  Token form = take_kind(T_IDENT, "induction, random or region");
+  if (form.text == "induction")
+    s.form = LDSPEC_INDUCTION;
+  else if (form.text == "random")
+    s.form = LDSPEC_RANDOM;
+  else if (form.text != "region")
+    fail_at(form, "expected induction, random or region");
+  Attributes attributes = take_attributes();
+  FieldSetter<LoadSpec> fields{*this, attributes, s};
+  fields.uint("id", &LoadSpec::id);
+  speculation_fields(fields, s.form);
+  check_used(attributes);
+  if (!is_region_label(s.label)) fail_at(form, "expected a label of 31 bits at most");
+  unit.speculations.push_back(s);
+}
+
+void Parser::parse_loop_use() {
+  LoopUse use;
+  Attributes attributes = take_attributes();
+  FieldSetter<LoopUse> fields{*this, attributes, use};
+  loop_use_fields(fields);
+  check_used(attributes);
+  if (take_word("of")) {
+    Token at = token();
+    uint32_t level, index;
+    if (!find_name(take_name("a symbol"), level, index))
+      fail_at(at, "expected a symbol, found the unknown name " + at.text);
+    use.level = level;
+    use.index = index;
+  }
+  unit.loop_uses.push_back(use);
+}
+
+namespace {
+
+bool is_label_name(const Token& t) {
+  return t.kind == T_IDENT && t.text[0] == 'L' && is_reserved_word(t.text) &&
+         op_by_name(t.text) == NO_OP;
+}
+
+template <class R, class F> R take_fields(Parser& p, const F& fields_of) {
+  R record;
+  Attributes attributes = p.take_attributes();
+  FieldSetter<R> fields{p, attributes, record};
+  fields_of(fields);
+  p.check_used(attributes);
+  return record;
+}
+
+template <class T> uint32_t append(std::vector<T>& to, T value) {
+  to.push_back(std::move(value));
+  return uint32_t(to.size() - 1);
+}
+
+} // namespace
+
+// One statement or record of the stream, or the end of a function or block.
+void Parser::parse_item() {
+  if (token().is('}')) return close_scope();
+  if (take_word("func")) return parse_function(false);
+  if (take_word("irfunc")) return parse_function(true);
+  if (state.function != NONE && parse_symbol(true)) return;
+  Item item;
+  if (token().is_word("endargs")) {
+    if (open.empty()) fail("expected no endargs outside of a function");
+    lexer.next();
+    open.back().wants_end_args = false;
+    item.tag = TAG_END_ARGS;
+    item.psn = take_psn();
+    return add_item(item);
+  }
+  if (token().is_word("endlocals")) {
+    imply_marks(false, true);
+    lexer.next();
+    if (!open.empty()) open.back().wants_end_locals = false;
+    item.tag = TAG_END_LOCALS;
+    item.psn = take_psn();
+    unit.items.push_back(item);
+    return;
+  }
+  imply_marks(false, false);
+  if (take_word("raw")) {
+    Token at = token();
+    parse_raw_item();
+    switch (unit.items.back().tag) {
+    case TAG_BEGIN_FUNC:
+    case TAG_IR_BEGIN:
+    case TAG_END_FUNC:
+    case TAG_IR_END:
+    case TAG_BEGIN_BLOCK:
+    case TAG_END_BLOCK:
+    case TAG_SYMBOL:
+      fail_at(at, "expected the bytes of this record behind func, irfunc, block, '}' or symbol");
+    case TAG_END_ARGS: local_scopes.emplace_back(); break;
+    default: break;
+    }
+    return;
+  }
+  if (take_word("block")) {
+    bool implied = !take_word("exact");
+    if (state.function == NONE) fail("expected no block outside of a function");
+    if (take_word("raw")) {
+      Token at = token();
+      parse_raw_item();
+      if (unit.items.back().tag != TAG_BEGIN_BLOCK)
+        fail_at(at, "expected the bytes of a record that begins a block");
+      local_scopes.emplace_back();
+    } else {
+      item.tag = TAG_BEGIN_BLOCK;
+      item.psn = take_psn();
+      add_item(item);
+    }
+    expect('{', "before the block's body");
+    open.push_back({false, implied, false});
+    return;
+  }
+  if (is_label_name(token())) {
+    Lexer ahead = lexer;
+    ahead.next();
+    if (ahead.current().is(':')) {
+      ahead.next();
+      if (ahead.current().starts_line || ahead.current().is('}')) {
+        item.tag = TAG_LABEL;
+        errno = 0;
+        uint64_t number = strtoull(token().text.c_str() + 1, nullptr, 10);
+        if (errno || number > UINT32_MAX) fail("expected a label of 32 bits at most");
+        item.index = uint32_t(number);
+        if (state.function != NONE)
+          unit.functions[state.function].labels.emplace(item.index, unit.items.size());
+        lexer = ahead;
+        unit.items.push_back(item);
+        return;
+      }
+    }
+  }
+  if (take_word("empty")) {
+    item.tag = TAG_EXPR;
+    item.psn = take_psn();
+  } else if (take_word("asm")) {
+    item.tag = TAG_ASM;
+    item.index = add_string(unit, take_string("the text in double quotes"));
+    item.psn = take_psn();
+  } else if (take_word("comment")) {
+    item.tag = TAG_COMMENT;
+    item.index = add_string(unit, take_string("the text in double quotes"));
+  } else if (take_word("info")) {
+    item.tag = TAG_INFO;
+    Token at = token();
+    int64_t info = take_sint("a number");
+    if (info < INT8_MIN || info > INT8_MAX) fail_at(at, "expected a number of 8 bits");
+    item.index = uint32_t(int32_t(info));
+  } else if (take_word("ir")) {
+    item.tag = TAG_IR;
+    item.index = add_string(unit, take_bytes());
+  } else if (take_word("pragma")) {
+    item.tag = TAG_PRAGMA;
+    Pragma p;
+    p.kind = take_uint("the pragma's kind");
+    while (token().kind == T_STRING && !token().starts_line)
+      p.args.push_back(take_string("an argument"));
+    item.index = append(unit.pragmas, std::move(p));
+  } else if (take_word("loop")) {
+    item.tag = TAG_LOOP;
+    item.index = append(unit.loops, take_fields<LoopDef>(*this, [](auto& v) { loop_fields(v); }));
+  } else if (take_word("inloop")) {
+    item.tag = TAG_LOOP_USE;
+    parse_loop_use();
+    item.index = uint32_t(unit.loop_uses.size() - 1);
+  } else if (take_word("mbank")) {
+    item.tag = TAG_MBANK;
+    item.index = append(unit.banks, take_fields<MemBank>(*this, [](auto& v) { bank_fields(v); }));
+  } else if (take_word("edge")) {
+    item.tag = TAG_EDGE;
+    item.index = append(unit.edges, take_fields<DepEdge>(*this, [](auto& v) { edge_fields(v); }));
+  } else if (take_word("vector")) {
+    item.tag = TAG_VECTOR;
+    parse_vector();
+    item.index = uint32_t(unit.vectors.size() - 1);
+  } else if (take_word("spec")) {
+    item.tag = TAG_LDSPEC;
+    parse_speculation();
+    item.index = uint32_t(unit.speculations.size() - 1);
+  } else if (take_word("eht")) {
+    item.tag = TAG_EHT;
+    parse_exception_table();
+    item.index = uint32_t(unit.exception_tables.size() - 1);
+  } else {
+    if (token().kind == T_IDENT && is_reserved_word(token().text) &&
+        op_by_name(token().text) == NO_OP && !is_label_name(token()))
+      expected("a statement");
+    item.tag = TAG_EXPR;
+    item.index = parse_tree();
+    item.psn = take_psn();
+  }
+  unit.items.push_back(item);
+}
+
+void Parser::parse_unit() {
+  parse_header();
+  while (token().kind != T_END) {
+    if (state.function != NONE) {
+      parse_item();
+    } else if (take_word("header")) {
+      if (!take_word("raw")) expected("'raw'");
+      Unit header;
+      decode_raw(*this, "header", [&](Reader& r) { decode_header(r, header); });
+      if (header.header_raw) unit.header_raw = keep_raw(header.raws[header.header_raw]);
+    } else if (take_word("layout")) {
+      parse_layout();
+    } else if (take_word("options")) {
+      parse_options();
+    } else if (take_word("file")) {
+      parse_file();
+    } else if (take_word("type")) {
+      parse_type();
+    } else if (take_word("define")) {
+      parse_define();
+    } else if (take_word("record")) {
+      parse_record();
+    } else if (take_word("init")) {
+      parse_init();
+    } else if (take_word("here")) {
+      if (!parse_symbol(true)) expected("a symbol");
+    } else if (!parse_symbol(false)) {
+      parse_item();
+    }
+    end_line();
+  }
+  if (state.function != NONE) expected("'}' at the end of the function");
+}
+
+bool parse_text(std::string_view text, const std::string& file_name, Unit& unit,
+                std::string& error) {
+  unit = {};
+  try {
+    Parser parser{Lexer(text), unit};
+    parser.parse_unit();
+    return true;
+  } catch (const TextError& e) {
+    error = file_name + ":" + std::to_string(e.line) + ":" + std::to_string(e.column) +
+            ": error: " + e.message;
+    return false;
+  }
+}
+
+} // namespace icode

@@ -1,0 +1,100 @@
+#include "tools/tool_main.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <memory>
+
+namespace icode {
+
+bool read_file(const std::string& name, std::string& bytes, std::string& error) {
+  FILE* f = name == "-" ? stdin : fopen(name.c_str(), "rb");
+  if (!f) {
+    error = name + ": cannot open: " + strerror(errno);
+    return false;
+  }
+  auto buffer = std::make_unique<char[]>(1 << 16);
+  while (size_t n = fread(buffer.get(), 1, 1 << 16, f))
+    bytes.append(buffer.get(), n);
+  bool ok = !ferror(f);
+  if (!ok) error = name + ": cannot read: " + strerror(errno);
+  if (f != stdin) fclose(f);
+  return ok;
+}
+
+bool write_file(const std::string& name, const std::string& bytes, std::string& error) {
+  bool is_stdout = name == "-";
+  FILE* f = is_stdout ? stdout : fopen(name.c_str(), "wb");
+  if (!f) {
+    error = name + ": cannot open for writing: " + strerror(errno);
+    return false;
+  }
+  bool ok = fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+  ok = fflush(f) == 0 && ok;
+  int reason = errno;
+  if (!is_stdout) ok = fclose(f) == 0 && ok;
+  if (ok) return true;
+  error = name + ": cannot write: " + strerror(reason);
+  std::error_code ignored;
+  // Half a file must not pass for a whole one; but a device is not ours to remove.
+  if (!is_stdout && std::filesystem::is_regular_file(name, ignored)) remove(name.c_str());
+  return false;
+}
+
+namespace {
+
+int complain(const Converter& converter, const std::string& message) {
+  fprintf(stderr, "%s: %s\n", converter.name, message.c_str());
+  return 1;
+}
+
+int run(const Converter& converter, int argc, char** argv) {
+  std::string input_name, output_name;
+  for (int i = 1; i < argc; ++i) {
+    std::string argument = argv[i];
+    if (argument == "--help") {
+      fputs(converter.help, stdout);
+      return 0;
+    }
+    if (argument == "-o") {
+      if (++i == argc) return complain(converter, "expected a file name behind -o");
+      output_name = argv[i];
+    } else if (argument.size() > 1 && argument[0] == '-') {
+      return complain(converter, "unknown option " + argument + "; try --help");
+    } else if (!input_name.empty()) {
+      return complain(converter, "expected one input file, found also " + argument);
+    } else {
+      input_name = argument;
+    }
+  }
+  if (input_name.empty()) return complain(converter, "expected an input file; try --help");
+  if (output_name.empty())
+    output_name =
+        input_name == "-"
+            ? "-"
+            : std::filesystem::path(input_name).replace_extension(converter.extension).string();
+  if (output_name == input_name && output_name != "-")
+    return complain(converter, input_name + ": the output would overwrite the input");
+  std::string input, output, error;
+  if (!read_file(input_name, input, error)) return complain(converter, error);
+  if (!converter.convert(input, input_name, output, error)) {
+    fprintf(stderr, "%s\n", error.c_str());
+    return 1;
+  }
+  if (!write_file(output_name, output, error)) return complain(converter, error);
+  return 0;
+}
+
+} // namespace
+
+int run_converter(const Converter& converter, int argc, char** argv) {
+  try {
+    return run(converter, argc, argv);
+  } catch (const std::exception& e) { // out of memory, for one
+    return complain(converter, e.what());
+  }
+}
+
+} // namespace icode
