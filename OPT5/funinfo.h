@@ -3,6 +3,7 @@
 
 #include "OPT5/bblk.h"
 #include "OPT5/symbol.h"
+#include "ifile/if_client.h"
 #include "support/bitvec.h"
 
 #include <mutex>

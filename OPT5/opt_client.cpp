@@ -9,6 +9,7 @@
 #include "OPT5/simp1.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
+#include "OPT5/types.h"
 #include "OPT5/verify.h"
 #include "OPT5/write.h"
 #include "ifile/i_file.h"

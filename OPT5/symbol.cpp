@@ -120,7 +120,10 @@ void GLOBAL_SYM::set_is_aliased(bool v) {
   *slot_of(record_of_current_function()->aliased, index) = v;
 }
 void GLOBAL_SYM::set_bitnum(short v) { *slot_of(record_of_current_function()->bitnums, index) = v; }
-void GLOBAL_SYM::inc_bitnum() { ++*slot_of(record_of_current_function()->bitnums, index); }
+void GLOBAL_SYM::inc_bitnum() {
+  auto slot = slot_of(record_of_current_function()->bitnums, index);
+  *slot += *slot < 32767;
+}
 void GLOBAL_SYM::set_depnum(long v) { *slot_of(record_of_current_function()->depnums, index) = v; }
 void GLOBAL_SYM::inc_depnum() { ++*slot_of(record_of_current_function()->depnums, index); }
 void GLOBAL_SYM::set_is_under_ARGREF(bool v) {
@@ -230,7 +233,7 @@ void sym_split(FUNINFO* fi) {
         continue;
       }
       if (list->sclass == SC_REGISTER || list->sclass == SC_REGPARM_COPY) list->sclass = SC_AUTO;
-      bool candidate = list->sclass == SC_AUTO && list->type->is_scalar() && !list->type->is_volatile();
+      bool candidate = list->sclass == SC_AUTO && list->level != 1 && list->type->is_scalar() && !list->type->is_volatile();
       (candidate ? scalars : others).push_back(list);
     }
   }

@@ -75,7 +75,7 @@ public:
   bool is_under_ARGREF() const override { return under_ARGREF; }
   void set_is_aliased(bool v) override { aliased = v; }
   void set_bitnum(short v) override { bit_number = v; }
-  void inc_bitnum() override { bit_number++; }
+  void inc_bitnum() override { bit_number += bit_number < 32767; } // counts stick at the top
   void set_depnum(long v) override { dep_number = v; }
   void inc_depnum() override { dep_number++; }
   void set_is_under_ARGREF(bool v) override { under_ARGREF = v; }

@@ -3,7 +3,7 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
-#include "TYPES/type_values.h"
+#include "OPT5/types.h"
 
 #include <cstring>
 

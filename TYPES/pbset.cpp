@@ -10,9 +10,13 @@
 static constexpr int STEP = 16;
 static constexpr int LARGEST = 65535; // a member is 16 bits
 
-static int rounded_up(int n) { return (n + STEP - 1) / STEP * STEP; }
+static int rounded_up(int n) {
+  return (n + STEP - 1) / STEP * STEP;
+}
 
-static size_t map_words(int max_element) { return static_cast<size_t>(max_element) / 32 + 1; }
+static size_t map_words(int max_element) {
+  return static_cast<size_t>(max_element) / 32 + 1;
+}
 
 static void* must_have(void* p) {
   if (!p) abort_optimizer("Out of memory");
@@ -27,7 +31,8 @@ PBSET* make_PBSET(int max, int capacity) {
   set->count = 0;
   set->capacity = rounded_up(capacity);
   set->max_element = rounded_up(max + 1) - 1;
-  set->bits = static_cast<uint32_t*>(must_have(calloc(map_words(set->max_element), sizeof(uint32_t))));
+  set->bits =
+      static_cast<uint32_t*>(must_have(calloc(map_words(set->max_element), sizeof(uint32_t))));
   set->members = static_cast<uint16_t*>(must_have(calloc(set->capacity, sizeof(uint16_t))));
   return set;
 }
@@ -50,7 +55,8 @@ void extend_PBSET(PBSET* set, int max) {
 }
 
 bool element_is_in_PBSET(int element, const PBSET* set) {
-  return element >= 0 && element <= set->max_element && (set->bits[element / 32] >> (element % 32) & 1);
+  return element >= 0 && element <= set->max_element &&
+         (set->bits[element / 32] >> (element % 32) & 1);
 }
 
 void add_element_to_PBSET(int element, PBSET* set) {
@@ -61,8 +67,8 @@ void add_element_to_PBSET(int element, PBSET* set) {
   CHECK(element >= 0);
   if (set->count == set->capacity) {
     set->capacity *= 2;
-    set->members = static_cast<uint16_t*>(
-        must_have(realloc(set->members, set->capacity * sizeof(uint16_t))));
+    set->members =
+        static_cast<uint16_t*>(must_have(realloc(set->members, set->capacity * sizeof(uint16_t))));
   }
   set->bits[element / 32] |= 1u << (element % 32);
   set->members[set->count++] = static_cast<uint16_t>(element);
@@ -99,7 +105,8 @@ int next_element_in_PBSET(int after, const PBSET* set) {
     take(m[i + 2]);
     take(m[i + 3]);
   }
-  for (; i < set->count; i++) take(m[i]);
+  for (; i < set->count; i++)
+    take(m[i]);
   return best <= LARGEST ? static_cast<int>(best + base) : -1;
 }
 
@@ -108,7 +115,8 @@ void dump_PBSET(PBSET* set, const char* name) {
   printf(" contains %d of %d possible members in %d slots.\n", set->count, set->max_element + 1,
          set->capacity);
   printf("  MEMBERS:");
-  for (int i = 0; i < set->count; i++) printf("%6d", set->members[i]);
+  for (int i = 0; i < set->count; i++)
+    printf("%6d", set->members[i]);
   if (!set->count) printf("  <EMPTY>\n");
   printf("\n");
 }

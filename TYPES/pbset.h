@@ -12,8 +12,8 @@ struct PBSET {
   uint16_t* members;   // unsorted
 };
 
-// An empty set. A capacity below 1 means the smaller of 16 and max + 1, a max below 1 means 15; both
-// sizes round up to a multiple of 16. Free with erase_PBSET.
+// An empty set. A capacity below 1 means the smaller of 16 and max + 1, a max below 1 means 15;
+// both sizes round up to a multiple of 16. Free with erase_PBSET.
 PBSET* make_PBSET(int max, int capacity);
 void erase_PBSET(PBSET* set); // null is fine
 // Makes room for members up to `max`.

@@ -23,7 +23,9 @@ void tp_free(void* p, size_t bytes) {
   free(p);
 }
 
-size_t tp_bytes_allocated() { return bytes_allocated; }
+size_t tp_bytes_allocated() {
+  return bytes_allocated;
+}
 
 void tp_die(const char* text) {
   fprintf(stderr, "TP>> internal error: %s\n", text);
@@ -36,8 +38,12 @@ void tp_die(const char* text) {
 // Life
 
 // The compiler calls the matching delete when a constructor throws, which takes the count back.
-void* TYPE::operator new(size_t bytes) { return tp_alloc(bytes); }
-void TYPE::operator delete(void* p) { tp_free(p, sizeof(TYPE)); }
+void* TYPE::operator new(size_t bytes) {
+  return tp_alloc(bytes);
+}
+void TYPE::operator delete(void* p) {
+  tp_free(p, sizeof(TYPE));
+}
 
 TYPE::TYPE(KIND k) : kind(k), base(this) {
   switch (k) {
@@ -72,7 +78,8 @@ TYPE::~TYPE() {
   case K_STRUCT:
   case K_UNION: {
     auto* parts = static_cast<CSU_PARTS*>(subparts);
-    for (fkMDATA* member : parts->members) delete member;
+    for (fkMDATA* member : parts->members)
+      delete member;
     delete parts;
     break;
   }
@@ -88,7 +95,9 @@ void* TYPE::getr(int k) const {
   return subparts;
 }
 
-TYPEDEF_PARTS* TYPE::typedef_parts() const { return static_cast<TYPEDEF_PARTS*>(getr(K_TYPEDEF)); }
+TYPEDEF_PARTS* TYPE::typedef_parts() const {
+  return static_cast<TYPEDEF_PARTS*>(getr(K_TYPEDEF));
+}
 
 ARRAY_PARTS* TYPE::array_parts() const {
   return static_cast<ARRAY_PARTS*>(underlying_type()->getr(K_ARRAY));
@@ -179,9 +188,15 @@ bool TYPE::is_signed() const {
   return t->kind == K_FLOAT;
 }
 
-TYPE::IKIND TYPE::ikind() const { return static_cast<IKIND>(flags & KIND_MASK); }
-TYPE::FKIND TYPE::fkind() const { return static_cast<FKIND>(flags & KIND_MASK); }
-int TYPE::fraction() const { return static_cast<signed char>(flags >> FRACTION_SHIFT); }
+TYPE::IKIND TYPE::ikind() const {
+  return static_cast<IKIND>(flags & KIND_MASK);
+}
+TYPE::FKIND TYPE::fkind() const {
+  return static_cast<FKIND>(flags & KIND_MASK);
+}
+int TYPE::fraction() const {
+  return static_cast<signed char>(flags >> FRACTION_SHIFT);
+}
 
 int TYPE::rank() const {
   const TYPE* t = underlying_type();

@@ -40,8 +40,8 @@ static bool are_both_shared(const TYPE* a, const TYPE* b) {
 }
 
 bool exact_types(const TYPE* a, const TYPE* b) {
-  // Down the chain of bases; only a function's parameters take a recursion, and it ends at the first
-  // shared types.
+  // Down the chain of bases; only a function's parameters take a recursion, and it ends at the
+  // first shared types.
   for (;; a = a->base, b = b->base) {
     if (a == b) return true;
     if (are_both_shared(a, b) || a->kind >= TYPE::K_ENUM || !same_node(a, b)) return false;

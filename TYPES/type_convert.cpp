@@ -3,7 +3,8 @@
 
 #include <utility>
 
-// The integer type of the other signedness, as a kind. Wide characters have no partner of their own.
+// The integer type of the other signedness, as a kind. Wide characters have no partner of their
+// own.
 static TYPE::IKIND with_sign(const TYPE* t, bool to_signed) {
   switch (t->ikind()) {
   case TYPE::I_SCHAR:
@@ -33,7 +34,8 @@ TYPE* TYPE_PKG::change_sign(TYPE* t, bool to_signed, const char* complaint) {
   if (t->kind != TYPE::K_INT) tp_die(complaint);
   const bool is_changed = bool(t->flags & TYPE::SIGNED) != to_signed;
   TYPE* result = t;
-  if (is_changed) result = mk_int(with_sign(t, to_signed), to_signed, t->size, t->align, false, to_signed);
+  if (is_changed)
+    result = mk_int(with_sign(t, to_signed), to_signed, t->size, t->align, false, to_signed);
   for (; !layers.empty(); layers.pop_back()) {
     TYPE* layer = layers.back();
     if (!is_changed) return layers.front();
@@ -42,8 +44,8 @@ TYPE* TYPE_PKG::change_sign(TYPE* t, bool to_signed, const char* complaint) {
                        layer->align);
     } else {
       const TYPEDEF_PARTS* parts = layer->typedef_parts();
-      result = mk_typedef(parts->name, parts->hidden, result, layer->size, layer->align,
-                          parts->lowered);
+      result =
+          mk_typedef(parts->name, parts->hidden, result, layer->size, layer->align, parts->lowered);
     }
   }
   return result;

@@ -39,10 +39,10 @@ struct BASIC_INT {
 };
 
 constexpr BASIC_INT basic_ints[] = {
-    {TYPE::I_BOOL, false, 16},   {TYPE::I_SCHAR, true, 16},  {TYPE::I_UCHAR, false, 16},
-    {TYPE::I_WCHAR, false, 16},  {TYPE::I_SHORT, true, 16},  {TYPE::I_USHORT, false, 16},
-    {TYPE::I_INT, true, 16},     {TYPE::I_UINT, false, 16},  {TYPE::I_LONG, true, 32},
-    {TYPE::I_ULONG, false, 32},  {TYPE::I_LLONG, true, 64},  {TYPE::I_ULLONG, false, 64},
+    {TYPE::I_BOOL, false, 16},  {TYPE::I_SCHAR, true, 16}, {TYPE::I_UCHAR, false, 16},
+    {TYPE::I_WCHAR, false, 16}, {TYPE::I_SHORT, true, 16}, {TYPE::I_USHORT, false, 16},
+    {TYPE::I_INT, true, 16},    {TYPE::I_UINT, false, 16}, {TYPE::I_LONG, true, 32},
+    {TYPE::I_ULONG, false, 32}, {TYPE::I_LLONG, true, 64}, {TYPE::I_ULLONG, false, 64},
 };
 
 unsigned basic_align(unsigned long size) {
@@ -61,8 +61,8 @@ unsigned long float_size(TYPE::FKIND k) {
 
 std::string map_name(const TYPE* t) {
   char head[128];
-  snprintf(head, sizeof head, "%c%x:%lx:%x:", "virdxp&qtamfecsu"[t->kind], t->flags, t->size,
-           t->align);
+  snprintf(head, sizeof head, "%c%x:%lx:%x:", "virdxp&qtamfecsu"[t->kind], t -> flags, t -> size,
+           t -> align);
   switch (t->kind) {
   case TYPE::K_TYPEDEF: {
     const TYPEDEF_PARTS* parts = t->typedef_parts();
@@ -97,7 +97,9 @@ std::string map_name(const TYPE* t) {
   }
 }
 
-bool is_shared_kind(TYPE::KIND kind) { return kind < TYPE::K_ENUM; }
+bool is_shared_kind(TYPE::KIND kind) {
+  return kind < TYPE::K_ENUM;
+}
 
 } // namespace
 
@@ -159,7 +161,8 @@ TYPE* TYPE_PKG::int_representative(unsigned long size, bool is_signed) const {
 
 void TYPE_PKG::normalize_basic_types() {
   walk_types([](TYPE* t, void*) { std::atomic_ref(t->normalized).store(nullptr); }, nullptr);
-  for (TYPE* t : basic) t->normalized_type();
+  for (TYPE* t : basic)
+    t->normalized_type();
 }
 
 TYPE* TYPE::normalized_type() {
@@ -185,7 +188,9 @@ void TYPE_PKG::assign_uid(TYPE& t) {
   t.session_mark = session;
 }
 
-TYPE* TYPE_PKG::parent_of(TYPE* t) const { return t->base != t ? t->base : basic[SLOT_VOID]; }
+TYPE* TYPE_PKG::parent_of(TYPE* t) const {
+  return t->base != t ? t->base : basic[SLOT_VOID];
+}
 
 TYPE* TYPE_PKG::register_type(TYPE* candidate, TYPE* base) {
   if (candidate->uid) return candidate;
@@ -298,8 +303,8 @@ TYPE* TYPE_PKG::mk_fxtpt(TYPE* under, int fraction) {
 
 TYPE* TYPE_PKG::mk_fxtpt(TYPE* under, int fraction, unsigned long size, unsigned align) {
   TYPE* t = new_type(TYPE::K_FIXED, under, size, align);
-  t->flags = (under->is_signed() ? TYPE::SIGNED : 0u) |
-             static_cast<unsigned>(fraction & 0xFF) << TYPE::FRACTION_SHIFT;
+  t->flags = (under->is_signed() ? TYPE::SIGNED : 0u) | static_cast<unsigned>(fraction & 0xFF)
+                                                            << TYPE::FRACTION_SHIFT;
   return register_type(t, under);
 }
 
@@ -328,7 +333,9 @@ TYPE* TYPE_PKG::mk_ptr(TYPE* to, unsigned long size, unsigned align) {
   return register_type(new_type(TYPE::K_POINTER, to, size, align), to);
 }
 
-TYPE* TYPE_PKG::mk_ref(TYPE* to) { return mk_ref(to, POINTER_SIZE, POINTER_SIZE); }
+TYPE* TYPE_PKG::mk_ref(TYPE* to) {
+  return mk_ref(to, POINTER_SIZE, POINTER_SIZE);
+}
 
 TYPE* TYPE_PKG::mk_ref(TYPE* to, unsigned long size, unsigned align) {
   return register_type(new_type(TYPE::K_REFERENCE, to, size, align), to);
@@ -427,7 +434,8 @@ TYPE* TYPE_PKG::mk_struct_vector(unsigned long size, TYPE* elem) {
 TYPE* TYPE_PKG::mk_func(TYPE* ret, bool prototyped, bool variadic, int convention, bool hidden,
                         std::vector<TYPE_PARAM> params) {
   TYPE* t = new_type(TYPE::K_FUNC, ret, 0, 0);
-  for (TYPE_PARAM& p : params) p.name = p.name ? intern_text(p.name) : "";
+  for (TYPE_PARAM& p : params)
+    p.name = p.name ? intern_text(p.name) : "";
   *t->func_parts() = {std::move(params), prototyped, variadic, convention, hidden};
   return register_type(t, ret);
 }

@@ -11,9 +11,9 @@ constexpr size_t MAX_TEXT = 400;
 
 const char* int_name(const TYPE* t) {
   static const char* const names[] = {
-      "_Bool",        "signed char", "unsigned char", "wchar_t",       "short",
-      "unsigned short", "int",       "unsigned int",  "long",          "unsigned long",
-      "long",         "unsigned long", "long long",   "unsigned long long"};
+      "_Bool",     "signed char",       "unsigned char", "wchar_t",       "short", "unsigned short",
+      "int",       "unsigned int",      "long",          "unsigned long", "long",  "unsigned long",
+      "long long", "unsigned long long"};
   return t->ikind() <= TYPE::I_ULLONG ? names[t->ikind()] : "<integer>";
 }
 
@@ -26,12 +26,16 @@ std::string qual_text(int quals) {
 }
 
 std::string leaf_name(const TYPE* t) {
-  auto tagged = [t](const char* tag) { return std::string(tag) + (*t->name ? t->name : "<unnamed>"); };
+  auto tagged = [t](const char* tag) {
+    return std::string(tag) + (*t->name ? t->name : "<unnamed>");
+  };
   switch (t->kind) {
   case TYPE::K_VOID: return "void";
   case TYPE::K_INT: return int_name(t);
   case TYPE::K_FLOAT:
-    return t->fkind() == TYPE::F_FLOAT ? "float" : t->fkind() == TYPE::F_DOUBLE ? "double" : "long double";
+    return t->fkind() == TYPE::F_FLOAT    ? "float"
+           : t->fkind() == TYPE::F_DOUBLE ? "double"
+                                          : "long double";
   case TYPE::K_FIXED: return "_Fract";
   case TYPE::K_TYPEDEF: return t->name;
   case TYPE::K_ENUM: return tagged("enum ");
@@ -92,7 +96,8 @@ std::string spell(const TYPE* t, std::string declarator, int nesting) {
       std::string text = prefix + leaf_name(t);
       if (!declarator.empty() && declarator[0] != '[') text += ' ';
       text += declarator;
-      while (text.back() == ' ') text.pop_back();
+      while (text.back() == ' ')
+        text.pop_back();
       return text;
     }
     }
@@ -103,7 +108,9 @@ std::string spell(const TYPE* t, std::string declarator, int nesting) {
 
 } // namespace
 
-std::string TYPE::str() const { return spell(this, "", 0); }
+std::string TYPE::str() const {
+  return spell(this, "", 0);
+}
 
 void TYPE_PKG::dump_all() {
   walk_types(
@@ -116,11 +123,10 @@ void TYPE_PKG::dump_all() {
 void TYPE_PKG::print_stats() {
   unsigned counts[TYPE::K_UNION + 1] = {};
   walk_types([](TYPE* t, void* arg) { static_cast<unsigned*>(arg)[t->kind]++; }, counts);
-  static const char* const names[] = {"void",      "integer",   "floating",  "fixed point",
-                                      "complex",   "pointer",   "reference", "qualified",
-                                      "typedef",   "array",     "pointer to member",
-                                      "function",  "enum",      "class",     "struct",
-                                      "union"};
+  static const char* const names[] = {
+      "void",      "integer",   "floating", "fixed point", "complex",           "pointer",
+      "reference", "qualified", "typedef",  "array",       "pointer to member", "function",
+      "enum",      "class",     "struct",   "union"};
   for (int k = 0; k <= TYPE::K_UNION; k++)
     if (counts[k]) printf("%8u %s types\n", counts[k], names[k]);
   printf("%8zu bytes in types\n", tp_bytes_allocated());

@@ -2,7 +2,9 @@
 
 #include "DIAG/abort.h"
 
-static bool TYPE_IS_INT(TYPE* type) { return type->is_int_or_enum(); }
+static bool TYPE_IS_INT(TYPE* type) {
+  return type->is_int_or_enum();
+}
 
 static int int_width(TYPE* type) {
   CHECK(TYPE_IS_INT(type));
@@ -40,8 +42,8 @@ INT65 int_type_min(TYPE* type) {
 }
 
 TYPE* wide_enough_int_type(INT65 value) {
-  for (TYPE::IKIND k : {TYPE::I_INT, TYPE::I_UINT, TYPE::I_LONG, TYPE::I_ULONG, TYPE::I_LLONG,
-                        TYPE::I_ULLONG}) {
+  for (TYPE::IKIND k :
+       {TYPE::I_INT, TYPE::I_UINT, TYPE::I_LONG, TYPE::I_ULONG, TYPE::I_LLONG, TYPE::I_ULLONG}) {
     TYPE* type = tp->basic[k];
     if (value >= int_type_min(type) && value <= int_type_max(type)) return type;
   }

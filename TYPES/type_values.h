@@ -5,8 +5,8 @@
 #include "support/int65.h"
 #include "support/simul_fval.h"
 
-// The value that an object of that integer or enumeration type holds after storing `v`: the low bits,
-// extended by the type's sign. Another type, or one wider than 64 bits, is an internal error.
+// The value that an object of that integer or enumeration type holds after storing `v`: the low
+// bits, extended by the type's sign. Another type, or one wider than 64 bits, is an internal error.
 INT65 truncate_to_type(INT65 v, TYPE* type);
 
 // Sends the value through the target form of its floating type and back, so that it has exactly the

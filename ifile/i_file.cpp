@@ -467,7 +467,10 @@ bool I_FILE::read_initialiser(int tag, int) {
   return true;
 }
 
-void I_FILE::if_read_types() { read_section(types_off, &I_FILE::read_type_record); }
+void I_FILE::if_read_types() {
+  read_section(types_off, &I_FILE::read_type_record);
+  check_types();
+}
 
 void I_FILE::if_read_file() {
   const unsigned long body = pos;

@@ -12,11 +12,14 @@
 #include <cstdio>
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 class TYPE_PKG;
+struct FUNC_PARTS;
+struct TYPE_PARAM;
 
 constexpr int ICODE_VERSION = -71;
 constexpr int OLDEST_ICODE_VERSION = -86;
@@ -44,6 +47,9 @@ struct TYPE_INFO {
   unsigned depth = 0;       // how many derivations it stands on; bounded against hostile input
   int open_list = -1;       // kind of the list being read, -1 for none
   bool complete_def = false; // defined, and not just by a class's short form
+  // A function type whose parameters are being read; `type` is null until the first use of its number.
+  std::shared_ptr<FUNC_PARTS> unfinished;
+  TYPE* return_type = nullptr;
 };
 
 // Operators that can stand in a file, indexed by code; name is null for unused codes.
@@ -203,7 +209,8 @@ private:
   std::vector<unsigned char> buf;
   unsigned long written = 0; // bytes written so far, from base
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
-  std::vector<TYPE*> numbered_types;
+  std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
+  std::vector<char> type_is_written; // by the same index
 
   int get_byte();
   void put_bytes(const void* p, unsigned long n);
@@ -219,9 +226,25 @@ private:
   void end_record();
 
   // if_types_read.cpp, if_types_write.cpp
+  TYPE_INFO& find_type_info(unsigned long number);
+  TYPE* read_target(unsigned& depth);
+  unsigned long read_type_size();
+  unsigned long read_scalar_size();
+  unsigned read_type_align();
+  TYPE* read_plain_type(int code, unsigned& depth);
+  void read_func(unsigned long number);
+  void read_csu(unsigned long number, bool is_long);
+  void read_member(TYPE* csu);
+  void finish_func(TYPE_INFO& info);
+  void check_types();
   void read_type_element(TYPE_INFO& owner, int code);
   void read_type_list(TYPE_INFO& owner, int code);
   void define_type(unsigned long number, TYPE* type, unsigned depth);
+  unsigned long type_number(TYPE* type);
+  void begin_type_record(TYPE* type, int code);
+  void write_list_mark(TYPE* type, int code, int kind);
+  void write_param_list(TYPE* type, const std::vector<TYPE_PARAM>& params);
+  void write_type_record(TYPE* type);
   void write_csu_short(TYPE* csu);
   void write_csu_type_lists(TYPE* csu);
   void write_type(TYPE* type);

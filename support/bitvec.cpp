@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
-// Words that hold that many bits, rounded up to whole 64-bit steps: the bulk loops take two words at
-// a time.
+// Words that hold that many bits, rounded up to whole 64-bit steps: the bulk loops take two words
+// at a time.
 static uint32_t words_for(uint32_t bits) {
   return static_cast<uint32_t>((static_cast<uint64_t>(bits) + 63) / 64 * 2);
 }
@@ -20,7 +20,9 @@ static uint64_t load_pair(const BITVEC* v, uint32_t word) {
   return pair;
 }
 
-BITVEC::~BITVEC() { free(words); }
+BITVEC::~BITVEC() {
+  free(words);
+}
 
 BITVEC& BITVEC::operator=(const BITVEC& b) {
   if (this == &b) return *this;
@@ -74,7 +76,8 @@ void BITVEC::bv_set_all() {
 unsigned BITVEC::bv_count() {
   if (count == UNKNOWN_COUNT) {
     count = 0;
-    for (uint32_t w = 0; w < words_for(size); w += 2) count += std::popcount(load_pair(this, w));
+    for (uint32_t w = 0; w < words_for(size); w += 2)
+      count += std::popcount(load_pair(this, w));
   }
   return count;
 }
@@ -155,7 +158,8 @@ void BITVEC::bv_print() {
   const char* separator = "";
   for (int first = bv_next(0); first >= 0;) {
     int last = first;
-    while (bv_test(last + 1)) last++;
+    while (bv_test(last + 1))
+      last++;
     if (first == last)
       printf("%s%d", separator, first);
     else
@@ -172,4 +176,6 @@ void BITVEC::bv_dump() {
   bv_print();
 }
 
-void BITVEC::bv_warn(const char* what) { fprintf(stderr, "%s\n", what); }
+void BITVEC::bv_warn(const char* what) {
+  fprintf(stderr, "%s\n", what);
+}

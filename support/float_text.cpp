@@ -53,8 +53,10 @@ BIG number_of(const std::vector<char>& digits, uint32_t radix) {
 
 void multiply_by_power_of_5(BIG& v, long power) {
   constexpr uint32_t FIVE_13 = 1220703125;
-  for (; power >= 13; power -= 13) multiply_add(v, FIVE_13, 0);
-  for (; power > 0; power--) multiply_add(v, 5, 0);
+  for (; power >= 13; power -= 13)
+    multiply_add(v, FIVE_13, 0);
+  for (; power > 0; power--)
+    multiply_add(v, 5, 0);
 }
 
 long bit_length(const BIG& v) {
@@ -88,7 +90,8 @@ void subtract(BIG& a, const BIG& b) {
     a[i] = static_cast<uint32_t>(difference);
     borrow = difference >> 63;
   }
-  while (!a.empty() && a.back() == 0) a.pop_back();
+  while (!a.empty() && a.back() == 0)
+    a.pop_back();
 }
 
 void set_out_of_range(bool too_large, simul_fval* result) {
@@ -124,7 +127,8 @@ void divide_and_round(BIG numerator, BIG denominator, long exp2, simul_fval* res
     round_up = !numerator.empty() || (result->mant[F_MANT_WORDS - 1] & 1);
   }
   long exp = exp2 + 1;
-  for (int i = F_MANT_WORDS; round_up && i-- > 0;) round_up = ++result->mant[i] == 0;
+  for (int i = F_MANT_WORDS; round_up && i-- > 0;)
+    round_up = ++result->mant[i] == 0;
   if (round_up) {
     result->mant[0] = 0x8000;
     exp++;
@@ -211,7 +215,8 @@ int f_atof(const char* text, simul_fval* result) {
     } else {
       BIG numerator = number_of(n.digits, is_hex ? 16 : 10), denominator{1};
       // 10^scale is 5^scale * 2^scale.
-      if (!is_hex) multiply_by_power_of_5(n.scale < 0 ? denominator : numerator, std::labs(n.scale));
+      if (!is_hex)
+        multiply_by_power_of_5(n.scale < 0 ? denominator : numerator, std::labs(n.scale));
       divide_and_round(std::move(numerator), std::move(denominator), n.scale, result);
     }
   }
@@ -237,7 +242,8 @@ std::string f_hex_text(const simul_fval* v) {
     }
     digits += "0123456789abcdef"[digit];
   }
-  while (!digits.empty() && digits.back() == '0') digits.pop_back();
+  while (!digits.empty() && digits.back() == '0')
+    digits.pop_back();
   if (!digits.empty()) text += "." + digits;
   const int exp = normal.exp - 1;
   text += exp < 0 ? "p-" : "p+";

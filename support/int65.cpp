@@ -9,7 +9,9 @@
 
 using U128 = unsigned __int128;
 
-void int65_does_not_fit() { optassert("fits_in<T>()", __FILE__, __LINE__); }
+void int65_does_not_fit() {
+  optassert("fits_in<T>()", __FILE__, __LINE__);
+}
 
 // Up to 2^64, so wider than `low`.
 static U128 magnitude(INT65 v) {
@@ -93,12 +95,16 @@ INT65 long_sqrt(INT65 a) {
   // The host's root is off by one at most.
   U128 n = a.low;
   U128 root = static_cast<U128>(std::sqrt(static_cast<double>(a.low)));
-  while (root * root > n) root--;
-  while ((root + 1) * (root + 1) <= n) root++;
+  while (root * root > n)
+    root--;
+  while ((root + 1) * (root + 1) <= n)
+    root++;
   return INT65(static_cast<uint64_t>(root));
 }
 
-unsigned clp2(unsigned x) { return x > 1u << 31 ? 0 : std::bit_ceil(x); }
+unsigned clp2(unsigned x) {
+  return x > 1u << 31 ? 0 : std::bit_ceil(x);
+}
 
 std::string int65_text(INT65 v) {
   std::string digits;

@@ -2,7 +2,8 @@
 // and every unsigned 64-bit value has its own representation.
 //
 // Range: -2^64 .. 2^64-1. The operators wrap to that range (the exact result modulo 2^65, taken as
-// signed). Dividing by zero is an internal error: callers test first. Two words, passed in registers.
+// signed). Dividing by zero is an internal error: callers test first. Two words, passed in
+// registers.
 #pragma once
 
 #include <compare>
@@ -84,7 +85,9 @@ constexpr INT65 operator-(INT65 a, INT65 b) {
   return INT65::from_words(sign & 1 ? -1 : 0, low);
 }
 
-constexpr INT65 INT65::operator-() const { return INT65() - *this; }
+constexpr INT65 INT65::operator-() const {
+  return INT65() - *this;
+}
 
 constexpr INT65 operator*(INT65 a, INT65 b) {
   unsigned __int128 product = static_cast<unsigned __int128>(a.low) * b.low;
@@ -128,16 +131,36 @@ constexpr INT65 operator>>(INT65 a, INT65 count) {
   return INT65::from_words(a.high, a.low >> n | fill << (64 - n));
 }
 
-constexpr INT65& INT65::operator+=(INT65 b) { return *this = *this + b; }
-constexpr INT65& INT65::operator-=(INT65 b) { return *this = *this - b; }
-constexpr INT65& INT65::operator*=(INT65 b) { return *this = *this * b; }
-inline INT65& INT65::operator/=(INT65 b) { return *this = *this / b; }
-inline INT65& INT65::operator%=(INT65 b) { return *this = *this % b; }
-constexpr INT65& INT65::operator&=(INT65 b) { return *this = *this & b; }
-constexpr INT65& INT65::operator|=(INT65 b) { return *this = *this | b; }
-constexpr INT65& INT65::operator^=(INT65 b) { return *this = *this ^ b; }
-constexpr INT65& INT65::operator<<=(INT65 b) { return *this = *this << b; }
-constexpr INT65& INT65::operator>>=(INT65 b) { return *this = *this >> b; }
+constexpr INT65& INT65::operator+=(INT65 b) {
+  return *this = *this + b;
+}
+constexpr INT65& INT65::operator-=(INT65 b) {
+  return *this = *this - b;
+}
+constexpr INT65& INT65::operator*=(INT65 b) {
+  return *this = *this * b;
+}
+inline INT65& INT65::operator/=(INT65 b) {
+  return *this = *this / b;
+}
+inline INT65& INT65::operator%=(INT65 b) {
+  return *this = *this % b;
+}
+constexpr INT65& INT65::operator&=(INT65 b) {
+  return *this = *this & b;
+}
+constexpr INT65& INT65::operator|=(INT65 b) {
+  return *this = *this | b;
+}
+constexpr INT65& INT65::operator^=(INT65 b) {
+  return *this = *this ^ b;
+}
+constexpr INT65& INT65::operator<<=(INT65 b) {
+  return *this = *this << b;
+}
+constexpr INT65& INT65::operator>>=(INT65 b) {
+  return *this = *this >> b;
+}
 
 // The functions below set *ovf to 1 when the result is not exact, and never clear it.
 

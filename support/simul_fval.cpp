@@ -42,7 +42,8 @@ int f_utof(uint64_t v, simul_fval* result) {
   if (v == 0) return 0;
   const int leading_zeros = std::countl_zero(v);
   v <<= leading_zeros;
-  for (int i = 0; i < 4; i++) result->mant[i] = static_cast<uint16_t>(v >> (48 - 16 * i));
+  for (int i = 0; i < 4; i++)
+    result->mant[i] = static_cast<uint16_t>(v >> (48 - 16 * i));
   result->exp = 64 - leading_zeros;
   return 0;
 }
@@ -57,7 +58,8 @@ int f_itof(int64_t v, simul_fval* result) {
 void f_left_justify(simul_fval* v) {
   if (v->exp == F_SPECIAL_EXP || f_is_zero(v) || (v->mant[0] & 0x8000)) return;
   int first = 0;
-  while (first < F_MANT_WORDS && v->mant[first] == 0) first++;
+  while (first < F_MANT_WORDS && v->mant[first] == 0)
+    first++;
   if (first == F_MANT_WORDS) {
     fprintf(stderr, ">>>Internal Error: Illegal float representation!\n");
     exit(1);
@@ -82,6 +84,7 @@ double f_ftoh(const simul_fval* v) {
 
 void f_dbg(const char* label, const simul_fval* v) {
   printf("%s mant:", label);
-  for (uint16_t word : v->mant) printf(" %04x", word);
+  for (uint16_t word : v->mant)
+    printf(" %04x", word);
   printf(" exp:  %d, sign: %d\n", v->exp, v->sign);
 }

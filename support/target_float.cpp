@@ -29,8 +29,8 @@ uint64_t round_to_format(const IEEE_FORMAT& f, const simul_fval& given, int* sta
   simul_fval v = given;
   f_left_justify(&v);
 
-  const uint64_t top = uint64_t(v.mant[0]) << 48 | uint64_t(v.mant[1]) << 32 |
-                       uint64_t(v.mant[2]) << 16 | v.mant[3];
+  const uint64_t top =
+      uint64_t(v.mant[0]) << 48 | uint64_t(v.mant[1]) << 32 | uint64_t(v.mant[2]) << 16 | v.mant[3];
   const int dropped = 64 - f.mant_bits;
   uint64_t mant = top >> dropped;
   bool round = top >> (dropped - 1) & 1;
@@ -77,7 +77,8 @@ void expand(const IEEE_FORMAT& f, int sign, int biased_exp, uint64_t fraction, s
     else
       biased_exp = 1;
     mant <<= 64 - f.mant_bits;
-    for (int i = 0; i < 4; i++) result->mant[i] = static_cast<uint16_t>(mant >> (48 - 16 * i));
+    for (int i = 0; i < 4; i++)
+      result->mant[i] = static_cast<uint16_t>(mant >> (48 - 16 * i));
     result->exp = biased_exp - 1 + f.min_exp;
     f_left_justify(result);
   }

@@ -1,0 +1,401 @@
+#include "OPT5/driver.h"
+
+#include "DIAG/abort.h"
+#include "DIAG/diag.h"
+#include "DIAG/signals.h"
+#include "OPT5/fileopt.h"
+#include "OPT5/funinfo.h"
+#include "OPT5/opt_client.h"
+#include "OPT5/optables.h"
+#include "OPT5/passes.h"
+#include "OPT5/procint.h"
+#include "OPT5/settings.h"
+#include "OPT5/streams.h"
+#include "OPT5/target.h"
+#include "OPT5/types.h"
+#include "OPT5/write.h"
+#include "options/option_obj.h"
+#include "options/register_option.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
+
+char i_file_name[512];
+char o_file_name[512];
+SYMTAB* currfunc_at_abort;
+int file_closed_to_callers, file_closed_to_writers;
+
+namespace {
+
+int arg_count;
+char** args;
+int next_arg_index;
+bool output_is_open; // the output file exists and must go if the run fails
+
+constexpr const char* VERSION_TEXT = "1.0";
+
+// The path less its extension.
+std::string fn_delext(const char* path) {
+  std::string text = path;
+  const size_t slash = text.rfind('/');
+  const size_t dot = text.rfind('.');
+  if (dot != std::string::npos && (slash == std::string::npos || dot > slash + 1) && dot > 0) text.resize(dot);
+  return text;
+}
+
+void print_toolversion(FILE* to) { fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT); }
+
+[[noreturn]] void fail(const char* format, const char* a, const char* b) {
+  fprintf(stderr, format, a, b);
+  exit(1);
+}
+
+void remove_output() {
+  if (output_is_open) unlink(o_file_name);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The end of a failing run
+
+void end_failing_run(const char* msg) {
+  // Streams are not closed: other threads may be using them, and the process ends anyway.
+  remove_output();
+  if (print_debug && FDEBUG) {
+    fprintf(FDEBUG, "\n>>>> Optimizer terminated abnormally.\n");
+    if (msg) fprintf(FDEBUG, "\n>>>> %s.\n", msg);
+    fflush(FDEBUG);
+  }
+  fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
+  if (currfunc_at_abort) {
+    currfunc = currfunc_at_abort;
+    currfuninfo = find_FUNINFO(currfunc);
+  }
+  if (currfunc) {
+    fprintf(stderr, ">>>>    in function %s()\n", currfunc->name);
+    if (currfuninfo && currfuninfo->begin_psn && currfuninfo->begin_psn->file)
+      fprintf(stderr, ">>>>    in file \"%s\"\n", currfuninfo->begin_psn->file);
+  }
+  if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);
+  print_support_message();
+  if (pass_debug_abort) abort();
+  fflush(stdout);
+  _exit(1);
+}
+
+void end_after_signal() { end_failing_run(nullptr); }
+
+void debug_signal_handler(int signal) {
+  if (FDEBUG) fflush(FDEBUG);
+  common_signal_end(signal);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Opening
+
+void copy_path(char (&to)[512], const char* from) {
+  if (strlen(from) >= sizeof to) fail("\n>>>> OPTIMIZER ERROR: path is too long: %s%s\n", from, "");
+  strcpy(to, from);
+}
+
+int walk_arguments() {
+  int names = 0;
+  for (next_arg_index = 1; next_arg_index < arg_count;) {
+    const char* arg = args[next_arg_index++];
+    if (arg[0] == '-' && arg[1]) {
+      cmdline_options->process_option(arg + 1);
+      continue;
+    }
+    switch (names++) {
+    case 0: copy_path(i_file_name, arg); break;
+    case 1: copy_path(o_file_name, arg); break;
+    case 2: break;
+    default:
+      fprintf(stderr, "\n>>>> OPTIMIZER ERROR: Unexpected options: %s %s %s\n", i_file_name, o_file_name, arg);
+    }
+  }
+  return names;
+}
+
+void answer_questions() {
+  if (cmdline_options->isset(OPT_list_passes)) {
+    setup_passes(false);
+    list_passes(stderr);
+    exit(0);
+  }
+  if (cmdline_options->isset(OPT_toolversion)) {
+    print_toolversion(stdout);
+    exit(0);
+  }
+  if (cmdline_options->isset(OPT_help) || cmdline_options->isset(OPT_usage)) {
+    option_obj::print_help();
+    exit(0);
+  }
+}
+
+// One option_obj a stored set; the command line wins over what is stored.
+void build_option_sets() {
+  for (OPTION_SET* set : i_file->option_sets) icode_optionlist.push_back(*set);
+  const std::vector<std::string> from_command_line = cmdline_options->export_option_pairs();
+  if (icode_optionlist.empty()) {
+    all_option_sets.push_back(new option_obj(*cmdline_options));
+  } else {
+    all_option_sets.resize(icode_optionlist.size());
+    for (const OPTION_SET& set : icode_optionlist) {
+      if (set.number >= all_option_sets.size() || all_option_sets[set.number]) if_die(INVALID_RECORD);
+      auto* options = new option_obj;
+      all_option_sets[set.number] = options;
+      option_obj::next_arg = nullptr;
+      if (!cmdline_options->isset(OPT_ignore_stored_options))
+        for (const std::string& text : set.strings)
+          if (!text.empty()) options->process_option(text.c_str() + 1);
+      for (const std::string& text : from_command_line) options->process_option(text.c_str());
+    }
+  }
+  file_options = all_option_sets[0];
+}
+
+bool is_size_goal() {
+  switch (file_options->getnumarg(OPT_size_speed_goal, 0)) {
+  case GOAL_HIGH_RISK_SIZE: case GOAL_LOW_RISK_PERFORMANCE: case GOAL_LOW_RISK_SIZE:
+  case GOAL_MEDIUM_RISK_SIZE: return true;
+  default: return false;
+  }
+}
+
+void open_info_file() {
+  const bool debugging = file_options->isset(OPT_print_debug);
+  const long level = file_options->getnumarg(OPT_opt_level, 0);
+  const bool wanted = file_options->getnumarg(OPT_gen_opt_info, 0) > 0 &&
+                      (level == LEVEL_3 || level == LEVEL_4 || debugging);
+  if (!wanted) {
+    if (!debugging) file_options->clearopt(OPT_gen_opt_info);
+    return;
+  }
+  const char* given = file_options->getstrarg(OPT_opt_info_filename, 0);
+  const std::string path = given ? given : fn_delext(i_file_name) + ".nfo";
+  finfo = fopen(path.c_str(), "w");
+  if (!finfo) fail("\n>> Cannot Open Info File, %s : %s, Aborting\n", strerror(errno), path.c_str());
+  write_opt_info = static_cast<int>(file_options->getnumarg(OPT_gen_opt_info, 0));
+  print_toolversion(finfo);
+}
+
+void open_output() {
+  FILE* fp = fopen(o_file_name, "wb");
+  if (!fp) fail("\n>> Cannot Open Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
+  output_is_open = true;
+  o_file = I_FILE::if_create(fp, tp, i_file->source_name.c_str(), i_file->extra_word);
+  for (const OPTION_SET* set : i_file->option_sets) o_file->if_enter_option_set(*set);
+}
+
+void emit_cmd_line_text() {
+  static bool done;
+  if (done) return;
+  done = true;
+  std::string text = ";\t";
+  for (int k = 0; k < arg_count; k++) text += std::string(args[k]) + " ";
+  wrasmr(47, text.c_str(), nullptr);
+  for (const OPTION_SET& set : icode_optionlist) {
+    print_if_debug("Option set %d%s:\n", set.number, set.number == 0 ? " (file-level options)" : "");
+    for (const std::string& s : set.strings) print_if_debug("\t%s\n", s.c_str());
+  }
+}
+
+void open_files(int argc, char** argv) {
+  cmdline_options = new option_obj;
+  option_obj::executable_name = argv[0];
+  option_obj::next_arg = next_arg;
+  arg_count = argc;
+  args = argv;
+  set_abort_handler(end_failing_run);
+  if_death_hook = remove_output;
+  install_common_handlers(debug_signal_handler, end_after_signal);
+  const int names = walk_arguments();
+  answer_questions();
+  if (names == 0) fail("Usage: %s [-options] filename\n%s", argv[0], "");
+  if (names > 2) fail("\n>>>> OPTIMIZER ERROR: Garbage on command line\n\n%s%s", "", "");
+
+  FILE* in = fopen(i_file_name, "rb");
+  if (!in) fail("\n>> Cannot Open Input icode File, %s : %s, Aborting\n", strerror(errno), i_file_name);
+  i_file = I_FILE::if_open(in, opt_client());
+  if (!i_file) fail("\n>> Error when opening input icode file : %s, Aborting\n%s", i_file_name, "");
+  build_option_sets();
+  if (file_options->isset(OPT_option_dump)) {
+    file_options->dump();
+    exit(0);
+  }
+  reset_global_flags();
+  set_global_flags(file_options);
+  if (pass_debug_help)
+    for (const auto& [name, value] : register_option::get_state()) printf("%s=%d\n", name.c_str(), value);
+
+  tp = TYPE_PKG::init_type_pkg();
+  i_file->if_type_init(tp);
+  if (file_options->isset(OPT_print_debug) && file_options->getnumarg(OPT_gen_opt_info, 0) == 0)
+    file_options->setopt(OPT_gen_opt_info, 1);
+  if (is_size_goal()) fprintf(stderr, "\n\t*** Optimizing code size, not speed ***\n\n");
+  if (names == 1) {
+    const std::string path = fn_delext(i_file_name) + ".opt";
+    copy_path(o_file_name, path.c_str());
+  }
+  open_info_file();
+  if (file_options->isset(OPT_print_debug)) {
+    open_debug_file(1, nullptr, nullptr);
+    fdebug_ref = FDEBUG;
+    print_debug = static_cast<int>(file_options->getnumarg(OPT_print_debug, 0));
+  }
+  init_proc_integration();
+  open_output();
+  if (flags.volit_vars) {
+    const char* warning = "\n>>>> Warning: All non-auto lvalues are considered VOLATILE.\n\n";
+    print_if_debug("%s", warning);
+    fputs(warning, stderr);
+  }
+  emit_cmd_line_text();
+}
+
+void init_fileopts() {
+  static const int callers[] = {0, 1, 1, 0};
+  static const int writers[] = {0, 0, 1, 1};
+  if (opt_level() >= 3) {
+    const int mode = flags.program_mode;
+    const bool known = mode >= 0 && mode <= 3;
+    file_closed_to_callers = known ? callers[mode] : 1; // by default the unit is the whole program
+    file_closed_to_writers = known ? writers[mode] : 1;
+  } else {
+    flags.program_mode = 0;
+    file_closed_to_callers = file_closed_to_writers = 0;
+  }
+  no_outside_callers = file_closed_to_callers;
+  no_outside_writers = file_closed_to_writers;
+  file_funinfo = make_FUNINFO(" ? ");
+  currfuninfo = file_funinfo;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Closing
+
+// A write that failed leaves no output.
+void close_output() {
+  if (!o_file) return;
+  if (o_file->if_close(true, false) != 0) {
+    fprintf(stderr, "\n>> Cannot Write Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
+    remove_output();
+    _exit(1);
+  }
+  output_is_open = false;
+}
+
+void close_files() {
+  close_output();
+  i_file->if_close(false, true);
+  delete i_file;
+  delete o_file;
+  i_file = o_file = nullptr;
+  if (print_debug && FDEBUG) {
+    print_if_debug("\n== END OF DEBUG OUTPUT==\n");
+    fclose(FDEBUG);
+    FDEBUG = nullptr;
+  }
+  if (write_opt_info && finfo) {
+    print_info("\n== END OF INFO OUTPUT==\n");
+    fclose(finfo);
+    finfo = nullptr;
+  }
+}
+
+void time_report(clock_t start) {
+  FILE* to = print_debug ? FDEBUG : stderr;
+  const double total = static_cast<double>(clock() - start) / 1e6;
+  fprintf(to, "\nTime for whole compilation unit:  %.2f secs\n", total);
+  std::vector<FUNINFO*> timed;
+  double in_functions = 0;
+  for (SYMTAB* sym : functions) {
+    FUNINFO* fi = make_FUNINFO(sym);
+    in_functions += fi->time / 1e6;
+    if (fi->time > 0) timed.push_back(fi);
+  }
+  if (total - in_functions > 0) fprintf(to, "Non-function time:  %.2f secs\n", total - in_functions);
+  fprintf(to, "\n");
+  std::stable_sort(timed.begin(), timed.end(), [](const FUNINFO* a, const FUNINFO* b) { return a->time > b->time; });
+  for (const FUNINFO* fi : timed) fprintf(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
+}
+
+void release_everything() {
+  erase_all_FUNINFOs();
+  erase_all_symbols();
+  call_graph.clear();
+  for (option_obj* options : all_option_sets) delete options;
+  delete cmdline_options;
+  if (--TYPE_PKG::tp_count == 0) {
+    tp->delete_type_tree(TYPE_PKG::root_type, true, false);
+    delete tp;
+    tp = nullptr;
+  }
+}
+
+} // namespace
+
+const char* next_arg() { return next_arg_index < arg_count ? args[next_arg_index++] : nullptr; }
+
+const char* isa_and_tool_name() { return "Ulm200 C/C++ Optimizer"; }
+
+void open_debug_file(int fatal, const char* name, const char* mode) {
+  if (!name && FDEBUG) return;
+  std::string path = fn_delext(i_file_name);
+  if (name) path += std::string(".") + name;
+  path.resize(std::min<size_t>(path.size(), 250));
+  path += ".odb";
+  if (FDEBUG) print_if_debug(">>>> SWITCHING LOG TO %s\n", path.c_str());
+  if (FILE* fp = fopen(path.c_str(), mode ? mode : "w")) {
+    FDEBUG = fp;
+    return;
+  }
+  fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno), path.c_str());
+  if (fatal) exit(1);
+  if (!FDEBUG) FDEBUG = stderr;
+}
+
+void prbbinfix() {
+  if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees)) return;
+  for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    print_if_debug("\n%s:", bb->str().c_str());
+    for (const EDGE* e = bb->successors; e; e = e->rest) print_if_debug(" ->%s", e->first->str().c_str());
+    print_if_debug("\n");
+    for (const LIST* s = bb->statements; s; s = s->next) print_if_debug("  %s\n", tree_text(s->tree).c_str());
+  }
+}
+
+int run_compilation(int argc, char** argv) {
+  open_files(argc, argv);
+  init_opcode_tables();
+  init_target();
+  TYPE_PKG::cpu_version = cpu_version;
+  init_symbols();
+  init_fileopts();
+  init_BIF_descriptors();
+  setup_passes(true);
+  if (pass_debug_parser) {
+    close_files();
+    return 0;
+  }
+  const bool timed = print_debug || pass_enable_time_stats;
+  const clock_t start = timed ? clock() : 0;
+  choose_thread_count();
+  i_file->if_read_file();
+  o_file->if_copy_symbols(i_file);
+  if (functions.empty()) analyze_global_symbols();
+  else run_all_steps();
+  currfunc = nullptr;
+  currfuninfo = file_funinfo;
+  finish_global_symbols();
+  interned_stats();
+  type_cache_stats();
+  if (timed) time_report(start);
+  close_files();
+  release_everything();
+  return 0;
+}

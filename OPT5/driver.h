@@ -1,0 +1,20 @@
+// The life of a run: options, files, reading, steps, output, report.
+#pragma once
+
+class SYMTAB;
+
+extern char i_file_name[512];
+extern char o_file_name[512];
+extern SYMTAB* currfunc_at_abort; // function to name when a crash came from another thread
+extern int file_closed_to_callers, file_closed_to_writers; // for the threads' own copies
+
+// main's body. Never returns on failure.
+int run_compilation(int argc, char** argv);
+// Next process argument, or null when none is left.
+const char* next_arg();
+// Opens the input's name, less its extension, plus "." and `name` if any, plus ".odb", as this
+// thread's FDEBUG. `mode` null is "w". With `fatal` a failure ends the run.
+void open_debug_file(int fatal, const char* name, const char* mode);
+const char* isa_and_tool_name();
+// The graph of the current function on FDEBUG, as far as the debug switches ask for it.
+void prbbinfix();

@@ -1,0 +1,301 @@
+// The step table. Somebody who reads only this file knows the road of a function.
+//
+// A step is a gate and an action. A gate that fails makes the step do nothing; it stays in the list.
+
+#include "OPT5/passes.h"
+
+#include "OPT5/driver.h"
+#include "OPT5/fcp.h"
+#include "OPT5/deadasg.h"
+#include "OPT5/fileopt.h"
+#include "OPT5/loop.h"
+#include "OPT5/opt_client.h"
+#include "OPT5/scope.h"
+#include "OPT5/settings.h"
+#include "OPT5/simpcfg.h"
+#include "OPT5/streams.h"
+#include "OPT5/target.h"
+#include "OPT5/write.h"
+#include "options/option_obj.h"
+#include "options/register_option.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <sstream>
+
+serial_namespace<pass, pass_manager> global_pass_manager;
+std::vector<pass*> normal_order;
+std::vector<pass*> permuted_order;
+
+pass::pass(const char* name, void (*callback)())
+    : serial_object(global_pass_manager), step_name(name), fn(callback) {}
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// Gates
+
+bool always() { return true; }
+bool level_1() { return opt_level() > 0; }
+bool level_2() { return opt_level() >= 2; }
+bool level_2_blocks() { return level_2() && currfuninfo->bb_count >= 2; }
+bool level_2_blocks_vrx200() { return level_2_blocks() && cpu_version == CPU_VRX200; }
+bool level_2_cd_ok() { return level_2() && currfuninfo->cd_ok; }
+bool level_2_fusion() { return level_2() && pass_enable_loop_fusion; }
+bool ip_mvp() { return do_IP_MVP; }
+bool level_2_int_mvp() { return level_2() && do_int_MVP; }
+bool stack_sharing_wanted() {
+  // The low bit of fpu64's value tells it from the others.
+  const long fpu = file_options ? file_options->getnumarg(OPT_float_support, 0) : 0;
+  return level_1() || (fpu | 1) != 11;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Actions
+
+void nothing() {}
+
+void pass_1_fcp_eda() {
+  fast_CP(4, 0);
+  elim_dead_assigns(0, 0);
+}
+void fast_CP_4_0() { fast_CP(4, 0); }
+void fast_CP_4_1() { fast_CP(4, 1); }
+void fast_CP_0_1() { fast_CP(0, 1); }
+
+void pass_2_header() {
+  if (finfo) fflush(finfo);
+  if (!print_debug) return;
+  flush_debug();
+  printf("%s Pass 2\n", isa_and_tool_name());
+}
+
+// Functions in the reverse order of the call graph's nodes; one that need not be emitted is left out.
+void set_call_graph_order() {
+  if (call_graph.empty()) set_up_and_build_call_graph();
+  functions.clear();
+  for (FUNINFO* fi : call_graph) {
+    const unsigned properties = fi->properties();
+    if (properties & FP_OUT_OF_ORDER) continue;
+    if ((properties & FP_SUPPRESSED) && !(properties & FP_MUST_KEEP)) continue;
+    functions.push_front(fi->symbol);
+  }
+}
+
+void pass_2_inits() {
+  if (print_debug && FDEBUG) {
+    if (currfuninfo->scope) currfuninfo->scope->print(true, FDEBUG, 0, true);
+    else print_if_debug("<<NULL SCOPE>>\n");
+  }
+  if (currfuninfo->scope) currfuninfo->scope->validate();
+  disguise_vector_operations();
+  disclose_vector_operations(false);
+  disguise_vector_operations();
+  sym_split(currfuninfo);
+  simpcfg(false, false);
+}
+
+void disclose_vectors() { disclose_vector_operations(false); }
+
+void value_propagation_for_SIMD() {
+  simpcfg(false, false);
+  rebuildcfg();
+  simpcfg(false, false);
+}
+
+enum KIND { PASS, BARRIER };
+
+struct STEP_ROW {
+  const char* name;
+  KIND kind;
+  void (*fn)();
+};
+
+// A step's callback: the action behind its gate.
+template <bool (*GATE)(), void (*ACTION)()> void step() {
+  if (GATE()) ACTION();
+}
+
+// Steps 0 to 29.
+const STEP_ROW early_steps[] = {
+    {"pass 1 fcp/eda", PASS, step<level_2, pass_1_fcp_eda>},
+    {"pass 1 fast_CP(4,0)", PASS, step<always, fast_CP_4_0>},
+    {"value propagation for pass 1", PASS, step<level_2, nothing>},
+    {"analyze globals", BARRIER, step<always, analyze_global_symbols>},
+    {"detect_recursion", BARRIER, step<always, nothing>},
+    {"do_interprocedural_propagation", BARRIER, step<always, nothing>},
+    {"auto_inline_call_sites", BARRIER, step<always, nothing>},
+    {"dump_call_graph_debug", BARRIER, step<always, nothing>},
+    {"collect_clustered_symbols", BARRIER, step<always, nothing>},
+    {"pass 2 header", BARRIER, step<always, pass_2_header>},
+    {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
+    {"pass 2 inits", PASS, step<always, pass_2_inits>},
+    {"stack sharing", PASS, step<stack_sharing_wanted, nothing>},
+    {"CPS", PASS, step<always, nothing>},
+    {"early LIR", PASS, step<always, nothing>},
+    {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
+    {"MVP global assertions", PASS, step<ip_mvp, nothing>},
+    {"intraprocedural MVP", PASS, step<level_2_int_mvp, nothing>},
+    {"value propagation for SIMD", PASS, step<level_2_cd_ok, value_propagation_for_SIMD>},
+    {"explode auto structs", PASS, step<level_2, nothing>},
+    {"non-DD clone SSA NASSERTs", PASS, step<level_2, nothing>},
+    {"non-DD SSA CP", PASS, step<level_2, nothing>},
+    {"non-DD SSA EDA", PASS, step<level_2, nothing>},
+    {"SSA RP with benign loads", PASS, step<level_2, nothing>},
+    {"expand bitfields", PASS, step<always, nothing>},
+    {"fast_CP(0,1)", PASS, step<always, fast_CP_0_1>},
+    {"add profile loop annotations", PASS, step<always, nothing>},
+    {"Disclose Vectors 1", PASS, step<always, disclose_vectors>},
+    {"CD vectorizations", PASS, step<always, nothing>},
+    {"Disguise Vectors 1", PASS, step<always, disguise_vector_operations>},
+};
+
+// Steps 30 to 62: the loop-nest block.
+const STEP_ROW dd_steps[] = {
+    {"forward_substitution", PASS, step<level_2, nothing>},
+    {"SSA_hoist", PASS, step<level_2, nothing>},
+    {"SSA_NASSERTs", PASS, step<level_2, nothing>},
+    {"SSA_propagate", PASS, step<level_2, nothing>},
+    {"SSA_deadasg", PASS, step<level_2, nothing>},
+    {"SSA_reg_promote", PASS, step<level_2, nothing>},
+    {"loop_assertions", PASS, step<level_2, nothing>},
+    {"sink_unused_definitions", PASS, step<level_2, nothing>},
+    {"undeltafy", PASS, step<level_2, nothing>},
+    {"add_downcounters", PASS, step<level_2, nothing>},
+    {"collapse_loops", PASS, step<level_2, nothing>},
+    {"circular_addressing", PASS, step<level_2, nothing>},
+    {"loop_if_interchange", PASS, step<level_2, nothing>},
+    {"cd_unroll_by_request", PASS, step<level_2, nothing>},
+    {"DMAC_conversion", PASS, step<level_2, nothing>},
+    {"cd_unroll_completely_for_speed", PASS, step<level_2, nothing>},
+    {"unroll_completely_for_SP", PASS, step<always, nothing>},
+    {"unroll_and_jam", PASS, step<level_2, nothing>},
+    {"loop fusion", PASS, step<level_2_fusion, nothing>},
+    {"runtime_alias_predication", PASS, step<always, nothing>},
+    {"peel_and_unroll", PASS, step<always, nothing>},
+    {"cd_unroll_for_speed", PASS, step<level_2, nothing>},
+    {"PT_info", PASS, step<level_2, nothing>},
+    {"explode_arrays", PASS, step<level_2, nothing>},
+    {"unroll_for_SP", PASS, step<level_2, nothing>},
+    {"simplify_useless_loop_clones", PASS, step<always, nothing>},
+    {"alias_advice", PASS, step<level_2, nothing>},
+    {"reduction_interleaving", PASS, step<level_2, nothing>},
+    {"value_propagation", PASS, step<level_2, nothing>},
+    {"DIVs_by_ICONs", PASS, step<always, nothing>},
+    {"SSA_propagate_vector", PASS, step<level_2, nothing>},
+    {"SSA_deadasg", PASS, step<level_2, nothing>},
+    {"SSA_reg_promote_with_simpcfg", PASS, step<level_2, nothing>},
+};
+
+// Steps 63 to 84.
+const STEP_ROW late_steps[] = {
+    {"CD ILP", PASS, step<always, nothing>},
+    {"late fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
+    {"Disclose Vectors 2", PASS, step<always, disclose_vectors>},
+    {"global CP", PASS, step<level_2_blocks, nothing>},
+    {"late points-to", PASS, step<level_2_blocks, nothing>},
+    {"global CSE", PASS, step<level_2_blocks, nothing>},
+    {"Ulm200 rotate loops", PASS, step<level_2_blocks_vrx200, nothing>},
+    {"late rename symbols", PASS, step<level_2_blocks, nothing>},
+    {"merge symbols", PASS, step<level_2_blocks, nothing>},
+    {"DD restructuring", PASS, step<level_2, nothing>},
+    {"expand cluster refs", PASS, step<always, nothing>},
+    {"Boolean vector conversion", PASS, step<always, nothing>},
+    {"CSU returning temp", PASS, step<always, nothing>},
+    {"superblocks", PASS, step<level_1, nothing>},
+    {"subrange", PASS, step<level_1, nothing>},
+    {"lcp", PASS, step<level_1, nothing>},
+    {"sti-to-cinit", PASS, step<level_2, nothing>},
+    {"lcse", PASS, step<level_1, nothing>},
+    {"propagate increments", PASS, step<level_1, nothing>},
+    {"Vector predicate optimization", PASS, step<always, nothing>},
+    {"Disguise Vectors 2", PASS, step<always, disguise_vector_operations>},
+    {"late LIR", PASS, step<always, nothing>},
+};
+
+template <size_t N> void append_steps(const STEP_ROW (&rows)[N], std::vector<pass*>& order) {
+  for (const STEP_ROW& row : rows)
+    order.push_back(row.kind == BARRIER ? new barrier_pass(row.name, row.fn) : new pass(row.name, row.fn));
+}
+
+// ---------------------------------------------------------------------------------------------
+// The run order
+
+// A permutation of 0 .. n-1, built inside out. Barriers move like all others, on purpose: the random
+// order exists to shake out hidden dependencies among steps.
+std::vector<int> random_order(int n) {
+  srand(static_cast<unsigned>(time(nullptr) + clock()));
+  std::vector<int> order(n);
+  for (int i = 1; i < n; i++) {
+    int j = static_cast<int>((i + 1) * (rand() * 0x1p-31));
+    order[i] = order[j];
+    order[j] = i;
+  }
+  return order;
+}
+
+std::vector<int> numbers_in(std::string text) {
+  for (char& c : text)
+    if (c == ',') c = ' ';
+  std::vector<int> order;
+  std::istringstream in(text);
+  for (int k; in >> k;) order.push_back(k);
+  return order;
+}
+
+void choose_run_order() {
+  const char* text = file_options ? file_options->getstrarg(OPT_opt_passes, 0) : nullptr;
+  const char* source = "command-line option";
+  if (!text) {
+    text = getenv("FORCED_OPT_PASSES");
+    source = "environment variable";
+  }
+  if (!text) {
+    print_if_debug("Pass list is normal order.\n");
+    permuted_order = normal_order;
+    return;
+  }
+  const bool random = strcmp(text, "random") == 0;
+  const int n = static_cast<int>(normal_order.size());
+  const std::vector<int> order = random ? random_order(n) : numbers_in(text);
+  for (int k : order) {
+    if (k < 0 || k >= n) {
+      // Whoever forces an order answers for it, but not with a wild pointer.
+      fprintf(stderr, "\n>>>> OPTIMIZER ERROR: no step %d in the pass list\n", k);
+      if (if_death_hook) if_death_hook();
+      exit(1);
+    }
+    permuted_order.push_back(normal_order[k]);
+  }
+  print_if_debug("Pass list, from %s, is%s: ", source, random ? " (random)" : "");
+  for (int k : order) print_if_debug(" %d", k);
+  if (order.empty()) print_if_debug("<empty>");
+  print_if_debug("\n\n");
+}
+
+} // namespace
+
+std::vector<pass*>& add_dd_normal_order_passes(std::vector<pass*>& order) {
+  append_steps(dd_steps, order);
+  return order;
+}
+
+void setup_passes(bool use_forced_order) {
+  global_pass_manager.clear();
+  normal_order.clear();
+  permuted_order.clear();
+  append_steps(early_steps, normal_order);
+  add_dd_normal_order_passes(normal_order);
+  append_steps(late_steps, normal_order);
+  if (use_forced_order) choose_run_order();
+  else permuted_order = normal_order;
+  if (pass_debug_list_passes && FDEBUG) list_passes(FDEBUG);
+}
+
+void list_passes(FILE* to) {
+  for (const pass* p : permuted_order)
+    fprintf(to, "%2d:  %s\n", static_cast<int>(p->serial()), p->name().c_str());
+}
+
+pass* make_output_pass() { return new pass("output function", output_function); }

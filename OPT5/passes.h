@@ -1,0 +1,58 @@
+// The steps of a compilation: a fixed table, and the list that is really run.
+#pragma once
+
+#include "OPT5/serial.h"
+#include "OPT5/symbol.h"
+
+#include <cstdio>
+#include <list>
+#include <map>
+#include <string>
+#include <vector>
+
+class pass;
+class pass_manager;
+extern serial_namespace<pass, pass_manager> global_pass_manager;
+
+// A step: runs once for each function, on the current one.
+class pass : public serial_object<pass, pass_manager> {
+public:
+  pass(const char* name, void (*fn)());
+  virtual bool is_barrier() const { return false; }
+  const std::string& name() const { return step_name; }
+  void run();
+
+private:
+  std::string step_name;
+  void (*fn)();
+};
+
+// A step that runs once for the whole unit, after every function has arrived at it.
+class barrier_pass : public pass {
+public:
+  using pass::pass;
+  bool is_barrier() const override { return true; }
+};
+
+extern std::vector<pass*> normal_order;   // every step in table order
+extern std::vector<pass*> permuted_order; // what is run
+extern std::map<SYMTAB*, std::list<pass*>> steps_table; // what is still to be run, by function
+extern std::vector<SYMTAB*> unsuppressed_functions;
+extern int max_threads; // 0 is serial
+
+// Builds both orders. With use_forced_order the option or the environment may choose the second.
+void setup_passes(bool use_forced_order);
+std::vector<pass*>& add_dd_normal_order_passes(std::vector<pass*>& order);
+void list_passes(FILE* to);
+// A step object outside the table.
+pass* make_output_pass();
+
+// The function turns out to be needed although it was suppressed: it is scheduled again.
+class FUNINFO;
+void unsuppress_inline_function(FUNINFO* fi);
+
+// Runs a function's list up to the next barrier.
+void run_steps(SYMTAB* sym, std::list<pass*>& steps);
+// Fills the lists and runs them, in parallel where asked, up to and including the output steps.
+void run_all_steps();
+void choose_thread_count();

@@ -1,0 +1,445 @@
+#include "OPT5/write.h"
+
+#include "DIAG/abort.h"
+#include "OPT5/ddmain.h"
+#include "OPT5/deadasg.h"
+#include "OPT5/funinfo.h"
+#include "OPT5/lateprep.h"
+#include "OPT5/optables.h"
+#include "OPT5/settings.h"
+#include "OPT5/simp1.h"
+#include "OPT5/simpcfg.h"
+#include "OPT5/streams.h"
+#include "OPT5/target.h"
+#include "OPT5/types.h"
+#include "OPT5/verify.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_set>
+
+I_FILE* i_file;
+I_FILE* o_file;
+
+// ---------------------------------------------------------------------------------------------
+// Records with their line in the debug log
+
+static void log_control(const char* mnemonic, int tag, PSN* psn) {
+  print_if_debug("%s\t%d\t%ld\t\t\t;%s\n", mnemonic, tag, psn ? static_cast<long>(psn->line) : 0L,
+                 mnemonic);
+}
+
+void wrstcr(int tag, PSN* psn) { o_file->if_write_control(tag, psn); }
+
+void wrasmr(int code, const char* text, PSN* psn) {
+  print_if_debug("%s\n", text);
+  (void)code; // comments and instructions are one record
+  o_file->if_write_assembly(text, psn);
+}
+
+void wrbdlr(LBL* label) {
+  print_if_debug("L%d:\n", label->number);
+  o_file->if_write_label(static_cast<unsigned>(label->number));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Trees
+
+static void check_before_writing(const NODE* tree) {
+  walk_preorder(tree, [](const NODE* p) {
+    if (p->op >= FIRST_MEMORY_OP || !if_node_info[p->op].name) {
+      const char* name = p->op < OPCODE_COUNT && node_operator_name[p->op] ? node_operator_name[p->op] : "?";
+      print_if_debug("\n\n   !!! Error in 'wrtree', opcode=%d %s !!!\n", p->op, name);
+      fprintf(stderr, "\n\n   !!! Error in 'wrtree', opcode=%d %s !!!\n", p->op, name);
+      abort_optimizer();
+    }
+    if (p->op == CALL || p->op == UCALL) {
+      const SYMTAB* callee = get_callee_for_call(p);
+      const FUNC_PARTS* parts = callee ? callee->type->func_parts() : nullptr;
+      if (parts && parts->is_prototyped && !parts->is_variadic) {
+        const size_t n_args = arg_list_count(p->right), n_params = parts->params.size();
+        CHECK(n_args == n_params);
+      }
+    }
+    const bool lane_wise = p->op >= PLUS && p->op <= XORBASG && p->right && p->op != UMULT;
+    if (lane_wise && p->type->is_vector()) CHECK(p->type->is_vector() && p->left->type->is_vector());
+    return true;
+  });
+}
+
+void wrtree(NODE* tree) {
+  check_before_writing(tree);
+  o_file->if_write_expr_node(tree);
+}
+
+void wrexpr(LIST* stmt) {
+  NODE* tree = stmt->tree;
+  switch (tree->op) {
+  case ASM:
+    if (tree->node_flags[NF_COMMENT]) o_file->if_write_comment(tree->text);
+    else wrasmr(36, tree->text, stmt->psn);
+    return;
+  case PPRAGMA:
+    print_if_debug("%c[Pragma] %d %d", '^', tree->pragma->kind,
+                   static_cast<int>(tree->pragma->args.size()));
+    for (const std::string& arg : tree->pragma->args) print_if_debug(" %s", arg.c_str());
+    print_if_debug("\n");
+    o_file->if_write_pragma(tree->pragma);
+    return;
+  default:
+    o_file->if_write_expr(nullptr, stmt->psn);
+    stmt->tree = insert_mandatory_casts(tree);
+    if (print_debug) print_if_debug("\t%s\n", tree_text(stmt->tree).c_str());
+    wrtree(stmt->tree);
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Blocks
+
+// IF(c, (T, F)) --> CBRANCH(c, T), and BRANCH F unless F comes next; with T next, the inverse
+static LIST* lower_IF(NODE* tree, const BBLK* next, PSN* psn) {
+  NODE* pair = tree->right;
+  NODE* if_true = pair->left;
+  NODE* if_false = pair->right;
+  pair->left = pair->right = nullptr;
+  erase_node(pair);
+  if (if_true->label->bb == next && if_false->label->bb != next) {
+    std::swap(if_true, if_false);
+    NODE* cond = tree->left;
+    if (boolean_inv[cond->op] != ILLOP) {
+      cond->op = boolean_inv[cond->op];
+    } else if (cond->op == EXCLAIM) {
+      tree->left = cond->left;
+      cond->left = nullptr;
+      erase_node(cond);
+    } else {
+      tree->left = mk_EXCLAIM(cond);
+    }
+  }
+  tree->op = CBRANCH;
+  tree->right = if_true;
+  if (if_false->label->bb == next) {
+    erase_tree(if_false);
+    return nullptr;
+  }
+  return mkelist(maketree(BRANCH, if_false, nullptr, tp->mk_void(), tree->ls), nullptr, psn);
+}
+
+// Control statements of memory become those of a file, for the present order of blocks.
+static void lower_control_statements() {
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    LIST** place = &bb->statements;
+    bool returned = false;
+    for (; *place && (*place)->next; place = &(*place)->next) returned = (*place)->tree->op == RETURN;
+    LIST* last = *place;
+    if (!last) continue;
+    NODE* tree = last->tree;
+    if (tree->op == IF) {
+      last->next = lower_IF(tree, bb->dflink, last->psn);
+    } else if (tree->op == BRANCH && (returned || tree->left->label->bb == bb->dflink)) {
+      *place = nullptr;
+      erase_tree_list(last);
+    }
+  }
+}
+
+static bool falls_through(const BBLK* bb) {
+  const LIST* last = bb->last_statement();
+  return !last || (last->tree->op != BRANCH && last->tree->op != RETURN && last->tree->op != URETURN &&
+                   last->tree->op != SWITCH);
+}
+
+static void log_block(const BBLK* bb) {
+  if (!print_debug) return;
+  print_if_debug("\n++++(WRBBLOCKS): START NEXT BB, UON=%d, DFN=%d\n", bb->uon, bb->dfn);
+  if (bb->label)
+    print_if_debug("\tLABEL, INDEX=%d, REFCOUNT=%d, NAME=<NONE>\n", bb->label->number, bb->label->refcount);
+  print_if_debug("\tPREDECESSORS = ( ");
+  for (const EDGE* e = bb->predecessors; e; e = e->rest) print_if_debug("%d ", e->first->dfn);
+  print_if_debug(")\n\tSUCCESSORS =   ( ");
+  for (const EDGE* e = bb->successors; e; e = e->rest) print_if_debug("%d ", e->first->dfn);
+  print_if_debug(")\n\tLOOP DEPTH = %d\n", 0);
+}
+
+static NODE* last_rewrites(NODE* tree) {
+  if (tree->op == CBRANCH) {
+    tree->left = simp_for_control(simp_node(make_boolean(tree->left), nullptr));
+    tree = revert_CBRANCH_with_builtin_expect(tree);
+  }
+  return tree;
+}
+
+void wrbblocks() {
+  initialize_CFG_profiling_annotation(1, 1);
+  lower_control_statements();
+  renumber_bblocks();
+  const BBLK* previous = nullptr;
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    const bool referenced = bb->label && bb->label->refcount > 0;
+    const bool reachable = !previous || referenced || falls_through(previous);
+    if (reachable) {
+      log_block(bb);
+      if (referenced) wrbdlr(bb->label);
+      for (LIST* s = bb->statements; s; s = s->next) {
+        s->tree = last_rewrites(s->tree);
+        wrexpr(s);
+      }
+      previous = bb;
+    }
+  }
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    erase_tree_list(bb->statements);
+    bb->statements = nullptr;
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Exception tables
+
+static void mark_entry_and_surroundings(const std::vector<EHT_ITEM>& eht, unsigned id,
+                                        std::vector<bool>& kept) {
+  while (id < eht.size() && !kept[id]) {
+    kept[id] = true;
+    id = eht[id].region;
+  }
+}
+
+// An end of a clean-up that no statement stands under goes; the others get dense ids.
+static void write_exception_table(FUNINFO* fi) {
+  std::vector<EHT_ITEM>& eht = fi->eht;
+  if (eht.empty()) return;
+  std::vector<bool> kept(eht.size());
+  auto each_call = [&](auto&& action) {
+    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+      for (LIST* s = bb->statements; s; s = s->next)
+        walk_postorder(s->tree, [&](NODE*& node) {
+          if (node->op == CALL || node->op == UCALL) action(node);
+        });
+  };
+  each_call([&](NODE* call) { mark_entry_and_surroundings(eht, call->eh_entry, kept); });
+  for (unsigned i = 0; i < eht.size(); i++)
+    if (eht[i].kind != EHK_CLEANUP_END) mark_entry_and_surroundings(eht, i, kept);
+
+  std::vector<unsigned> new_ids(eht.size());
+  std::vector<EHT_ENTRY> out;
+  for (unsigned i = 0; i < eht.size(); i++) {
+    CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
+    if (!kept[i]) continue;
+    new_ids[i] = static_cast<unsigned>(out.size());
+    out.push_back({new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
+  }
+  for (EHT_ENTRY& entry : out) entry.region = new_ids[entry.region];
+  each_call([&](NODE* call) {
+    if (call->eh_entry == 0 || call->eh_entry >= eht.size()) return;
+    CHECK(new_ids[eht[call->eh_entry].id] != 0);
+    call->eh_entry = new_ids[call->eh_entry];
+  });
+  o_file->if_write_func_eht(out.data(), static_cast<unsigned>(out.size()));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Functions
+
+void write_func_header() {
+  FUNINFO* fi = currfuninfo;
+  for (const std::string& comment : fi->header_comments) o_file->if_write_comment(comment.c_str());
+  log_control("I_BF", TAG_BEGIN_FUNC, fi->begin_psn);
+  o_file->if_write_begin_func(fi->symbol, fi->begin_psn);
+}
+
+static void write_local(SYMTAB* sym) {
+  revert_symbol_type(sym);
+  o_file->if_enter_local(sym);
+  o_file->if_write_symbol(sym);
+}
+
+void write_func_body() {
+  FUNINFO* fi = currfuninfo;
+  std::vector<SYMTAB*> params;
+  for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
+    if (sym->level == 1 && sym->in_interface) params.push_back(sym);
+  std::sort(params.begin(), params.end(),
+            [](const SYMTAB* a, const SYMTAB* b) { return a->serial < b->serial; });
+  for (SYMTAB* sym : params) write_local(sym);
+  log_control("I_EA", TAG_END_ARGS, fi->end_args_psn);
+  o_file->if_write_end_args(fi->end_args_psn);
+
+  for (SYMTAB* list : {fi->reg_candidates, fi->inlined_params, fi->incoming})
+    for (SYMTAB* sym = list; sym; sym = sym->next) {
+      CHECK(sym->level == 2);
+      write_local(sym);
+    }
+  for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
+    if (sym->level == 2) write_local(sym);
+  log_control("I_EL", TAG_END_LOCALS, fi->end_locals_psn);
+  wrstcr(TAG_END_LOCALS, fi->end_locals_psn);
+
+  if (fi->is_leaf) {
+    print_if_debug("\n%c\t'L':\t%s is a leaf function.\n", '@', fi->name.c_str());
+    o_file->if_write_func_info('L');
+  }
+  finalize_ldspec_advice();
+  write_exception_table(fi);
+  wrbblocks();
+  log_control("I_EF", TAG_END_FUNC, fi->end_psn);
+  o_file->if_write_end_func(fi->end_psn);
+}
+
+static bool sym_appears_in_EHT(const SYMTAB* sym, const FUNINFO* fi) {
+  for (const EHT_ITEM& item : fi->eht)
+    if (item.cleanup && sym_appears_in_tree(sym, item.cleanup)) return true;
+  return false;
+}
+
+// Locals of the general list that no statement names.
+static void drop_unused_locals(FUNINFO* fi) {
+  for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
+    if (sym->level == 2) sym->set_bitnum(0);
+  for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+    for (const LIST* s = bb->statements; s; s = s->next)
+      walk_preorder(s->tree, [](const NODE* node) {
+        if (node->op == NAME && node->u.sym && node->u.sym->level == 2) node->u.sym->inc_bitnum();
+        return true;
+      });
+  for (SYMTAB** place = &fi->symbols; *place;) {
+    SYMTAB* sym = *place;
+    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, fi)) {
+      *place = sym->next;
+      sym->next = nullptr;
+    } else {
+      place = &sym->next;
+    }
+  }
+}
+
+// MCALL(name, (args, state)) --> MCALL(name, args);  MCALL(name, state) --> UMCALL(name)
+static void drop_implicit_state(NODE*& node) {
+  if (node->op != MCALL) return;
+  NODE* args = node->left;
+  if (is_mcall_implicit_state(args)) {
+    erase_tree(args);
+    node->left = nullptr;
+    node->op = UMCALL;
+  } else if (args->op == COMMA && is_mcall_implicit_state(args->right)) {
+    node->left = args->left;
+    args->left = nullptr;
+    erase_tree(args);
+  }
+}
+
+void output_function() {
+  FUNINFO* fi = currfuninfo;
+  drop_unused_locals(fi);
+  combine_asgs_to_memory();
+  optimize_SWITCH_cases();
+  init_reg_defs();
+  allocate_regs();
+  elim_dead_assigns(0, 0);
+  if (!fi->has_property(FP_SUPPRESSED)) {
+    write_func_header();
+    fold_ANDBASGs();
+    do_dd_analysis_for_be();
+    simpcfg(true, false);
+    rotate_loops();
+    straighten_traces_in_cfg();
+    disclose_vector_operations(false);
+    disclose_floating_point_operations();
+    unsimplify();
+    disguise_vector_operations();
+    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+      for (LIST* s = bb->statements; s; s = s->next) walk_postorder(s->tree, drop_implicit_state);
+    finalize_dd_edges();
+    disclose_vector_operations(false);
+    write_func_body();
+  }
+  erase_all();
+  currfuninfo = file_funinfo;
+  currfunc = nullptr;
+  restore_global_flags();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Global symbols
+
+static constexpr unsigned KEEP_VISIBLE =
+    FP_OUT_OF_ORDER | FP_MAIN | FP_VISIBLE_1000 | FP_VISIBLE_2000 | FP_VISIBLE_200;
+
+static void decide_linkage(SYMTAB* sym) {
+  if (sym->type_changed) sym->sclass = sym->sclass == SC_EXTERN ? SC_EXTERN_TYPE_CHANGED : SC_TYPE_CHANGED;
+  revert_symbol_type(sym);
+  if (sym->wants_J_pragma) {
+    auto* pragma = new PRAGMA;
+    pragma->kind = 'J';
+    pragma->next = sym->pragmas;
+    sym->pragmas = pragma;
+  }
+  if (sym->sclass != SC_EXTERN && sym->sclass != SC_STATIC) return;
+  const bool is_function = sym->type->is_func();
+  const bool is_static = sym->sclass == SC_STATIC;
+  const bool hidden_ok = is_function ? no_outside_callers || is_static : is_static && no_outside_writers;
+  if (sym->policy == I_SYMTAB::ALWAYS || (sym->policy == I_SYMTAB::DEFAULT_C && !hidden_ok)) return;
+  if (is_function) {
+    FUNINFO* fi = find_FUNINFO(sym);
+    if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE)) sym->policy = I_SYMTAB::NEVER;
+  } else if (!(sym->cqual & CQ_TOP)) {
+    sym->policy = I_SYMTAB::NEVER;
+  }
+}
+
+static void log_global(const SYMTAB* sym) {
+  static const char* const policies[] = {"DEFAULT_C", "ALWAYS", "EXTERNAL", "NEVER"};
+  print_if_debug("%c   %-11.32s %2lu\t%4d   %2d  %#6x  %2u %-16s %13s", '#', sym->name, sym->size,
+                 sym->value, sym->sym_class(), sym->cqual, sym->align, sym->type->str().c_str(),
+                 sym->policy < 4 ? policies[sym->policy] : "?");
+  print_if_debug("\t; (%d,%d)\n", static_cast<int>(sym->serial), sym->use_count);
+}
+
+static void log_pragma(const PRAGMA* p) {
+  const char* arg = p->args.empty() ? "" : p->args[0].c_str();
+  switch (p->kind) {
+  case '1': print_if_debug("\t  Symbol pragma: SOURCE LANGUAGE = '%s'\n", arg); break;
+  case '3': print_if_debug("\t  Symbol pragma: SYMBOL IS LOCAL STATIC OF %s()\n", arg); break;
+  case '7': print_if_debug("\t  Symbol pragma: TRANSLATION UNIT ID #%s\n", arg); break;
+  case ':': print_if_debug("\t  Symbol pragma: SYMBOL IS CLASS MEMBER\n"); break;
+  case 'E': print_if_debug("\t  Symbol pragma: COMDAT GROUP %s\n", arg); break;
+  case 'G':
+    print_if_debug("\t  Symbol pragma: SYMBOL IS %s\n", strcmp(arg, "C") == 0   ? "CONSTRUCTOR"
+                                                       : strcmp(arg, "D") == 0 ? "DESTRUCTOR"
+                                                                               : "CONSTRUCTOR/DESTRUCTOR");
+    break;
+  case 'K':
+    print_if_debug("\t  Symbol pragma: EXCEPTION SPEC: (");
+    for (const std::string& a : p->args) print_if_debug(" %s", a.c_str());
+    print_if_debug(" )\n");
+    break;
+  case 'N': print_if_debug("\t  Symbol pragma: SYMBOL IS FUNCTION SYNONYM of %s\n", arg); break;
+  case 'Q': print_if_debug("\t  Symbol pragma: FUNC_RET_BY_CCTOR\n"); break;
+  case 'X': print_if_debug("\t  Symbol pragma: FUNCTION ALWAYS INLINE\n"); break;
+  default:
+    print_if_debug("\t  Symbol pragma #%d has %d arguments:", p->kind, static_cast<int>(p->args.size()));
+    for (const std::string& a : p->args) print_if_debug(" %s", a.c_str());
+    print_if_debug("\n");
+  }
+}
+
+void finish_global_symbols() {
+  for (SYMTAB* sym = global_symbols; sym; sym = sym->next) decide_linkage(sym);
+  bool first = true;
+  for (SYMTAB* sym = global_symbols; sym; sym = sym->next) {
+    if (first)
+      print_if_debug("\n\f\nGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
+                     "policy;\n");
+    first = false;
+    if (print_debug) log_global(sym);
+    if (!sym->init_list.empty()) {
+      o_file->if_write_init(sym);
+      for (NODE*& tree : sym->init_list) {
+        tree = insert_mandatory_casts(tree);
+        wrtree(tree);
+      }
+    }
+    if (print_debug)
+      for (const PRAGMA* p = sym->pragmas; p; p = p->next) log_pragma(p);
+  }
+}

@@ -1,0 +1,53 @@
+#include "options/register_option.h"
+
+#include <cstdlib>
+#include <cstring>
+
+static std::map<std::string, register_option*>& registry() {
+  static std::map<std::string, register_option*> map;
+  return map;
+}
+
+register_option::register_option(const char* name) { registry()[name] = this; }
+
+register_option* register_option::get_option(const std::string& name) {
+  auto place = registry().find(name);
+  return place == registry().end() ? nullptr : place->second;
+}
+
+std::map<std::string, int> register_option::get_state() {
+  std::map<std::string, int> state;
+  for (auto& [name, option] : registry()) state[name] = option->value;
+  return state;
+}
+
+void register_option::set_state(const std::map<std::string, int>& state) {
+  for (auto& [name, value] : state)
+    if (register_option* option = get_option(name)) option->value = value;
+}
+
+void register_option::reset_state() {
+  for (auto& [name, option] : registry()) option->value = 0;
+}
+
+void process_debug_option(const char* prefix, const char* list) {
+  constexpr size_t MAX_KEY = 512;
+  char* copy = strdup(list);
+  char* rest = copy;
+  while (char* item = strsep(&rest, ",")) {
+    int value = 1;
+    if (char* equals = strchr(item, '=')) {
+      *equals = 0;
+      value = static_cast<int>(strtol(equals + 1, nullptr, 0));
+    }
+    std::string key = std::string(prefix) + ":";
+    if (key.size() + strlen(item) < MAX_KEY) key += item;
+    if (register_option* option = register_option::get_option(key)) *option = value;
+  }
+  free(copy);
+}
+
+#define DEFINE_SWITCH(prefix, name) register_option pass_##prefix##_##name(#prefix ":" #name);
+FOR_EACH_SWITCH(DEFINE_SWITCH)
+#undef DEFINE_SWITCH
+register_option pass_enable_loop_fusion("enable:fusion");
