@@ -181,11 +181,6 @@ ExceptionTable get_exception_table(Reader& r, Unit& unit) {
   return table;
 }
 
-template <class T> uint32_t append(std::vector<T>& to, T&& value) {
-  to.push_back(std::forward<T>(value));
-  return uint32_t(to.size() - 1);
-}
-
 } // namespace
 
 void begin_function(Unit& unit, StreamState& state, Function&& function) {

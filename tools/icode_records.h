@@ -246,6 +246,12 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
   }
 }
 
+// Adds to a vector of the unit; gives the new element's index.
+template <class T> uint32_t append(std::vector<T>& to, T value) {
+  to.push_back(std::move(value));
+  return uint32_t(to.size() - 1);
+}
+
 // Where decoding of the function stream stands.
 struct StreamState {
   uint32_t function = NONE; // the function being read

@@ -47,10 +47,6 @@ KIND kind_of(const TypeRecord& r) {
   }
 }
 
-bool is_element(uint8_t code) {
-  return code == TC_PARAM || code == TC_ETOR || (code >= TC_MDATA && code <= TC_MFUNC);
-}
-
 void enter_element(Unit& unit, const TypeRecord& r, uint32_t record) {
   TypeInfo& owner = unit.type_info[r.number];
   switch (r.code) {
@@ -68,11 +64,18 @@ void enter_element(Unit& unit, const TypeRecord& r, uint32_t record) {
 
 } // namespace
 
+bool is_element_code(uint8_t code) {
+  return code == TC_PARAM || code == TC_ETOR || (code >= TC_MDATA && code <= TC_MFUNC);
+}
+
+bool is_definition_code(uint8_t code) {
+  return code < TC_LIST_BEGIN && !is_element_code(code);
+}
+
 bool add_type_record(Unit& unit, TypeRecord r, std::string& error) {
   auto record = uint32_t(unit.types.size());
-  bool defines = r.code < TC_LIST_BEGIN && !is_element(r.code);
-  if (!defines) {
-    if (is_element(r.code)) enter_element(unit, r, record);
+  if (!is_definition_code(r.code)) {
+    if (is_element_code(r.code)) enter_element(unit, r, record);
     unit.types.push_back(std::move(r));
     return true;
   }

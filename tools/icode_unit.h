@@ -427,6 +427,11 @@ inline bool encode_unit(const Unit& unit, std::string& bytes, std::string& error
 // definition of a type number.
 bool add_type_record(Unit& unit, TypeRecord record, std::string& error);
 
+// Whether a type record of this code is an element of a type (a member, a parameter, ...), and
+// whether it defines its type number; list marks do neither.
+bool is_element_code(uint8_t code);
+bool is_definition_code(uint8_t code);
+
 uint32_t add_string(Unit& unit, std::string text); // gives its index in Unit::strings
 
 // Look-ups. Null (or 0, NONE) where there is no such thing.

@@ -173,24 +173,6 @@ uint32_t Parser::keep_raw(std::string bytes) {
 
 // --- Header, options, file names ---
 
-namespace {
-
-std::span<const uint8_t> as_bytes(const std::string& text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
-
-// Runs a decoder over the bytes of a raw record.
-template <class F> void decode_raw(Parser& p, const char* what, const F& decode) {
-  Token at = p.token();
-  std::string bytes = p.take_bytes();
-  Reader r(as_bytes(bytes));
-  decode(r);
-  if (r.ok() && !r.at_end()) r.fail("bytes left over");
-  if (!r.ok()) p.fail_at(at, std::string("these bytes are no ") + what + ": " + r.error());
-}
-
-} // namespace
-
 void Parser::parse_header() {
   if (!take_word("icode")) expected("'icode', the version and the source file's name");
   Token at = token();
@@ -223,7 +205,7 @@ void Parser::parse_layout() {
 
 void Parser::parse_options() {
   if (take_word("raw"))
-    return decode_raw(*this, "option set", [&](Reader& r) { decode_options(r, unit); });
+    return decode_raw("option set", [&](Reader& r) { decode_options(r, unit); });
   OptionSet set;
   set.number = take_uint("the number of the option set");
   while (token().kind == T_STRING && !token().starts_line)
@@ -233,7 +215,7 @@ void Parser::parse_options() {
 
 void Parser::parse_file() {
   if (take_word("raw"))
-    decode_raw(*this, "file name", [&](Reader& r) { decode_file(r, unit); });
+    decode_raw("file name", [&](Reader& r) { decode_file(r, unit); });
   else
     unit.files.push_back({take_string("a file name in double quotes"), 0});
   file_numbers.emplace(unit.files.back().name, uint32_t(unit.files.size()));
@@ -283,7 +265,7 @@ bool Parser::parse_symbol(bool in_stream) {
     imply_marks(false, true);
     at = token();
     std::string name = take_name("the symbol's name");
-    decode_raw(*this, "symbol", [&](Reader& r) { decode_symbol(r, unit, symbols); });
+    decode_raw("symbol", [&](Reader& r) { decode_symbol(r, unit, symbols); });
     enter_symbol(name, uint32_t(symbols.size() - 1), at);
   } else {
     if (by_number) {
@@ -354,8 +336,7 @@ uint64_t Parser::take_global() {
 }
 
 void Parser::parse_init() {
-  if (take_word("raw"))
-    return decode_raw(*this, "initialiser", [&](Reader& r) { decode_init(r, unit); });
+  if (take_word("raw")) return decode_raw("initialiser", [&](Reader& r) { decode_init(r, unit); });
   Init init;
   init.global = take_global();
   expect('=', "behind the symbol");
@@ -411,8 +392,7 @@ void Parser::leave_block_scope() {
 }
 
 void Parser::parse_raw_item() {
-  decode_raw(*this, "record of the function stream",
-             [&](Reader& r) { decode_item(r, unit, state); });
+  decode_raw("record of the function stream", [&](Reader& r) { decode_item(r, unit, state); });
 }
 
 // func NAME [exact] [raw BYTES | @position] {, and irfunc with its words
@@ -581,11 +561,6 @@ template <class R, class F> R take_fields(Parser& p, const F& fields_of) {
   return record;
 }
 
-template <class T> uint32_t append(std::vector<T>& to, T value) {
-  to.push_back(std::move(value));
-  return uint32_t(to.size() - 1);
-}
-
 } // namespace
 
 // One statement or record of the stream, or the end of a function or block.
@@ -737,7 +712,7 @@ void Parser::parse_unit() {
     } else if (take_word("header")) {
       if (!take_word("raw")) expected("'raw'");
       Unit header;
-      decode_raw(*this, "header", [&](Reader& r) { decode_header(r, header); });
+      decode_raw("header", [&](Reader& r) { decode_header(r, header); });
       if (header.header_raw) unit.header_raw = keep_raw(header.raws[header.header_raw]);
     } else if (take_word("layout")) {
       parse_layout();

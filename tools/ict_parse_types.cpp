@@ -275,11 +275,7 @@ void take_class_body(Parser& p, TypeRecord r, bool lists_given, uint32_t short_f
 // type [NUMBER] NAME = FORM ...
 void Parser::parse_type() {
   if (take_word("raw")) {
-    Token at = token();
-    std::string bytes = take_bytes();
-    Reader r({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
-    decode_type(r, unit);
-    if (!r.ok() || !r.at_end()) fail_at(at, "these bytes are no type record: " + r.error());
+    decode_raw("type record", [&](Reader& r) { decode_type(r, unit); });
     const TypeRecord& record = unit.types.back();
     if (record.code == TC_MDATA)
       member_numbers.emplace(std::to_string(record.number) + "." + record.name, record.count);
@@ -300,8 +296,7 @@ void Parser::parse_type() {
   expect('=', "behind the type's name");
   TypeRecord r;
   Token word = token();
-  if (word.kind != T_IDENT || !form_by_word(word.text, r) || r.code >= TC_LIST_BEGIN ||
-      r.code == TC_PARAM || r.code == TC_ETOR || (r.code >= TC_MDATA && r.code <= TC_MFUNC))
+  if (word.kind != T_IDENT || !form_by_word(word.text, r) || !is_definition_code(r.code))
     expected("a form of type (int, ptr, struct, fn, ...)");
   lexer.next();
   uint64_t words = 0;
@@ -418,9 +413,7 @@ void Parser::parse_record() {
   if (r.number == 0) fail_at(at, "expected a type");
   TypeRecord form;
   Token word = token();
-  if (word.kind != T_IDENT || !form_by_word(word.text, form) ||
-      !(form.code == TC_PARAM || form.code == TC_ETOR || form.code >= TC_LIST_BEGIN ||
-        (form.code >= TC_MDATA && form.code <= TC_MFUNC)))
+  if (word.kind != T_IDENT || !form_by_word(word.text, form) || is_definition_code(form.code))
     expected("an element (member, param, etor, ...), listbegin or listend");
   lexer.next();
   r.code = form.code;

@@ -67,6 +67,15 @@ struct Parser {
   Psn take_psn(const Psn& usual = {});
   Attributes take_attributes();
   void check_used(const Attributes& attributes) const;
+  // Runs a decoder over the bytes of a raw record, which the text gives next.
+  template <class F> void decode_raw(const char* what, const F& decode) {
+    Token at = token();
+    std::string bytes = take_bytes();
+    Reader r({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+    decode(r);
+    if (r.ok() && !r.at_end()) r.fail("bytes left over");
+    if (!r.ok()) fail_at(at, std::string("these bytes are no ") + what + ": " + r.error());
+  }
   uint32_t keep_raw(std::string bytes);
   // The version whose fields a text may give: all there are, also those that the unit's version
   // drops. Two versions have a field that no other has.

@@ -320,8 +320,7 @@ struct Printer {
     for (size_t i = 0; i < unit.types.size();) {
       const TypeRecord& r = unit.types[i];
       const char* word = form_word(r);
-      bool defines = r.code < TC_LIST_BEGIN && r.code != TC_PARAM && r.code != TC_ETOR &&
-                     !(r.code >= TC_MDATA && r.code <= TC_MFUNC);
+      bool defines = is_definition_code(r.code);
       if (r.raw) {
         line("type " + raw(r.raw));
         bool is_new = defines && !find_type(seen, r.number);
