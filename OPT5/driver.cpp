@@ -211,7 +211,7 @@ void open_files(int argc, char** argv) {
   arg_count = argc;
   args = argv;
   set_abort_handler(end_failing_run);
-  if_death_hook = remove_output;
+  if_death_hook = tp_death_hook = remove_output;
   install_common_handlers(debug_signal_handler, end_after_signal);
   const int names = walk_arguments();
   answer_questions();
@@ -325,14 +325,14 @@ void time_report(clock_t start) {
 }
 
 void release_everything() {
+  erase_all_passes();
   erase_all_FUNINFOs();
   erase_all_symbols();
   call_graph.clear();
   for (option_obj* options : all_option_sets) delete options;
   delete cmdline_options;
   if (--TYPE_PKG::tp_count == 0) {
-    tp->delete_type_tree(TYPE_PKG::root_type, true, false);
-    delete tp;
+    delete tp; // with the tree of all its types
     tp = nullptr;
   }
 }

@@ -94,8 +94,8 @@ private:
   unsigned property_word = 0;
 };
 
-extern thread_local SYMTAB* currfunc;
-extern thread_local FUNINFO* currfuninfo;
+extern constinit thread_local SYMTAB* currfunc;
+extern constinit thread_local FUNINFO* currfuninfo;
 extern FUNINFO* file_funinfo; // the pseudo record " ? "
 
 // The record of a function, made when there is none. One a symbol, to the end of the run.

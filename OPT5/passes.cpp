@@ -282,7 +282,7 @@ std::vector<pass*>& add_dd_normal_order_passes(std::vector<pass*>& order) {
 }
 
 void setup_passes(bool use_forced_order) {
-  global_pass_manager.clear();
+  erase_all_passes();
   normal_order.clear();
   permuted_order.clear();
   append_steps(early_steps, normal_order);
@@ -296,6 +296,13 @@ void setup_passes(bool use_forced_order) {
 void list_passes(FILE* to) {
   for (const pass* p : permuted_order)
     fprintf(to, "%2d:  %s\n", static_cast<int>(p->serial()), p->name().c_str());
+}
+
+void erase_all_passes() {
+  while (!global_pass_manager.objects.empty()) {
+    delete global_pass_manager.objects.back();
+    global_pass_manager.objects.pop_back();
+  }
 }
 
 pass* make_output_pass() { return new pass("output function", output_function); }

@@ -44,6 +44,7 @@ extern int max_threads; // 0 is serial
 void setup_passes(bool use_forced_order);
 std::vector<pass*>& add_dd_normal_order_passes(std::vector<pass*>& order);
 void list_passes(FILE* to);
+void erase_all_passes(); // at the end of the run
 // A step object outside the table.
 pass* make_output_pass();
 

@@ -5,16 +5,18 @@
 #include <cstddef>
 #include <vector>
 
+template <class T, class NS> class serial_object;
+
 template <class T, class NS> class serial_namespace {
 public:
-  std::vector<T*> objects; // null where an object has died
+  std::vector<serial_object<T, NS>*> objects; // null where an object has died
   void clear() { objects.clear(); }
 };
 
 template <class T, class NS> class serial_object {
 public:
   explicit serial_object(serial_namespace<T, NS>& ns) : number(ns.objects.size()), home(&ns) {
-    ns.objects.push_back(static_cast<T*>(this));
+    ns.objects.push_back(this);
   }
   virtual ~serial_object() {
     if (number < home->objects.size()) home->objects[number] = nullptr;

@@ -23,9 +23,9 @@ struct GLOBAL_FLAGS {
 extern GLOBAL_FLAGS flags;
 
 // Copied into every thread; the process-wide value is caot_ref.
-extern thread_local int chars_alias_other_types;
+extern constinit thread_local int chars_alias_other_types;
 extern int caot_ref;
-extern thread_local int no_outside_callers, no_outside_writers;
+extern constinit thread_local int no_outside_callers, no_outside_writers;
 
 extern int cpu_version; // 28 is vrx200, 27 vrx100
 constexpr int CPU_VRX200 = 28;
