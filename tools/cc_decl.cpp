@@ -47,7 +47,7 @@ SYMTAB* LOWERING::new_symbol(const std::string& name, TYPE* type, int sclass, So
   sym->cpp_type = sym->otype = type;
   sym->type = type->is_enum() ? qualified(value_type(type), type->qual_kind(true)) : type;
   sym->size = type->size;
-  sym->align = type->is_func() ? UNIT_BITS : type->align;
+  sym->align = type->align;
   sym->sclass = sym->orig_class = static_cast<unsigned char>(sclass);
   const TYPE* element = type;
   while (element->is_array()) element = element->underlying_type()->elem_type();
@@ -222,7 +222,8 @@ void LOWERING::lower_function(const clang::FunctionDecl* decl) {
       erase_tree(sample);
       if (!same_size) refuse(param->getLocation(), "parameter of this type without a prototype");
     }
-    SYMTAB* in = new_symbol(name, value_type(type), SC_ARG, param->getLocation());
+    TYPE* passed = qualified(value_type(type), type->qual_kind(true) & TYPE::Q_RESTRICT);
+    SYMTAB* in = new_symbol(name, passed, SC_ARG, param->getLocation());
     SYMTAB* home = add_local(name, type,
                              param->getStorageClass() == clang::SC_Register ? SC_REGISTER : SC_AUTO,
                              param->getLocation());
@@ -240,7 +241,8 @@ void LOWERING::lower_function(const clang::FunctionDecl* decl) {
   const auto* body = llvm::cast<clang::CompoundStmt>(decl->getBody());
   for (const clang::Stmt* s : body->body()) statement(s);
   const clang::QualType result = decl->getReturnType();
-  if (decl->isMain() && result->isIntegerType()) { // falling off its end gives 0
+  const bool ends_open = body->body_empty() || !llvm::isa<clang::ReturnStmt>(body->body_back());
+  if (decl->isMain() && result->isIntegerType() && ends_open) { // falling off its end gives 0
     NODE* zero = convert(icon(0, int_type()), fn->type->return_type());
     emit(maketree(RETURN, name_node(fn->symbol), zero, tp->mk_void()), psn_of(body->getRBracLoc()));
   }

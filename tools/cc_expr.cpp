@@ -40,13 +40,6 @@ bool is_fixed_place(const NODE* place) {
   return place->op == NAME;
 }
 
-NODE* detach_left(NODE* node) {
-  NODE* left = node->left;
-  node->left = nullptr;
-  erase_tree(node);
-  return left;
-}
-
 } // namespace
 
 TYPE* LOWERING::type_of_expression(const clang::Expr* e) {

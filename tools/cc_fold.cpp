@@ -243,6 +243,14 @@ std::optional<INT65> evaluate_integer(const NODE* tree) {
   return c->integer;
 }
 
+// Other qualifiers of what it points to are no matter for the stored address.
+static NODE* cast_address(NODE* tree, TYPE* type) {
+  TYPE* from = value_type(tree->type);
+  if (from == type) return tree;
+  const bool is_same = type->is_pointer() && pointee(from)->underlying_type() == pointee(type)->underlying_type();
+  return is_same ? tree : maketree(PCONV, tree, nullptr, type);
+}
+
 NODE* constant_tree(const CONSTANT& value, TYPE* type) {
   type = value_type(type);
   if (value.kind == CONSTANT::FLOATING) return fcon(value.floating, type);
@@ -253,7 +261,7 @@ NODE* constant_tree(const CONSTANT& value, TYPE* type) {
   if (base->op == NAME) tree = maketree(UAND, base, nullptr, tp->mk_ptr(base->type));
   if (!value.integer.is_zero())
     tree = maketree(PLUS, tree, icon(value.integer, ptrdiff_type()), value_type(tree->type));
-  return value_type(tree->type) == type ? tree : maketree(PCONV, tree, nullptr, type);
+  return cast_address(tree, type);
 }
 
 } // namespace cc

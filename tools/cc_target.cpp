@@ -61,6 +61,7 @@ public:
     builder.defineMacro("__ULM200__");
   }
   llvm::ArrayRef<clang::Builtin::Info> getTargetBuiltins() const override { return {}; }
+  bool hasInt128Type() const override { return false; }
   BuiltinVaListKind getBuiltinVaListKind() const override { return CharPtrBuiltinVaList; }
   bool validateAsmConstraint(const char*&, ConstraintInfo&) const override { return false; }
   const char* getClobbers() const override { return ""; }
