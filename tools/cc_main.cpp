@@ -208,6 +208,7 @@ int compile(const COMMAND& command) {
   diags.setSeverity(clang::diag::warn_four_char_character_literal, clang::diag::Severity::Error, everywhere);
   // Checked again with the target's sizes.
   diags.setSeverity(clang::diag::err_static_assert_failed, clang::diag::Severity::Ignored, everywhere);
+  diags.setSeverity(clang::diag::err_static_assert_requirement_failed, clang::diag::Severity::Ignored, everywhere);
 
   clang::LangOptions& language = instance.getLangOpts();
   clang::TargetInfo* target = make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
