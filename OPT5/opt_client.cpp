@@ -39,6 +39,12 @@ void note_pointers_declared_since(SYMTAB* end) {
     find_or_make_PTR_entry(sym);
 }
 
+// A tree that breaks the shape rules: the file is damaged, or its maker is.
+[[noreturn]] void reject(const NODE* tree, const char* fault) {
+  fprintf(stderr, ">> %s: %s\n", fault, tree_text(tree).substr(0, 200).c_str());
+  if_die(INVALID_RECORD);
+}
+
 class OPT_CLIENT : public IF_CLIENT {
 public:
   bool cl_magic(int, int) override { return true; }
@@ -127,7 +133,7 @@ public:
     auto* sym = static_cast<SYMTAB*>(owner);
     if (sym->type->is_func()) if_die(INVALID_RECORD);
     for (NODE* tree : sym->init_list) {
-      if (verify_tree(tree)) if_die(INVALID_RECORD);
+      if (const char* fault = verify_tree(tree)) reject(tree, fault);
       scan_for_funinfo(tree, 1, file_funinfo, 0);
     }
   }
@@ -203,7 +209,7 @@ public:
   void cl_expr(BASE_NODE* root, PSN* psn) override {
     require_function();
     auto* tree = static_cast<NODE*>(root);
-    if (verify_statement(tree)) if_die(INVALID_RECORD);
+    if (const char* fault = verify_statement(tree)) reject(tree, fault);
     number_calls(tree);
     tree = expr_cleanup(tree);
     currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(tree);
@@ -235,7 +241,8 @@ public:
       eht.push_back({e->id, e->kind, e->region, e->count, {}, static_cast<NODE*>(e->cleanup)});
       if (e->catches) eht.back().catches = std::move(*e->catches);
       delete e->catches;
-      if (e->cleanup && verify_tree(eht.back().cleanup)) if_die(INVALID_RECORD);
+      const NODE* cleanup = eht.back().cleanup;
+      if (const char* fault = cleanup ? verify_statement(cleanup) : nullptr) reject(cleanup, fault);
     }
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),

@@ -8,10 +8,10 @@
 #include <vector>
 
 void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
-  for (const NODE* node = tree; node; node = node->left) {
-    if (!visit(node)) return;
-    if (node->right) walk_preorder(node->right, visit);
-  }
+  std::vector<const NODE*> rights; // of the left spine, to be entered from the bottom up
+  for (const NODE* node = tree; node && visit(node); node = node->left)
+    if (node->right) rights.push_back(node->right);
+  for (; !rights.empty(); rights.pop_back()) walk_preorder(rights.back(), visit);
 }
 
 void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit) {
