@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <sys/stat.h>
 #include <unistd.h>
 
 char i_file_name[512];
@@ -54,8 +55,10 @@ void print_toolversion(FILE* to) { fprintf(to, "%s v%s\n", isa_and_tool_name(), 
   exit(1);
 }
 
+// A failed run leaves no output; what was there before as a device is not ours to remove.
 void remove_output() {
-  if (output_is_open) unlink(o_file_name);
+  struct stat info;
+  if (output_is_open && stat(o_file_name, &info) == 0 && S_ISREG(info.st_mode)) unlink(o_file_name);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -151,6 +151,15 @@ PLACES operand_places(const NODE* node, PLACE here) {
   }
 }
 
+// A direct call passes as many arguments as the callee's prototype wants.
+bool arguments_fit_prototype(const NODE* call) {
+  const SYMTAB* callee = get_callee_for_call(call);
+  const FUNC_PARTS* parts = callee ? callee->type->func_parts() : nullptr;
+  if (!parts || !parts->is_prototyped) return true;
+  const size_t args = static_cast<size_t>(arg_list_count(call->right));
+  return parts->is_variadic ? args >= parts->params.size() : args == parts->params.size();
+}
+
 const char* check_result(const NODE* node) {
   const TYPE* type = node->type;
   switch (node->op) {
@@ -159,6 +168,7 @@ const char* check_result(const NODE* node) {
   case UAND: case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
   case UMULT: case STDOT: case STREF:
     return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
+  case CALL: case UCALL: return arguments_fit_prototype(node) ? nullptr : "wrong number of arguments";
   case STASG: return is_aggregate(node->left->type) ? nullptr : "STASG to that type";
   case VPACK: case VPACKM: case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
   case SWITCH: return node->left->type->is_int_or_enum() ? nullptr : "SWITCH on that type";
