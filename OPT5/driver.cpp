@@ -331,6 +331,7 @@ void release_everything() {
   erase_all_passes();
   erase_all_FUNINFOs();
   erase_all_symbols();
+  erase_type_caches();
   call_graph.clear();
   for (option_obj* options : all_option_sets) delete options;
   delete cmdline_options;
