@@ -4,11 +4,10 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
-
-#include <vector>
+#include "support/small_stack.h"
 
 void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
-  std::vector<const NODE*> rights; // of the left spine, to be entered from the bottom up
+  small_stack<const NODE*> rights; // of the left spine, to be entered from the bottom up
   for (const NODE* node = tree; node && visit(node); node = node->left)
     if (node->right) rights.push_back(node->right);
   for (; !rights.empty(); rights.pop_back()) walk_preorder(rights.back(), visit);
@@ -17,7 +16,7 @@ void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& vis
 void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit) {
   if (!tree) return;
   // The left spine, root first; then upwards, each right side before its node.
-  std::vector<NODE**> spine;
+  small_stack<NODE**> spine;
   for (NODE** place = &tree; *place; place = &(*place)->left) spine.push_back(place);
   while (!spine.empty()) {
     NODE** place = spine.back();

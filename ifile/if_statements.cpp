@@ -4,6 +4,7 @@
 #include "DIAG/abort.h"
 #include "TYPES/type_pkg.h"
 #include "ifile/i_file.h"
+#include "support/small_stack.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -96,7 +97,7 @@ struct OPEN_NODE {
 } // namespace
 
 BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
-  std::vector<OPEN_NODE> open;
+  small_stack<OPEN_NODE> open;
   for (;;) {
     int tag = TAG_NODE, len;
     if (with_header) i_read_header(tag, len);
@@ -144,7 +145,8 @@ void I_FILE::if_read_expr_header() {
 
 // Pre-order with an explicit stack: left spines may be long.
 void I_FILE::if_write_expr_node(BASE_NODE* tree) {
-  std::vector<BASE_NODE*> pending{tree};
+  small_stack<BASE_NODE*> pending;
+  pending.push_back(tree);
   while (!pending.empty()) {
     BASE_NODE* node = pending.back();
     pending.pop_back();
