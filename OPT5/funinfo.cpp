@@ -3,6 +3,7 @@
 #include "OPT5/dominator.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 
 #include <cstring>
@@ -25,6 +26,7 @@ FUNINFO::~FUNINFO() {
   for (EHT_ITEM& item : eht) erase_tree(item.cleanup);
   erase_tree_list(stmts);
   erase_tree_list(global_assertions);
+  erase_stack_sharing(sharing_root);
   delete dominators;
 }
 

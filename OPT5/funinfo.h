@@ -13,6 +13,7 @@
 class LS;
 class Dominator;
 struct PTENV;
+struct STACK_SHARING_SCOPE;
 
 // One entry of an exception table.
 struct EHT_ITEM {
@@ -60,6 +61,9 @@ public:
   SYMTAB* inlined_params = nullptr; // parameters of inlined calls since the last sym_split
   SYMTAB* symbols = nullptr;        // general
   SYMTAB* reg_candidates = nullptr; // scalar and not volatile
+
+  STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
+  STACK_SHARING_SCOPE* sharing_open = nullptr;
 
   unsigned time = 0; // microseconds spent in steps
   bool cd_ok = true; // no built-in of the body forbids data-flow transformations

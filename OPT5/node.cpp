@@ -403,6 +403,52 @@ LIST* copy_statements(const LIST* list, bool keep_ls) {
   return head;
 }
 
+NODE* copy_tree_without_dupes(const NODE* tree) {
+  if (!tree) return nullptr;
+  while (tree->op == CSE_DUPE || tree->op == CSE_ORIG) tree = tree->right;
+  NODE* copy = copy_node(tree, true);
+  copy->left = copy_tree_without_dupes(tree->left);
+  copy->right = copy_tree_without_dupes(tree->right);
+  return copy;
+}
+
+static void copy_dd_records(const NODE* from, NODE* to) {
+  for (; from; from = from->left, to = to->left) {
+    if (from->dd_info) to->dd_info = new DD_INFO{copy_tree(from->dd_info->tree, true)};
+    if (from->right) copy_dd_records(from->right, to->right);
+  }
+}
+
+NODE* copy_dd_tree(const NODE* tree, bool keep_ls) {
+  NODE* copy = copy_tree(tree, keep_ls);
+  copy_dd_records(tree, copy);
+  return copy;
+}
+
+LIST* copy_dd_statements(const LIST* list, bool keep_ls) {
+  LIST* copy = copy_statements(list, keep_ls);
+  for (LIST* to = copy; list; list = list->next, to = to->next) copy_dd_records(list->tree, to->tree);
+  return copy;
+}
+
+LIST* copy_shared_statements(const LIST* list) {
+  LIST* head = nullptr;
+  LIST** tail = &head;
+  for (; list; list = list->next, tail = &(*tail)->next) {
+    *tail = new LIST(*list);
+    (*tail)->next = nullptr;
+  }
+  return head;
+}
+
+NODE* copy_node_if_changed(NODE* node, NODE* left, NODE* right) {
+  if (node->left == left && node->right == right) return node;
+  NODE* copy = copy_node(node, true);
+  copy->left = left;
+  copy->right = right;
+  return copy;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Erasing
 
@@ -454,6 +500,15 @@ void erase_tree(NODE* tree) {
 void erase_tree_list(LIST* list) {
   for (LIST* cell = list; cell; cell = cell->next) erase_tree(cell->tree);
   erase_tree_list_only(list);
+}
+
+void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees) {
+  while (list && list != entry) {
+    LIST* next = list->next;
+    if (trees) erase_tree(list->tree);
+    delete list;
+    list = next;
+  }
 }
 
 void erase_tree_list_only(LIST* list) {

@@ -13,6 +13,7 @@
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/simpcfg.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
 #include "OPT5/write.h"
@@ -131,7 +132,7 @@ const STEP_ROW early_steps[] = {
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
     {"pass 2 inits", PASS, step<always, pass_2_inits>},
-    {"stack sharing", PASS, step<stack_sharing_wanted, nothing>},
+    {"stack sharing", PASS, step<stack_sharing_wanted, build_stack_sharing_type>},
     {"CPS", PASS, step<always, nothing>},
     {"early LIR", PASS, step<always, nothing>},
     {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},

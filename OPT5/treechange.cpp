@@ -107,6 +107,21 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
   }
 }
 
+bool trees_are_congruent_se_ok(const NODE* a, const NODE* b) { return trees_are_congruent(a, b, true); }
+
+bool bools_are_congruent(const NODE* a, const NODE* b, int opposite) {
+  // !x is the opposite of x.
+  while (a->op == EXCLAIM) a = a->left, opposite ^= 1;
+  while (b->op == EXCLAIM) b = b->left, opposite ^= 1;
+  if (!opposite) return trees_are_congruent(a, b);
+  if (side_effects[a->op] != SE_NONE || boolean_inv[a->op] == ILLOP) return false;
+  const int inverse = boolean_inv[a->op];
+  if (inverse == b->op)
+    return trees_are_congruent(a->left, b->left) && trees_are_congruent(a->right, b->right);
+  return commute_inv[inverse] == b->op && trees_are_congruent(a->left, b->right) &&
+         trees_are_congruent(a->right, b->left);
+}
+
 bool tree_lists_are_congruent(const LIST* a, const LIST* b) {
   for (; a && b; a = a->next, b = b->next)
     if (!trees_are_congruent(a->tree, b->tree, true)) return false;
@@ -119,6 +134,17 @@ bool tree_lists_are_congruent(const LIST* a, const LIST* b) {
 void subst_sym_for_sym_in_tree(SYMTAB* to, SYMTAB* from, NODE* tree) {
   walk_postorder(tree, [=](NODE*& node) {
     if (node->op == NAME && node->u.sym == from) node->u.sym = to;
+  });
+}
+
+void subst_sym_pairs_in_tree(const SYMPAIRLIST* pairs, NODE* tree) {
+  walk_postorder(tree, [pairs](NODE*& node) {
+    if (node->op != NAME) return;
+    for (const SYMPAIRLIST* pair = pairs; pair; pair = pair->next)
+      if (pair->first == node->u.sym) {
+        node->u.sym = pair->second;
+        break;
+      }
   });
 }
 

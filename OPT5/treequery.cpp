@@ -67,6 +67,21 @@ bool expr_is_constant(const NODE* tree) {
   });
 }
 
+bool expr_is_globally_evaluable(const NODE* tree) {
+  switch (tree->op) {
+  case PLUS: case MINUS:
+    return tree->type->is_pointer() ? expr_is_globally_evaluable(tree->left) && expr_is_constant(tree->right)
+                                    : expr_is_constant(tree);
+  case PCONV: case ISP2CHAR: return expr_is_globally_evaluable(tree->left);
+  case UAND: {
+    const NODE* place = tree->left;
+    while (place->op == STDOT) place = place->left;
+    return place->op == NAME && place->u.sym && place->u.sym->level == 0;
+  }
+  default: return expr_is_constant(tree);
+  }
+}
+
 bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree) {
   return tree_contains_matching_node(
       tree, [sym](const NODE* node) { return node->op == NAME && node->u.sym == sym; });
