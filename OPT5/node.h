@@ -41,7 +41,7 @@ public:
     void* word;
   } u = {nullptr};
   fkMDATA* mval = nullptr;   // FIELD
-  unsigned scan_marks[2] = {};
+  unsigned scan_marks[2] = {}; // [1]: stamp of the verifier
   LS* ls = nullptr;          // scope of the statement or name
   void* scratch[2] = {};     // of loop and alias analyses
   TYPE* orig_type = nullptr; // type before conversions

@@ -5,6 +5,7 @@
 #include "OPT5/optables.h"
 #include "OPT5/scope.h"
 
+#include <atomic>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -222,7 +223,7 @@ const char* check_tree(const NODE* tree, PLACE place) {
 
 class FUNCTION_CHECK {
 public:
-  explicit FUNCTION_CHECK(const char* s) : step(s) {}
+  explicit FUNCTION_CHECK(const char* s) : step(s), stamp(++last_stamp) {}
 
   void run() {
     const FUNINFO* fi = currfuninfo;
@@ -246,7 +247,9 @@ private:
   const char* step;
   std::unordered_set<const SYMTAB*> locals;
   std::unordered_set<const BBLK*> blocks;
-  std::unordered_set<const NODE*> seen;
+  // Each node met is stamped, so that one met twice is noticed.
+  static std::atomic<unsigned> last_stamp;
+  const unsigned stamp;
 
   void collect_locals() {
     const FUNINFO* fi = currfuninfo;
@@ -260,7 +263,9 @@ private:
     if (const char* fault = verify_statement(tree)) report(step, tree, fault);
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op == CSE_DUPE) return false;
-      if (!seen.insert(node).second) report(step, tree, "shared node");
+      unsigned& mark = const_cast<NODE*>(node)->scan_marks[1];
+      if (mark == stamp) report(step, tree, "shared node");
+      mark = stamp;
       if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
         report(step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
       if (node->op == LABEL && (!node->label || !blocks.count(node->label->bb)))
@@ -299,6 +304,8 @@ private:
         report(step, nullptr, bb->str() + " has a predecessor that does not lead to it");
   }
 };
+
+std::atomic<unsigned> FUNCTION_CHECK::last_stamp;
 
 } // namespace
 
