@@ -18,7 +18,7 @@ namespace {
 constexpr int FAULT_STATUS = 125;
 constexpr int64_t DEFAULT_STEPS = 20'000'000'000;
 // Translation goes down a tree by recursion; this is room for the deepest tree that it takes.
-constexpr size_t NATIVE_STACK = size_t(1) << 30;
+constexpr size_t NATIVE_STACK = size_t(1) << 31;
 
 constexpr const char* HELP =
     "usage: icode-run [--entry NAME] [--stats] [--max-steps N] UNIT.icode [ARG...]\n"
@@ -158,7 +158,8 @@ int run(const Options& o) {
   const FunctionCode* entry = find_entry(program, o.entry);
   if (!entry) return complain(o.file + ": the function " + o.entry + " is not defined");
   std::vector<uint64_t> arguments;
-  if (!entry_arguments(program, *entry, o, arguments, error)) return complain(o.file + ": " + error);
+  if (!entry_arguments(program, *entry, o, arguments, error))
+    return complain(o.file + ": " + error);
   program.memory.seal_data();
   program.region_counts.assign(program.regions.size(), 0);
   return execute(program, *entry, arguments, o);

@@ -1,9 +1,9 @@
 // The compact form that functions are translated to once and executed from, and what surrounds it:
 // functions, call sites, the statistics' regions.
 //
-// An instruction works on the registers of its function's frame: 64-bit cells with canonical values.
-// The first registers are the parameters, then come the hidden argument pointer of a variadic
-// function, the locals that need no memory, the virtual registers, and the temporaries.
+// An instruction works on the registers of its function's frame: 64-bit cells with canonical
+// values. The first registers are the parameters, then come the hidden argument pointer of a
+// variadic function, the locals that need no memory, the virtual registers, and the temporaries.
 #pragma once
 
 #include "tools/run_memory.h"
@@ -27,18 +27,19 @@ namespace icode::run {
 #define FOR_EACH_INT_UNARY(X) X(NEG) X(NOT) X(ABS)
 //   comparisons by form: name, type of the operands, operator
 #define FOR_EACH_COMPARISON(X)                                                                     \
-  X(EQ, int64_t, ==) X(NE, int64_t, !=) X(LT, int64_t, <) X(LE, int64_t, <=) X(GT, int64_t, >)     \
-  X(GE, int64_t, >=) X(ULT, uint64_t, <) X(ULE, uint64_t, <=) X(UGT, uint64_t, >)                  \
-  X(UGE, uint64_t, >=)
+  X(EQ, int64_t, ==)                                                                               \
+  X(NE, int64_t, !=) X(LT, int64_t, <) X(LE, int64_t, <=) X(GT, int64_t, >) X(GE, int64_t, >=)     \
+      X(ULT, uint64_t, <) X(ULE, uint64_t, <=) X(UGT, uint64_t, >) X(UGE, uint64_t, >=)
 //   by width (32, 64)
 #define FOR_EACH_FLOAT_BINARY(X) X(FADD, +) X(FSUB, -) X(FMUL, *) X(FDIV, /)
 #define FOR_EACH_FLOAT_UNARY(X) X(FNEG) X(FABS) X(FSQRT)
 //   by width; in the order of the operators FEQ to FUNO: name, condition on x and y
 #define FOR_EACH_FLOAT_COMPARISON(X)                                                               \
-  X(FCEQ, x == y) X(FCNE, x < y || x > y) X(FCLE, x <= y) X(FCLT, x < y) X(FCGE, x >= y)           \
-  X(FCGT, x > y) X(FCEQN, !(x < y || x > y)) X(FCNEN, !(x == y)) X(FCLEN, !(x > y))                \
-  X(FCLTN, !(x >= y)) X(FCGEN, !(x < y)) X(FCGTN, !(x <= y))                                       \
-  X(FCORD, !(x != x || y != y)) X(FCUNO, x != x || y != y)
+  X(FCEQ, x == y)                                                                                  \
+  X(FCNE, x<y || x> y) X(FCLE, x <= y) X(FCLT, x < y) X(FCGE, x >= y) X(FCGT, x > y)               \
+      X(FCEQN, !(x < y || x > y)) X(FCNEN, !(x == y)) X(FCLEN, !(x > y)) X(FCLTN, !(x >= y))       \
+          X(FCGEN, !(x < y)) X(FCGTN, !(x <= y)) X(FCORD, !(x != x || y != y))                     \
+              X(FCUNO, x != x || y != y)
 
 #define FOR_EACH_INT_KIND(X, name)                                                                 \
   X(name, S16) X(name, U16) X(name, S32) X(name, U32) X(name, S64) X(name, U64)
@@ -50,30 +51,30 @@ namespace icode::run {
 #define FOR_EACH_LOAD(X) X(LOAD_S16) X(LOAD_U16) X(LOAD_S32) X(LOAD_U32) X(LOAD_64)
 #define FOR_EACH_STORE(X) X(STORE_16) X(STORE_32) X(STORE_64)
 #define FOR_EACH_OTHER(X)                                                                          \
-  X(EXT_S16)        /* a = b, wrapped to the type */                                               \
+  X(EXT_S16) /* a = b, wrapped to the type */                                                      \
   X(EXT_U16)                                                                                       \
   X(EXT_S32)                                                                                       \
   X(EXT_U32)                                                                                       \
-  X(MOVE)           /* a = b */                                                                    \
-  X(CONST)          /* a = the 64 bits of c:b */                                                   \
-  X(LEA)            /* a = the frame's address + c */                                              \
-  X(LEAX)           /* a = the frame's address + c + register b */                                 \
-  X(CONVERT)        /* a = b converted as conversions[c] says */                                   \
-  X(SATURATED_SLL)  /* a = b << c in the integer type in aux, held at its bounds */                \
-  X(BITS_LOAD)      /* a = the bit-field c at address b */                                         \
-  X(BITS_STORE)     /* the bit-field c at address b = a */                                         \
-  X(BITS_WRAP)      /* a = b as the bit-field c would read */                                      \
-  X(COPY)           /* c units from address b to address a */                                      \
-  X(COPY_COUNT)     /* as many units as register c says, likewise */                               \
-  X(JUMP)           /* to c */                                                                     \
-  X(COUNT)          /* nothing but its steps */                                                    \
-  X(STAT)           /* region c is executed */                                                     \
-  X(SWITCH)         /* by table c on register a */                                                 \
-  X(CALL)           /* call site c, arguments from register b on, result to a */                   \
-  X(RETURN)         /* register a */                                                               \
+  X(MOVE)          /* a = b */                                                                     \
+  X(CONST)         /* a = the 64 bits of c:b */                                                    \
+  X(LEA)           /* a = the frame's address + c */                                               \
+  X(LEAX)          /* a = the frame's address + c + register b */                                  \
+  X(CONVERT)       /* a = b converted as conversions[c] says */                                    \
+  X(SATURATED_SLL) /* a = b << c in the integer type in aux, held at its bounds */                 \
+  X(BITS_LOAD)     /* a = the bit-field c at address b */                                          \
+  X(BITS_STORE)    /* the bit-field c at address b = a */                                          \
+  X(BITS_WRAP)     /* a = b as the bit-field c would read */                                       \
+  X(COPY)          /* c units from address b to address a */                                       \
+  X(COPY_COUNT)    /* as many units as register c says, likewise */                                \
+  X(JUMP)          /* to c */                                                                      \
+  X(COUNT)         /* nothing but its steps */                                                     \
+  X(STAT)          /* region c is executed */                                                      \
+  X(SWITCH)        /* by table c on register a */                                                  \
+  X(CALL)          /* call site c, arguments from register b on, result to a */                    \
+  X(RETURN)        /* register a */                                                                \
   X(RETURN_NOTHING)                                                                                \
-  X(RETURN_OBJECT)  /* the c units at address b */                                                 \
-  X(TRAP)           /* fault with message c */
+  X(RETURN_OBJECT) /* the c units at address b */                                                  \
+  X(TRAP)          /* fault with message c */
 
 // All instructions: INSTRUCTION_NAME(I_...) for each, with a definition of the place of use.
 #define INS_KIND_FORM(name, kind)                                                                  \
@@ -137,8 +138,8 @@ struct Conversion {
 // Target positions of a SWITCH; case values are canonical in the selector's type.
 struct SwitchTable {
   uint32_t otherwise = 0;
-  int64_t first = 0;           // of `dense`
-  std::vector<uint32_t> dense; // by value, where the values lie close together
+  int64_t first = 0;                                // of `dense`
+  std::vector<uint32_t> dense;                      // by value, where the values lie close together
   std::vector<std::pair<int64_t, uint32_t>> sparse; // sorted; empty if dense is not
 };
 
@@ -162,7 +163,7 @@ struct Position {
 struct FunctionCode {
   std::string name;
   uint32_t address = 0;
-  int library = -1;        // of a function without a body, its index in the library; -1 for none
+  int library = -1; // of a function without a body, its index in the library; -1 for none
   bool has_body = false;
   bool is_variadic = false;
   uint32_t signature = 0; // of the named parameters
@@ -192,10 +193,10 @@ struct Program {
   Memory memory;
   bool with_stats = false;
 
-  std::deque<FunctionCode> functions;        // with and without a body
-  std::vector<FunctionCode*> by_address;     // address - FUNCTION_BEGIN
-  std::vector<uint32_t> global_address;      // by index in unit.globals
-  std::vector<FunctionCode*> global_function; // by index; null for data
+  std::deque<FunctionCode> functions;                 // with and without a body
+  std::vector<FunctionCode*> by_address;              // address - FUNCTION_BEGIN
+  std::vector<uint32_t> global_address;               // by index in unit.globals
+  std::vector<FunctionCode*> global_function;         // by index; null for data
   std::unordered_map<std::string, uint32_t> external; // names of linkage to global index
   std::unordered_map<std::string, uint32_t> strings;  // contents to address
 

@@ -161,8 +161,7 @@ uint32_t string_address(Program& p, const std::string& text) {
 
 FunctionCode* external_function(Program& p, const std::string& name) {
   auto it = p.external.find(name);
-  if (it != p.external.end() && p.global_function[it->second])
-    return p.global_function[it->second];
+  if (it != p.external.end() && p.global_function[it->second]) return p.global_function[it->second];
   FunctionCode* f = add_function(p, name);
   f->library = find_library_function(name);
   return f;

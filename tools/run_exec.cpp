@@ -64,8 +64,8 @@ std::string fault_position(const Machine& m) {
                                  [](uint32_t at, const Position& p) { return at < p.pc; });
   if (behind != f.positions.begin()) psn = std::prev(behind)->psn;
   const Unit& unit = m.program.unit;
-  std::string file = psn.file && psn.file <= unit.files.size() ? unit.files[psn.file - 1].name
-                                                               : unit.source;
+  std::string file =
+      psn.file && psn.file <= unit.files.size() ? unit.files[psn.file - 1].name : unit.source;
   return f.name + "(), " + file + ":" + std::to_string(psn.line);
 }
 
@@ -236,7 +236,7 @@ uint64_t execute(Machine& m, const FunctionCode* f, uint64_t* registers) {
   X(name, U64, W_U64, 64, false)
 #define DO_ADD(W, width, is_signed) W(x + y)
 #define DO_SUB(W, width, is_signed) W(x - y)
-#define DO_MUL(W, width, is_signed) W(x * y)
+#define DO_MUL(W, width, is_signed) W(x* y)
   // -1 apart, no quotient leaves its type.
 #define DO_DIV(W, width, is_signed)                                                                \
   (!is_signed ? x / y : y == UINT64_MAX ? W(0 - x) : uint64_t(int64_t(x) / int64_t(y)))
@@ -315,9 +315,8 @@ uint64_t execute(Machine& m, const FunctionCode* f, uint64_t* registers) {
     NEXT;                                                                                          \
   }
 #define CHECK(size, writes)                                                                        \
-  if (__builtin_expect(at >= ARENA_UNITS ||                                                        \
-                           !(shadow[at] & shadow[at + size - 1] & (writes ? 2 : 1)),               \
-                       0)) {                                                                       \
+  if (__builtin_expect(                                                                            \
+          at >= ARENA_UNITS || !(shadow[at] & shadow[at + size - 1] & (writes ? 2 : 1)), 0)) {     \
     HERE;                                                                                          \
     bad_access(m.memory, at, size, writes);                                                        \
   }
@@ -394,7 +393,7 @@ L_I_LEA:
 L_I_LEAX:
   r[ins->a] = uint32_t(frame + ins->c + r[ins->b]);
   NEXT;
-L_I_CONVERT: {
+L_I_CONVERT : {
   const Conversion& c = program.conversions[ins->c];
   r[ins->a] = convert(r[ins->b], c.from, c.to);
   NEXT;
@@ -402,14 +401,14 @@ L_I_CONVERT: {
 L_I_SATURATED_SLL:
   r[ins->a] = saturated_shift(int64_t(r[ins->b]), int64_t(r[ins->c]), ins->aux);
   NEXT;
-L_I_BITS_LOAD: {
+L_I_BITS_LOAD : {
   at = uint32_t(r[ins->b]);
   unsigned shift = ins->c & 0xFF, width = ins->c >> 8 & 0xFF;
   CHECK((shift + width + 15) / 16, false)
   r[ins->a] = wrap(m.memory.load_bits(at, shift, width), width, ins->c >> 16);
   NEXT;
 }
-L_I_BITS_STORE: {
+L_I_BITS_STORE : {
   at = uint32_t(r[ins->b]);
   unsigned shift = ins->c & 0xFF, width = ins->c >> 8 & 0xFF;
   CHECK((shift + width + 15) / 16, true)
@@ -447,7 +446,7 @@ L_I_SWITCH:
 L_I_TRAP:
   FAULT(program.messages[ins->c]);
 
-L_I_CALL: {
+L_I_CALL : {
   const CallSite& site = program.sites[ins->c];
   const FunctionCode* callee = site.callee;
   HERE;
@@ -487,7 +486,7 @@ L_I_RETURN_OBJECT:
 L_I_RETURN:
   TAKE_STEPS;
   result = r[ins->a];
-leave: {
+leave : {
   if (m.calls.size() == bottom) {
     m.steps_left = steps;
     return result;

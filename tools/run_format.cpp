@@ -79,8 +79,7 @@ std::string one_value(const Directive& d, FormatArguments& arguments) {
   std::string host = host_format(d);
   switch (d.conversion) {
   case 'd':
-  case 'i':
-    return print(host + "lld", static_cast<long long>(arguments.integer(d.bits, true)));
+  case 'i': return print(host + "lld", static_cast<long long>(arguments.integer(d.bits, true)));
   case 'u':
   case 'o':
   case 'x':

@@ -123,12 +123,24 @@ void give_cut_string(Call& c, const std::string& text) {
   c.give(int64_t(text.size()));
 }
 
-void do_printf(Call& c) { give_printed(c, format_of(c, 0)); }
-void do_vprintf(Call& c) { give_printed(c, list_format_of(c, 0)); }
-void do_sprintf(Call& c) { give_string(c, format_of(c, 1)); }
-void do_vsprintf(Call& c) { give_string(c, list_format_of(c, 1)); }
-void do_snprintf(Call& c) { give_cut_string(c, format_of(c, 2)); }
-void do_vsnprintf(Call& c) { give_cut_string(c, list_format_of(c, 2)); }
+void do_printf(Call& c) {
+  give_printed(c, format_of(c, 0));
+}
+void do_vprintf(Call& c) {
+  give_printed(c, list_format_of(c, 0));
+}
+void do_sprintf(Call& c) {
+  give_string(c, format_of(c, 1));
+}
+void do_vsprintf(Call& c) {
+  give_string(c, list_format_of(c, 1));
+}
+void do_snprintf(Call& c) {
+  give_cut_string(c, format_of(c, 2));
+}
+void do_vsnprintf(Call& c) {
+  give_cut_string(c, list_format_of(c, 2));
+}
 void do_fprintf(Call& c) {
   std::string text = format_of(c, 1);
   put_to(c, 0, text);
@@ -187,11 +199,15 @@ int64_t compare(Call& c, uint32_t a, uint32_t b, uint64_t n, bool strings) {
 void do_memcmp(Call& c) {
   c.give(compare(c, c.pointer(0), c.pointer(1), c.unsigned_bits(2), false));
 }
-void do_strcmp(Call& c) { c.give(compare(c, c.pointer(0), c.pointer(1), UINT64_MAX, true)); }
+void do_strcmp(Call& c) {
+  c.give(compare(c, c.pointer(0), c.pointer(1), UINT64_MAX, true));
+}
 void do_strncmp(Call& c) {
   c.give(compare(c, c.pointer(0), c.pointer(1), c.unsigned_bits(2), true));
 }
-void do_strlen(Call& c) { c.give(int64_t(c.string_length(c.pointer(0)))); }
+void do_strlen(Call& c) {
+  c.give(int64_t(c.string_length(c.pointer(0))));
+}
 void do_strcpy(Call& c) {
   move_memory(c, c.pointer(0), c.pointer(1), c.string_length(c.pointer(1)) + 1);
   c.give(c.pointer(0));
@@ -226,7 +242,9 @@ uint32_t allocate(Call& c, uint64_t units) {
 void release(Call& c, uint32_t at) {
   if (at && !c.m.memory.release(at)) fault(c.function.name + "() of what is no block of the heap");
 }
-void do_malloc(Call& c) { c.give(allocate(c, c.unsigned_bits(0))); }
+void do_malloc(Call& c) {
+  c.give(allocate(c, c.unsigned_bits(0)));
+}
 void do_calloc(Call& c) {
   uint64_t n = c.unsigned_bits(0), size = c.unsigned_bits(1);
   uint64_t units = n <= ARENA_UNITS && size <= ARENA_UNITS ? n * size : ARENA_UNITS + 1;
@@ -244,7 +262,9 @@ void do_realloc(Call& c) {
   }
   c.give(at);
 }
-void do_free(Call& c) { release(c, c.pointer(0)); }
+void do_free(Call& c) {
+  release(c, c.pointer(0));
+}
 
 // --- Sorting and searching ---
 
@@ -276,8 +296,8 @@ void do_qsort(Call& c) {
       uint64_t middle = std::min(begin + run, n), end = std::min(begin + 2 * run, n);
       uint64_t i = begin, k = middle;
       for (uint64_t to = begin; to < end; ++to) {
-        bool from_left = k == end || (i < middle && call_comparison(c, function, order[i],
-                                                                    order[k]) <= 0);
+        bool from_left =
+            k == end || (i < middle && call_comparison(c, function, order[i], order[k]) <= 0);
         merged[to] = from_left ? order[i++] : order[k++];
       }
     }
@@ -310,15 +330,23 @@ void do_abs(Call& c) {
   int64_t v = c.integer(0);
   c.give(v < 0 ? int64_t(0 - uint64_t(v)) : v);
 }
-void do_exit(Call& c) { throw ProgramExit{c.integer(0)}; }
-void do_abort(Call&) { fault("abort() is called"); }
+void do_exit(Call& c) {
+  throw ProgramExit{c.integer(0)};
+}
+void do_abort(Call&) {
+  fault("abort() is called");
+}
 void do_rand(Call& c) {
   c.m.random = c.m.random * 1103515245 + 12345;
   c.give(c.m.random >> 16 & 0x7FFF);
 }
-void do_srand(Call& c) { c.m.random = uint32_t(c.integer(0)); }
+void do_srand(Call& c) {
+  c.m.random = uint32_t(c.integer(0));
+}
 
-template <double F(double)> void do_math(Call& c) { c.give_number(F(c.number(0))); }
+template <double F(double)> void do_math(Call& c) {
+  c.give_number(F(c.number(0)));
+}
 template <double F(double, double)> void do_math2(Call& c) {
   c.give_number(F(c.number(0), c.number(1)));
 }
@@ -336,9 +364,16 @@ struct LibraryFunction {
   void (*run)(Call&);
 };
 
-#define MATH(name) {#name, do_math<std::name>}, {#name "f", do_math<std::name>}
-#define MATH2(name) {#name, do_math2<std::name>}, {#name "f", do_math2<std::name>}
-#define CTYPE(name) {#name, do_class<name>}
+#define MATH(name)                                                                                 \
+  {#name, do_math<std::name>}, {                                                                   \
+#name "f", do_math < std::name>                                                                \
+  }
+#define MATH2(name)                                                                                \
+  {#name, do_math2<std::name>}, {                                                                  \
+#name "f", do_math2 < std::name>                                                               \
+  }
+#define CTYPE(name)                                                                                \
+  { #name, do_class < name> }
 constexpr LibraryFunction FUNCTIONS[] = {
     {"printf", do_printf},
     {"vprintf", do_vprintf},
@@ -420,7 +455,8 @@ int standard_stream(const std::string& name) {
   return plain == "stdout" ? 1 : plain == "stderr" ? int(STDERR) : 0;
 }
 
-uint64_t call_library(Machine& m, const FunctionCode& f, const CallSite& site, uint64_t* arguments) {
+uint64_t call_library(Machine& m, const FunctionCode& f, const CallSite& site,
+                      uint64_t* arguments) {
   LibraryCall call{m, f, site, arguments};
   FUNCTIONS[f.library].run(call);
   return call.result;

@@ -38,13 +38,13 @@ struct LibraryCall {
   void need_read(uint32_t at, uint64_t units) const;
   void need_write(uint32_t at, uint64_t units) const;
   uint64_t string_length(uint32_t at, uint64_t limit = UINT64_MAX) const; // up to `limit` units
-  std::string string(uint32_t at) const;                                 // low bytes of the units
+  std::string string(uint32_t at) const;                                  // low bytes of the units
 };
 
 // The variable arguments of a formatted output.
 struct FormatArguments {
   LibraryCall& call;
-  size_t next = 0;      // argument of the call
+  size_t next = 0;        // argument of the call
   bool in_memory = false; // they lie at `at` instead, laid out as for a variadic function
   uint32_t at = 0;
   uint64_t integer(unsigned bits, bool is_signed); // `bits` counts for those in memory

@@ -79,14 +79,15 @@ struct Memory {
   void store_bits(uint32_t at, unsigned shift, unsigned width, uint64_t v);
 
   // The C heap. Freed blocks are handed out again only when the region is used up, so that stale
-  // pointers are found. allocate gives 0 when nothing is left, release false for no block's address.
+  // pointers are found. allocate gives 0 when nothing is left, release false for no block's
+  // address.
   uint32_t allocate(uint64_t size);
   bool release(uint32_t at);
   uint64_t block_size(uint32_t at) const; // 0 for no block's address
 
 private:
-  std::unordered_map<uint32_t, uint32_t> blocks_;     // address to size
-  std::multimap<uint32_t, uint32_t> free_blocks_;     // size to address
+  std::unordered_map<uint32_t, uint32_t> blocks_; // address to size
+  std::multimap<uint32_t, uint32_t> free_blocks_; // size to address
 };
 
 } // namespace icode::run

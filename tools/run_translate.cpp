@@ -8,9 +8,9 @@ namespace icode::run {
 namespace {
 
 // Deeper trees would need more of the native stack than the program provides.
-constexpr uint32_t MAX_TREE_DEPTH = 250000;
-constexpr size_t MAX_CODE = size_t(1) << 24;     // instructions in a unit
-constexpr uint32_t MAX_REGISTERS = 1 << 20;      // of a function
+constexpr uint32_t MAX_TREE_DEPTH = 150000;
+constexpr size_t MAX_CODE = size_t(1) << 24; // instructions in a unit
+constexpr uint32_t MAX_REGISTERS = 1 << 20;  // of a function
 constexpr uint16_t MAX_AUX = UINT16_MAX;
 
 bool assigns(int op) {
@@ -51,8 +51,7 @@ bool find_facts(const Unit& unit, std::vector<uint8_t>& facts) {
       f |= HAS_EFFECTS;
       int to = unit.nodes[n.left].op;
       if (to != UMULT && to != STREF) f |= WRITES_REG;
-    } else if (n.op == CALL || n.op == UCALL || n.op == MCALL || n.op == UMCALL ||
-               n.op == MEMCPY) {
+    } else if (n.op == CALL || n.op == UCALL || n.op == MCALL || n.op == UMCALL || n.op == MEMCPY) {
       f |= HAS_EFFECTS;
     }
     facts[i] = f;
@@ -217,8 +216,8 @@ void FunctionTranslator::find_homes() {
 
 // --- Steps and statistics ---
 
-// Counts the nodes that are executed whenever `root` is; what is behind a condition becomes a region
-// of its own when it is translated.
+// Counts the nodes that are executed whenever `root` is; what is behind a condition becomes a
+// region of its own when it is translated.
 void FunctionTranslator::enter_region(uint32_t root, bool is_statement) {
   uint64_t count = 0;
   if (p.with_stats) {
@@ -344,8 +343,7 @@ void FunctionTranslator::switch_statement(const Node& n) {
                           [](const auto& a, const auto& b) { return a.first == b.first; }),
               cases.end());
   constexpr uint64_t SPARSENESS = 4; // table places a case that are well spent
-  uint64_t span =
-      cases.empty() ? 0 : uint64_t(cases.back().first) - uint64_t(cases.front().first);
+  uint64_t span = cases.empty() ? 0 : uint64_t(cases.back().first) - uint64_t(cases.front().first);
   if (!cases.empty() && span < SPARSENESS * cases.size()) {
     table.first = cases.front().first;
     table.dense.assign(span + 1, table.otherwise);

@@ -93,12 +93,24 @@ struct BuiltIn {
 };
 
 constexpr BuiltIn BUILT_INS[] = {
-    {"_never_executed", B_NEVER, 0}, {"_abs", B_ABS, 1},   {"_labs", B_ABS, 1},
-    {"_llabs", B_ABS, 1},            {"_fabs", B_ABS, 1},  {"_fabsf", B_ABS, 1},
-    {"_min", B_MIN, 2},              {"_lmin", B_MIN, 2},  {"_llmin", B_MIN, 2},
-    {"_fmin", B_MIN, 2},             {"_fminf", B_MIN, 2}, {"_max", B_MAX, 2},
-    {"_lmax", B_MAX, 2},             {"_llmax", B_MAX, 2}, {"_fmax", B_MAX, 2},
-    {"_fmaxf", B_MAX, 2},            {"_sshl", B_SHIFT, 2}, {"__builtin_expect", B_EXPECT, 2},
+    {"_never_executed", B_NEVER, 0},
+    {"_abs", B_ABS, 1},
+    {"_labs", B_ABS, 1},
+    {"_llabs", B_ABS, 1},
+    {"_fabs", B_ABS, 1},
+    {"_fabsf", B_ABS, 1},
+    {"_min", B_MIN, 2},
+    {"_lmin", B_MIN, 2},
+    {"_llmin", B_MIN, 2},
+    {"_fmin", B_MIN, 2},
+    {"_fminf", B_MIN, 2},
+    {"_max", B_MAX, 2},
+    {"_lmax", B_MAX, 2},
+    {"_llmax", B_MAX, 2},
+    {"_fmax", B_MAX, 2},
+    {"_fmaxf", B_MAX, 2},
+    {"_sshl", B_SHIFT, 2},
+    {"__builtin_expect", B_EXPECT, 2},
 };
 
 } // namespace

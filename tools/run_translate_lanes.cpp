@@ -190,8 +190,7 @@ Place FunctionTranslator::field_lanes(uint32_t n) {
     const Node& index = node(items[k]);
     if (index.op != ICON || index.a >= from.shape.lanes) fail(x, "of a lane that is not there");
     uint32_t save = top;
-    store(moved(to, k * (type.scalar.bits / 16)), type.scalar,
-          lane_as(from, index.a, type.scalar));
+    store(moved(to, k * (type.scalar.bits / 16)), type.scalar, lane_as(from, index.a, type.scalar));
     top = save;
   }
   return to;

@@ -165,9 +165,7 @@ Place FunctionTranslator::place(uint32_t n) {
     return at;
   }
   case COMMAOP:
-  case PCOMMA:
-    effects(x.left);
-    return place(x.right);
+  case PCOMMA: effects(x.left); return place(x.right);
   case DDNODE:
   case EPVAL: return place(x.left);
   default: break;
@@ -232,7 +230,8 @@ FunctionTranslator::Access FunctionTranslator::access(const Place& at, unsigned 
 Operand FunctionTranslator::load(const Place& from, Scalar type, uint32_t want, uint32_t save) {
   if (from.kind == Place::REG) {
     type.is_boolean = false; // reading never changes the bits
-    if (from.held.cls != type.cls || from.held.bits != type.bits) fail("a register of another type");
+    if (from.held.cls != type.cls || from.held.bits != type.bits)
+      fail("a register of another type");
     return converted(Operand::of_reg(from.reg), from.held, type, want);
   }
   if (p.with_stats && region != NONE) ++p.regions[region].loads;

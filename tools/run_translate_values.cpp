@@ -173,7 +173,7 @@ Operand FunctionTranslator::unary(int op, Scalar type, Operand v, uint32_t want,
   }
   default: break;
   }
-  if (is_float == (op == NOTB) || (op == SQRT && !is_float))
+  if ((op == NOTB && is_float) || (op == SQRT && !is_float))
     fail(std::string(op_name(unsigned(op))) + " of such a type");
   unsigned by_width = type.bits == 64, by_kind = int_kind(type), code;
   switch (op) {
@@ -393,9 +393,7 @@ void FunctionTranslator::branch_if(uint32_t n, bool when, uint32_t label) {
   switch (x.op) {
   case EXCLAIM: return branch_if(x.left, !when, label);
   case COMMAOP:
-  case PCOMMA:
-    effects(x.left);
-    return branch_if(x.right, when, label);
+  case PCOMMA: effects(x.left); return branch_if(x.right, when, label);
   case ANDAND:
   case OROR: {
     // The left side decides alone if it is false (ANDAND), true (OROR).
@@ -489,8 +487,8 @@ Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool
   Operand l = snapshot(load(to, type, NO_REG, top), right_writes);
   Operand old = converted(l, type, common);
   Operand by = value_as(x.right, is_shift ? right : common);
-  bool direct = to.kind == Place::REG && converts_freely(common, type) &&
-                converts_freely(type, to.held);
+  bool direct =
+      to.kind == Place::REG && converts_freely(common, type) && converts_freely(type, to.held);
   Operand v = arithmetic(op, common, old, by, direct ? to.reg : NO_REG, top);
   v = converted(v, common, type);
   store(to, type, v);
@@ -516,8 +514,8 @@ Operand FunctionTranslator::step_assignment(uint32_t n, uint32_t want, bool need
   computed.is_boolean = false;
   Operand by = value_as(x.right, computed);
   bool direct = to.kind == Place::REG && !type.is_boolean && converts_freely(type, to.held);
-  Operand v = arithmetic(x.op == PLUSPLUS ? PLUS : MINUS, computed, old, by,
-                         direct ? to.reg : NO_REG, top);
+  Operand v =
+      arithmetic(x.op == PLUSPLUS ? PLUS : MINUS, computed, old, by, direct ? to.reg : NO_REG, top);
   v = converted(v, computed, type);
   store(to, type, v);
   if (!needed) {
@@ -697,9 +695,7 @@ Operand FunctionTranslator::value(uint32_t n, uint32_t want) {
   case TOIEEE:
   case FRIEEE: return value_as(x.left, scalar(n), want);
   case COMMAOP:
-  case PCOMMA:
-    effects(x.left);
-    return value_as(x.right, scalar(n), want);
+  case PCOMMA: effects(x.left); return value_as(x.right, scalar(n), want);
   case QUEST: return choice(n, want);
   case PMCONV:
   case PVCONV: return class_pointer(n, want);

@@ -60,11 +60,11 @@ struct FunctionTranslator {
   FunctionCode& out;
   const std::vector<uint8_t>& facts;
 
-  std::vector<Home> homes = {};                         // by local
-  std::unordered_map<uint64_t, Place> vregs = {};       // by number
+  std::vector<Home> homes = {};                            // by local
+  std::unordered_map<uint64_t, Place> vregs = {};          // by number
   std::unordered_map<uint32_t, uint32_t> user_labels = {}; // number to label
-  std::vector<uint32_t> label_at = {};                  // label to code position
-  uint32_t top = 0;                                     // next free temporary
+  std::vector<uint32_t> label_at = {};                     // label to code position
+  uint32_t top = 0;                                        // next free temporary
   uint32_t max_top = 0;
   uint64_t pending_steps = 0; // of nodes whose steps no instruction has taken yet
   uint32_t region = NONE;
@@ -96,7 +96,7 @@ struct FunctionTranslator {
   uint32_t alloc();
   // The register of a result: `want`, or a temporary at `save`, to which the temporaries are cut.
   uint32_t dest(uint32_t want, uint32_t save);
-  uint32_t reg(Operand v); // in a register
+  uint32_t reg(Operand v);                   // in a register
   Operand move_to(uint32_t want, Operand v); // in `want`, unless that is NO_REG
   void trap(const std::string& message);
   void jump(uint32_t label) { emit(I_JUMP, 0, 0, label, take_steps()); }
@@ -185,7 +185,7 @@ struct FunctionTranslator {
   };
   Result call(uint32_t n, uint32_t want);
   Result built_in(uint32_t n, uint32_t want);
-  Operand move_units(uint32_t n); // a MEMCPY; gives the destination
+  Operand move_units(uint32_t n);                        // a MEMCPY; gives the destination
   std::vector<uint32_t> list_items(uint32_t list) const; // of a left-leaning COMMA list
 };
 

@@ -14,13 +14,13 @@
 namespace icode::run {
 
 enum CLASS : uint8_t {
-  C_BAD,     // a type that no value can have here
+  C_BAD, // a type that no value can have here
   C_VOID,
-  C_INT,     // integers, enumerations, pointers, references
+  C_INT, // integers, enumerations, pointers, references
   C_FLOAT,
   C_FUNC,
-  C_MEM,     // structures, unions, classes, arrays
-  C_VECTOR,  // of scalars
+  C_MEM,    // structures, unions, classes, arrays
+  C_VECTOR, // of scalars
   C_COMPLEX,
 };
 
@@ -33,9 +33,9 @@ struct Scalar {
 
 struct Shape {
   CLASS cls = C_BAD;
-  Scalar scalar;      // of the value, the lane of a vector, or the part of a complex
-  uint64_t units = 0; // size in addressable units
-  uint64_t lanes = 0; // of a vector; 2 for a complex
+  Scalar scalar;             // of the value, the lane of a vector, or the part of a complex
+  uint64_t units = 0;        // size in addressable units
+  uint64_t lanes = 0;        // of a vector; 2 for a complex
   bool wide_aligned = false; // begins at an even address
 
   bool is_scalar() const { return cls == C_INT || cls == C_FLOAT; }
@@ -71,10 +71,18 @@ inline uint64_t wrap(uint64_t bits, Scalar s) {
   return wrap(bits, s.bits, s.is_signed);
 }
 
-inline float as_float(uint64_t v) { return std::bit_cast<float>(uint32_t(v)); }
-inline double as_double(uint64_t v) { return std::bit_cast<double>(v); }
-inline uint64_t from_float(float f) { return std::bit_cast<uint32_t>(f); }
-inline uint64_t from_double(double d) { return std::bit_cast<uint64_t>(d); }
+inline float as_float(uint64_t v) {
+  return std::bit_cast<float>(uint32_t(v));
+}
+inline double as_double(uint64_t v) {
+  return std::bit_cast<double>(v);
+}
+inline uint64_t from_float(float f) {
+  return std::bit_cast<uint32_t>(f);
+}
+inline uint64_t from_double(double d) {
+  return std::bit_cast<uint64_t>(d);
+}
 
 // A float of either width, as a double (exact), and back (rounded to nearest).
 inline double float_value(uint64_t v, Scalar s) {
