@@ -19,9 +19,8 @@ constexpr int MAX_NESTING = 100; // of calls from the library, each of which tak
 
 Machine::Machine(Program& p)
     : program(p), memory(p.memory),
-      registers(static_cast<uint64_t*>(calloc(REGISTERS, sizeof(uint64_t)))),
+      registers(fresh_pages<uint64_t>(REGISTERS)),
       stack_top(p.memory.stack_begin) {
-  if (!registers) throw std::bad_alloc();
   free_registers = registers.get();
   registers_end = free_registers + REGISTERS;
 }

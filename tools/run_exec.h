@@ -36,7 +36,7 @@ struct Machine {
   uint32_t random = 1;
 
   // Cells of all frames.
-  std::unique_ptr<uint64_t[], FreeDeleter> registers;
+  Pages<uint64_t> registers;
   uint64_t* registers_end = nullptr;
   uint64_t* free_registers = nullptr; // behind the frame that called the library
   std::vector<CallRecord> calls;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 
 namespace icode::run {
 
@@ -9,17 +10,21 @@ namespace {
 
 constexpr uint32_t TAIL = 16; // a scalar that begins at the arena's last unit stays inside
 
-template <class T> T* fresh_pages(size_t count) {
-  auto* p = static_cast<T*>(calloc(count, sizeof(T)));
-  if (!p) throw std::bad_alloc();
-  return p;
-}
-
 constexpr uint64_t even(uint64_t n) {
   return (n + 1) & ~uint64_t(1);
 }
 
 } // namespace
+
+void* map_pages(size_t bytes) {
+  void* p = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (p == MAP_FAILED) throw std::bad_alloc();
+  return p;
+}
+
+void PagesDeleter::operator()(void* p) const {
+  munmap(p, bytes);
+}
 
 Memory::Memory()
     : units(fresh_pages<uint16_t>(ARENA_UNITS + TAIL)),

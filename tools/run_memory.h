@@ -25,16 +25,25 @@ constexpr uint32_t FUNCTION_BEGIN = 0xF0000000;    // addresses of functions, ou
 constexpr uint16_t POISON = 0xA5A5;                // each unit of an uninitialised local
 constexpr uint64_t POISON_64 = 0xA5A5A5A5A5A5A5A5; // the same, of four units
 
-struct FreeDeleter {
-  void operator()(void* p) const { free(p); }
+// Zeroed memory straight from the system: pages come into being as they are touched, and nothing is
+// spent on those that never are.
+struct PagesDeleter {
+  size_t bytes;
+  void operator()(void* p) const;
 };
+template <class T> using Pages = std::unique_ptr<T[], PagesDeleter>;
+void* map_pages(size_t bytes); // throws std::bad_alloc
+template <class T> Pages<T> fresh_pages(size_t count) {
+  const size_t bytes = count * sizeof(T);
+  return Pages<T>(static_cast<T*>(map_pages(bytes)), PagesDeleter{bytes});
+}
 
 struct Memory {
   Memory(); // throws std::bad_alloc
 
-  // The units themselves and their PERMISSION bytes. Pages come into being as they are touched.
-  std::unique_ptr<uint16_t[], FreeDeleter> units;
-  std::unique_ptr<uint8_t[], FreeDeleter> shadow;
+  // The units themselves and their PERMISSION bytes.
+  Pages<uint16_t> units;
+  Pages<uint8_t> shadow;
 
   uint32_t data_end = DATA_BEGIN; // of what place_data has given out
   uint32_t stack_begin = 0, stack_end = 0;
