@@ -68,7 +68,12 @@ static void make_file_operator(NODE*& node) {
   }
 }
 
+NODE* unsimplify_tree(NODE* tree) {
+  walk_postorder(tree, make_file_operator);
+  return tree;
+}
+
 void unsimplify() {
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
-    for (LIST* s = bb->statements; s; s = s->next) walk_postorder(s->tree, make_file_operator);
+    for (LIST* s = bb->statements; s; s = s->next) s->tree = unsimplify_tree(s->tree);
 }

@@ -226,6 +226,7 @@ static void write_exception_table(FUNINFO* fi) {
   for (unsigned i = 0; i < eht.size(); i++) {
     CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
     if (!kept[i]) continue;
+    if (eht[i].cleanup) eht[i].cleanup = insert_mandatory_casts(unsimplify_tree(eht[i].cleanup));
     new_ids[i] = static_cast<unsigned>(out.size());
     out.push_back({new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
   }
@@ -435,7 +436,7 @@ void finish_global_symbols() {
     if (!sym->init_list.empty()) {
       o_file->if_write_init(sym);
       for (NODE*& tree : sym->init_list) {
-        tree = insert_mandatory_casts(tree);
+        tree = insert_mandatory_casts(unsimplify_tree(tree));
         wrtree(tree);
       }
     }
