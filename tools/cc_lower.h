@@ -1,0 +1,234 @@
+// The lowering of a parsed unit to icode.
+//
+// Types of expressions are computed bottom up on the target's types: of the parser's tree only names,
+// operators, declarations and types as written count. Its implicit conversions are passed over, since
+// they follow from widths that the target doesn't have.
+//
+// A construct that is refused is reported where it stands and throws REFUSED, which ends the statement
+// or declaration; no exception crosses the parser's frames.
+#pragma once
+
+#include "clang/AST/ASTContext.h"
+#include "clang/AST/Decl.h"
+#include "clang/AST/DeclCXX.h"
+#include "clang/AST/Expr.h"
+#include "clang/AST/Stmt.h"
+#include "clang/AST/TypeLoc.h"
+#include "clang/Basic/SourceManager.h"
+
+#include "ifile/i_file.h"
+#include "tools/cc_fold.h"
+#include "tools/cc_trees.h"
+
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace cc {
+
+struct REFUSED {};
+
+// `#pragma UNROLL(n)` or `#pragma MUST_ITERATE(min, max, multiple)`, ahead of a loop.
+struct LOOP_PRAGMA {
+  clang::SourceLocation at;
+  int kind; // PRAGMA_UNROLL, PRAGMA_MUST_ITERATE
+  std::vector<std::string> args;
+};
+
+// Kinds of pragma records.
+constexpr int PRAGMA_STATIC_LOCAL = '3', PRAGMA_ALWAYS_INLINE = 'X', PRAGMA_UNROLL = 'U',
+              PRAGMA_MUST_ITERATE = 'M';
+
+// A place in a function's record list. Kept until the function's end, because the symbols of a block
+// stand before its statements and some of them turn up late.
+struct ITEM {
+  enum KIND { EXPRESSION, LABEL_RECORD, BLOCK_BEGIN, BLOCK_END, LOOP_NOTE } kind;
+  NODE* tree = nullptr;
+  PSN* psn = nullptr;
+  int label = 0;
+  size_t block = 0;    // of BLOCK_BEGIN: index in FUNCTION::blocks
+  const LOOP_PRAGMA* note = nullptr;
+};
+
+struct JUMPS {
+  int label; // 0 until it is needed
+};
+
+struct SWITCH_STATE {
+  TYPE* type;
+  std::map<INT65, int> cases; // value to label
+  std::vector<std::pair<INT65, int>> in_order;
+  int default_label = 0;
+};
+
+struct FUNCTION {
+  const clang::FunctionDecl* decl;
+  SYMTAB* symbol;
+  TYPE* type;
+  std::vector<SYMTAB*> params;
+  std::deque<std::vector<SYMTAB*>> blocks; // symbols by block; 0 is the outermost
+  std::vector<size_t> open_blocks;
+  std::vector<ITEM> items;
+  std::unordered_map<const clang::LabelDecl*, int> labels;
+  std::vector<JUMPS*> breaks, continues; // innermost last
+  std::vector<SWITCH_STATE*> switches;
+  int next_label = 1;
+  int next_temp = 1;
+};
+
+class LOWERING {
+public:
+  LOWERING(clang::ASTContext& context, I_FILE* out, std::vector<std::string> options,
+           const std::vector<LOOP_PRAGMA>& loop_pragmas);
+
+  // Lowers the whole unit into the file, without closing it. False if anything was refused.
+  bool run();
+
+private:
+  clang::ASTContext& ctx;
+  clang::SourceManager& sm;
+  I_FILE* out;
+  std::vector<std::string> options;       // of option set 0
+  std::map<std::string, unsigned> option_sets; // by the text of the attribute
+  std::vector<LOOP_PRAGMA> loop_pragmas;
+  size_t next_loop_pragma = 0;
+  FUNCTION* fn = nullptr;
+  unsigned next_static = 1;
+
+  std::unordered_map<const clang::Decl*, SYMTAB*> symbols; // by canonical declaration
+  std::unordered_map<const clang::ParmVarDecl*, SYMTAB*> incoming;
+  std::unordered_map<const clang::Decl*, TYPE*> declared_types; // typedefs, records, enumerations
+  std::unordered_map<const clang::FieldDecl*, fkMDATA*> members;
+  struct ENUM_VALUE {
+    INT65 value;
+    TYPE* type;
+  };
+  std::unordered_map<const clang::EnumConstantDecl*, ENUM_VALUE> enum_values;
+  std::vector<SYMTAB*> initialised; // globals with initialisers, in order
+  std::set<std::string> static_names;
+  std::set<const SYMTAB*> address_taken;
+  std::vector<SYMTAB*> globals;
+
+  // --- Reports
+  [[noreturn]] void refuse(clang::SourceLocation at, const std::string& text);
+  void error(clang::SourceLocation at, const std::string& text);
+  bool failed = false;
+  PSN* psn_of(clang::SourceLocation at);
+
+  // --- Types (cc_types.cpp)
+  TYPE* type_of(clang::TypeLoc loc);
+  TYPE* type_of(clang::QualType type, clang::SourceLocation at);
+  TYPE* type_of(const clang::TypeSourceInfo* info) { return type_of(info->getTypeLoc()); }
+  TYPE* type_of_decl(const clang::DeclaratorDecl* decl);
+  TYPE* type_of_typedef(const clang::TypedefNameDecl* decl);
+  TYPE* basic_type(const clang::BuiltinType* type, clang::SourceLocation at);
+  TYPE* record_type(const clang::RecordDecl* decl);
+  TYPE* enum_type(const clang::EnumDecl* decl);
+  TYPE* function_type(clang::FunctionTypeLoc loc);
+  TYPE* vector_type(TYPE* elem, unsigned count, clang::SourceLocation at);
+  TYPE* parameter_type(const clang::ParmVarDecl* decl);
+  TYPE* array_type(TYPE* elem, const clang::Expr* bound, clang::SourceLocation at);
+  TYPE* array_type(TYPE* elem, unsigned long count, clang::SourceLocation at);
+  void lay_out(const clang::RecordDecl* decl, TYPE* record);
+  void refuse_layout_attributes(const clang::Decl* decl);
+  const ENUM_VALUE& value_of(const clang::EnumConstantDecl* decl);
+  // Members from `record` to the field, through unnamed structures.
+  fkMDATA* member(const clang::FieldDecl* decl);
+  INT65 constant_of(const clang::Expr* e); // refuses what is not an integer constant
+  TYPE* complete(TYPE* type, clang::SourceLocation at); // refuses an incomplete type
+
+  // --- Symbols and declarations (cc_decl.cpp)
+  SYMTAB* new_symbol(const std::string& name, TYPE* type, int sclass, clang::SourceLocation at);
+  void enter_global(SYMTAB* sym);
+  SYMTAB* symbol_of(const clang::ValueDecl* decl);
+  SYMTAB* global_variable(const clang::VarDecl* decl);
+  SYMTAB* static_local(const clang::VarDecl* decl);
+  SYMTAB* function_symbol(const clang::FunctionDecl* decl);
+  SYMTAB* add_local(const std::string& name, TYPE* type, int sclass, clang::SourceLocation at);
+  SYMTAB* temporary(TYPE* type, clang::SourceLocation at);
+  SYMTAB* static_object(const std::string& prefix, TYPE* type, clang::SourceLocation at);
+  void add_pragma(SYMTAB* sym, int kind, std::vector<std::string> args);
+  unsigned option_set_of(const clang::FunctionDecl* decl);
+  void attributes_of(const clang::Decl* decl, SYMTAB* sym);
+  void top_level(const clang::Decl* decl);
+  void lower_function(const clang::FunctionDecl* decl);
+  void write_function(PSN* begin, PSN* end);
+  void write_locals(const std::vector<SYMTAB*>& locals);
+  void note_addresses(const NODE* tree);
+  void check_static_assert(const clang::StaticAssertDecl* decl);
+  void finish_globals();
+
+  // --- Statements (cc_stmt.cpp)
+  void statement(const clang::Stmt* s);
+  void lower_statement(const clang::Stmt* s);
+  void compound(const clang::CompoundStmt* s);
+  void declarations(const clang::DeclStmt* s);
+  void local_variable(const clang::VarDecl* decl);
+  void if_statement(const clang::IfStmt* s);
+  void while_statement(const clang::WhileStmt* s);
+  void do_statement(const clang::DoStmt* s);
+  void for_statement(const clang::ForStmt* s);
+  void switch_statement(const clang::SwitchStmt* s);
+  void case_label(const clang::CaseStmt* s);
+  void default_label(const clang::DefaultStmt* s);
+  void return_statement(const clang::ReturnStmt* s);
+  void loop_body(const clang::Stmt* s, JUMPS& on_break, JUMPS& on_continue);
+  void begin_block(clang::SourceLocation at);
+  void end_block(clang::SourceLocation at);
+  void emit(NODE* tree, PSN* psn);
+  void emit_label(int label);
+  void place_label(const JUMPS& jumps);
+  void emit_branch(int label, PSN* psn);
+  void branch_if(NODE* condition, int label, PSN* psn);
+  void emit_for_effect(const clang::Expr* e, PSN* psn);
+  int new_label() { return fn->next_label++; }
+  int label_of(JUMPS& jumps);
+  int label_of(const clang::LabelDecl* decl);
+  void loop_notes(clang::SourceLocation loop);
+
+  // --- Expressions (cc_expr.cpp, cc_calls.cpp)
+  // An expression as it stands: perhaps a place, an array or a function.
+  NODE* lower(const clang::Expr* e);
+  NODE* value(const clang::Expr* e) { return decay(lower(e)); }
+  NODE* effect(const clang::Expr* e); // the value doesn't matter
+  TYPE* type_of_expression(const clang::Expr* e);
+  NODE* string_literal(const clang::StringLiteral* e);
+  NODE* declaration_reference(const clang::DeclRefExpr* e);
+  NODE* member_expression(const clang::MemberExpr* e);
+  NODE* subscript(const clang::ArraySubscriptExpr* e);
+  NODE* unary(const clang::UnaryOperator* e);
+  NODE* increment(const clang::UnaryOperator* e);
+  NODE* binary(const clang::BinaryOperator* e);
+  NODE* additive(int op, NODE* left, NODE* right, clang::SourceLocation at);
+  NODE* logical(int op, const clang::BinaryOperator* e);
+  NODE* compound_assignment(const clang::CompoundAssignOperator* e);
+  NODE* apply(int op, NODE* left, NODE* right, clang::SourceLocation at);
+  NODE* conditional(const clang::ConditionalOperator* e);
+  NODE* explicit_cast(const clang::CStyleCastExpr* e);
+  NODE* size_or_alignment(const clang::UnaryExprOrTypeTraitExpr* e);
+  NODE* offset_of(const clang::OffsetOfExpr* e);
+  NODE* vector_element(const clang::ExtVectorElementExpr* e);
+  NODE* in_memory(NODE* aggregate, clang::SourceLocation at); // a place with that value
+  // Makes a place that may be named twice: `setup` gets what must be evaluated first, or stays null.
+  NODE* steady_place(NODE* place, NODE*& setup, clang::SourceLocation at);
+  NODE* call(const clang::CallExpr* e);
+  NODE* call_builtin(const clang::CallExpr* e, const clang::FunctionDecl* callee);
+  NODE* argument(const clang::Expr* e, TYPE* parameter);
+  NODE* variable_argument(const clang::VAArgExpr* e);
+  NODE* start_variable_arguments(const clang::CallExpr* e);
+  bool is_null_constant(const clang::Expr* e);
+
+  // --- Initialisers (cc_init.cpp)
+  // Assignments that give a local of that place its initial value, in order.
+  void initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE*>& assignments);
+  void static_initialiser(SYMTAB* sym, const clang::Expr* init);
+  NODE* compound_literal(const clang::CompoundLiteralExpr* e);
+  NODE* vector_list(const clang::InitListExpr* list, TYPE* type);
+  void check_designators(const clang::InitListExpr* list);
+  friend class INIT_WALK;
+};
+
+} // namespace cc

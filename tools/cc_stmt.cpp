@@ -1,0 +1,302 @@
+// Statements. Loops and conditions become labels and branches in the order of the source.
+
+#include "tools/cc_lower.h"
+
+#include "OPT5/verify.h"
+#include "TYPES/type_values.h"
+
+#include "clang/AST/Attr.h"
+
+using clang::SourceLocation;
+
+namespace cc {
+
+namespace {
+constexpr unsigned long MAX_CASE_RANGE = 1024; // values of one `case a ... b`
+}
+
+void LOWERING::emit(NODE* tree, PSN* psn) {
+  if (const char* fault = verify_statement(tree)) {
+    const clang::SourceLocation at = sm.translateLineCol(sm.getMainFileID(), psn ? psn->line : 1, 1);
+    refuse(at, std::string("internal error: ") + fault + ": " + tree_text(tree));
+  }
+  ITEM item{ITEM::EXPRESSION};
+  item.tree = tree;
+  item.psn = psn;
+  fn->items.push_back(item);
+}
+
+void LOWERING::emit_label(int label) {
+  ITEM item{ITEM::LABEL_RECORD};
+  item.label = label;
+  fn->items.push_back(item);
+}
+
+void LOWERING::place_label(const JUMPS& jumps) {
+  if (jumps.label) emit_label(jumps.label);
+}
+
+int LOWERING::label_of(JUMPS& jumps) {
+  if (!jumps.label) jumps.label = new_label();
+  return jumps.label;
+}
+
+int LOWERING::label_of(const clang::LabelDecl* decl) {
+  int& label = fn->labels[decl];
+  if (!label) label = new_label();
+  return label;
+}
+
+void LOWERING::emit_branch(int label, PSN* psn) { emit(branch(label), psn); }
+
+void LOWERING::branch_if(NODE* condition, int label, PSN* psn) {
+  emit(maketree(CBRANCH, truth(condition), label_node(label), tp->mk_void()), psn);
+}
+
+void LOWERING::begin_block(SourceLocation at) {
+  fn->blocks.emplace_back();
+  fn->open_blocks.push_back(fn->blocks.size() - 1);
+  ITEM item{ITEM::BLOCK_BEGIN};
+  item.block = fn->open_blocks.back();
+  item.psn = psn_of(at);
+  fn->items.push_back(item);
+}
+
+void LOWERING::end_block(SourceLocation at) {
+  ITEM item{ITEM::BLOCK_END};
+  item.block = fn->open_blocks.back();
+  item.psn = psn_of(at);
+  fn->open_blocks.pop_back();
+  fn->items.push_back(item);
+}
+
+// The pragmas between the statement before and this loop.
+void LOWERING::loop_notes(SourceLocation loop) {
+  for (; next_loop_pragma < loop_pragmas.size(); next_loop_pragma++) {
+    const LOOP_PRAGMA& note = loop_pragmas[next_loop_pragma];
+    if (!sm.isBeforeInTranslationUnit(note.at, loop)) return;
+    ITEM item{ITEM::LOOP_NOTE};
+    item.note = &note;
+    fn->items.push_back(item);
+  }
+}
+
+// A statement that is refused doesn't keep the following ones from being looked at.
+void LOWERING::statement(const clang::Stmt* s) {
+  const std::vector<size_t> open = fn->open_blocks;
+  const size_t breaks = fn->breaks.size(), continues = fn->continues.size(), switches = fn->switches.size();
+  try {
+    lower_statement(s);
+  } catch (const REFUSED&) {
+    fn->open_blocks = open;
+    fn->breaks.resize(breaks);
+    fn->continues.resize(continues);
+    fn->switches.resize(switches);
+  }
+}
+
+static bool is_loop(const clang::Stmt* s) {
+  return llvm::isa<clang::ForStmt>(s) || llvm::isa<clang::WhileStmt>(s) || llvm::isa<clang::DoStmt>(s);
+}
+
+void LOWERING::lower_statement(const clang::Stmt* s) {
+  // Pragmas ahead of anything but a loop have no effect.
+  if (!is_loop(s) && !llvm::isa<clang::LabelStmt>(s) && !llvm::isa<clang::SwitchCase>(s))
+    while (next_loop_pragma < loop_pragmas.size() &&
+           sm.isBeforeInTranslationUnit(loop_pragmas[next_loop_pragma].at, s->getBeginLoc()))
+      next_loop_pragma++;
+  PSN* psn = psn_of(s->getBeginLoc());
+  switch (s->getStmtClass()) {
+  case clang::Stmt::NullStmtClass: return;
+  case clang::Stmt::CompoundStmtClass: return compound(llvm::cast<clang::CompoundStmt>(s));
+  case clang::Stmt::DeclStmtClass: return declarations(llvm::cast<clang::DeclStmt>(s));
+  case clang::Stmt::IfStmtClass: return if_statement(llvm::cast<clang::IfStmt>(s));
+  case clang::Stmt::WhileStmtClass: return while_statement(llvm::cast<clang::WhileStmt>(s));
+  case clang::Stmt::DoStmtClass: return do_statement(llvm::cast<clang::DoStmt>(s));
+  case clang::Stmt::ForStmtClass: return for_statement(llvm::cast<clang::ForStmt>(s));
+  case clang::Stmt::SwitchStmtClass: return switch_statement(llvm::cast<clang::SwitchStmt>(s));
+  case clang::Stmt::CaseStmtClass: return case_label(llvm::cast<clang::CaseStmt>(s));
+  case clang::Stmt::DefaultStmtClass: return default_label(llvm::cast<clang::DefaultStmt>(s));
+  case clang::Stmt::ReturnStmtClass: return return_statement(llvm::cast<clang::ReturnStmt>(s));
+  case clang::Stmt::BreakStmtClass: return emit_branch(label_of(*fn->breaks.back()), psn);
+  case clang::Stmt::ContinueStmtClass: return emit_branch(label_of(*fn->continues.back()), psn);
+  case clang::Stmt::GotoStmtClass:
+    return emit_branch(label_of(llvm::cast<clang::GotoStmt>(s)->getLabel()), psn);
+  case clang::Stmt::LabelStmtClass: {
+    auto* label = llvm::cast<clang::LabelStmt>(s);
+    emit_label(label_of(label->getDecl()));
+    return lower_statement(label->getSubStmt());
+  }
+  case clang::Stmt::AttributedStmtClass:
+    return lower_statement(llvm::cast<clang::AttributedStmt>(s)->getSubStmt());
+  case clang::Stmt::GCCAsmStmtClass: case clang::Stmt::MSAsmStmtClass:
+    refuse(s->getBeginLoc(), "inline assembly is not supported");
+  case clang::Stmt::IndirectGotoStmtClass: refuse(s->getBeginLoc(), "computed goto is not supported");
+  default: break;
+  }
+  if (auto* e = llvm::dyn_cast<clang::Expr>(s)) return emit_for_effect(e, psn);
+  refuse(s->getBeginLoc(), std::string("statement '") + s->getStmtClassName() + "' is not supported");
+}
+
+void LOWERING::emit_for_effect(const clang::Expr* e, PSN* psn) {
+  if (NODE* tree = effect(e)) emit(tree, psn);
+}
+
+void LOWERING::compound(const clang::CompoundStmt* s) {
+  begin_block(s->getLBracLoc());
+  for (const clang::Stmt* inner : s->body()) statement(inner);
+  end_block(s->getRBracLoc());
+}
+
+void LOWERING::declarations(const clang::DeclStmt* s) {
+  for (const clang::Decl* decl : s->decls()) {
+    if (auto* variable = llvm::dyn_cast<clang::VarDecl>(decl)) {
+      if (variable->isStaticLocal()) static_local(variable);
+      else if (variable->hasLocalStorage()) local_variable(variable);
+    } else if (!llvm::isa<clang::FunctionDecl>(decl)) {
+      top_level(decl);
+    }
+  }
+}
+
+void LOWERING::local_variable(const clang::VarDecl* decl) {
+  TYPE* type = complete(type_of_decl(decl), decl->getLocation());
+  const int sclass = decl->getStorageClass() == clang::SC_Register ? SC_REGISTER : SC_AUTO;
+  SYMTAB* sym = add_local(decl->getName().str(), type, sclass, decl->getLocation());
+  symbols[decl->getCanonicalDecl()] = sym;
+  attributes_of(decl, sym);
+  if (!decl->getInit()) return;
+  std::vector<NODE*> assignments;
+  initialise(sym, decl->getInit(), assignments);
+  for (NODE* tree : assignments) emit(tree, psn_of(decl->getLocation()));
+}
+
+void LOWERING::if_statement(const clang::IfStmt* s) {
+  PSN* psn = psn_of(s->getIfLoc());
+  const int otherwise = new_label();
+  branch_if(negate(value(s->getCond())), otherwise, psn);
+  statement(s->getThen());
+  if (!s->getElse()) return emit_label(otherwise);
+  const int end = new_label();
+  emit_branch(end, psn_of(s->getElseLoc()));
+  emit_label(otherwise);
+  statement(s->getElse());
+  emit_label(end);
+}
+
+void LOWERING::loop_body(const clang::Stmt* s, JUMPS& on_break, JUMPS& on_continue) {
+  fn->breaks.push_back(&on_break);
+  fn->continues.push_back(&on_continue);
+  statement(s);
+  fn->breaks.pop_back();
+  fn->continues.pop_back();
+}
+
+void LOWERING::while_statement(const clang::WhileStmt* s) {
+  JUMPS end{new_label()}, top{new_label()};
+  PSN* psn = psn_of(s->getWhileLoc());
+  loop_notes(s->getWhileLoc());
+  emit_label(top.label);
+  branch_if(negate(value(s->getCond())), end.label, psn);
+  loop_body(s->getBody(), end, top);
+  emit_branch(top.label, psn);
+  emit_label(end.label);
+}
+
+void LOWERING::do_statement(const clang::DoStmt* s) {
+  JUMPS end{0}, next{0};
+  const int top = new_label();
+  loop_notes(s->getDoLoc());
+  emit_label(top);
+  loop_body(s->getBody(), end, next);
+  place_label(next);
+  branch_if(value(s->getCond()), top, psn_of(s->getWhileLoc()));
+  place_label(end);
+}
+
+void LOWERING::for_statement(const clang::ForStmt* s) {
+  PSN* psn = psn_of(s->getForLoc());
+  begin_block(s->getForLoc());
+  if (auto* variables = llvm::dyn_cast_or_null<clang::DeclStmt>(s->getInit())) declarations(variables);
+  else if (s->getInit()) emit_for_effect(llvm::cast<clang::Expr>(s->getInit()), psn);
+  loop_notes(s->getForLoc());
+  JUMPS end{0}, next{0};
+  const int top = new_label();
+  emit_label(top);
+  if (s->getCond()) branch_if(negate(value(s->getCond())), label_of(end), psn);
+  loop_body(s->getBody(), end, next);
+  place_label(next);
+  if (s->getInc()) emit_for_effect(s->getInc(), psn_of(s->getInc()->getBeginLoc()));
+  emit_branch(top, psn);
+  place_label(end);
+  end_block(s->getEndLoc());
+}
+
+void LOWERING::switch_statement(const clang::SwitchStmt* s) {
+  if (s->getInit() || s->getConditionVariable()) refuse(s->getSwitchLoc(), "this switch is not supported");
+  PSN* psn = psn_of(s->getSwitchLoc());
+  NODE* selector = promote(value(s->getCond()));
+  SWITCH_STATE state{value_type(selector->type), {}, {}, 0};
+  // The list of cases is known only when the body has been seen.
+  NODE* tree = maketree(SWITCH, selector, nullptr, tp->mk_void());
+  const size_t place = fn->items.size();
+  ITEM item{ITEM::EXPRESSION};
+  item.tree = tree;
+  item.psn = psn;
+  fn->items.push_back(item);
+  JUMPS end{0};
+  fn->switches.push_back(&state);
+  fn->breaks.push_back(&end);
+  statement(s->getBody());
+  fn->breaks.pop_back();
+  fn->switches.pop_back();
+  NODE* list = nullptr;
+  auto add = [&](NODE* entry) {
+    list = list ? maketree(COMMA, list, entry, tp->mk_void()) : entry;
+  };
+  for (const auto& [v, label] : state.in_order)
+    add(maketree(CASE, icon(v, state.type), label_node(label), tp->mk_void()));
+  const int otherwise = state.default_label ? state.default_label : label_of(end);
+  add(maketree(DEFAULT, label_node(otherwise), nullptr, tp->mk_void()));
+  tree->right = list;
+  tree->mk_switch(static_cast<int>(state.in_order.size()));
+  fn->items[place].tree = tree;
+  place_label(end);
+}
+
+void LOWERING::case_label(const clang::CaseStmt* s) {
+  SWITCH_STATE& state = *fn->switches.back();
+  INT65 first = truncate_to_type(constant_of(s->getLHS()), state.type);
+  INT65 last = first;
+  if (s->getRHS()) last = truncate_to_type(constant_of(s->getRHS()), state.type);
+  if (last - first >= INT65(MAX_CASE_RANGE)) refuse(s->getCaseLoc(), "case range is too large");
+  const int label = new_label();
+  for (INT65 v = first; v <= last; ++v) {
+    if (!state.cases.emplace(v, label).second)
+      refuse(s->getCaseLoc(), "duplicate case value '" + int65_text(v) + "'");
+    state.in_order.push_back({v, label});
+  }
+  emit_label(label);
+  lower_statement(s->getSubStmt());
+}
+
+void LOWERING::default_label(const clang::DefaultStmt* s) {
+  SWITCH_STATE& state = *fn->switches.back();
+  state.default_label = new_label();
+  emit_label(state.default_label);
+  lower_statement(s->getSubStmt());
+}
+
+void LOWERING::return_statement(const clang::ReturnStmt* s) {
+  PSN* psn = psn_of(s->getReturnLoc());
+  TYPE* result = fn->type->return_type();
+  const clang::Expr* e = s->getRetValue();
+  if (result->is_void() || !e) {
+    if (e) emit_for_effect(e, psn);
+    emit(maketree(URETURN, name_node(fn->symbol), nullptr, tp->mk_void()), psn);
+    return;
+  }
+  emit(maketree(RETURN, name_node(fn->symbol), convert(value(e), result), tp->mk_void()), psn);
+}
+
+} // namespace cc

@@ -1,0 +1,12 @@
+#ifndef _CTYPE_H
+#define _CTYPE_H
+int isalnum(int c);
+int isalpha(int c);
+int isdigit(int c);
+int islower(int c);
+int isspace(int c);
+int isupper(int c);
+int isxdigit(int c);
+int tolower(int c);
+int toupper(int c);
+#endif
