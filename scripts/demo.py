@@ -34,9 +34,15 @@ def count_nodes(text):
                for line in text.splitlines() if line.startswith("  ") and "(" in line)
 
 
-def one_function(text):
-    functions = re.findall(r"^func [\s\S]*?^\}", text, re.M)
-    return min(functions, key=len) if functions else ""
+def changed_function(before, after):
+    """The smallest function that the optimiser changed, before and after; positions are left out."""
+    def functions(text):
+        plain = re.sub(r" @\S+", "", text)
+        return {re.match(r"func (\S+)", f).group(1): f for f in re.findall(r"^func [\s\S]*?^\}", plain, re.M)}
+
+    old, new = functions(before), functions(after)
+    names = [name for name in old if name in new and old[name].count("CALL") > new[name].count("CALL")]
+    return min(((old[name], new[name]) for name in names), key=lambda pair: len(pair[0]), default=None)
 
 
 def main():
@@ -71,8 +77,9 @@ def main():
             print(f"{source.name:<22}{count_nodes(before):>7} -> {count_nodes(after):<6}{pair('total', 12)}"
                   f"{pair('loads', 9)}{pair('stores', 9)}{milliseconds:>5.0f}  "
                   f"{'same output' if same else 'DIFFERENT'}")
-            if shown is None:
-                shown = (source.name, one_function(before), one_function(after))
+            changed = changed_function(before, after)
+            if changed and (shown is None or len(changed[0]) < len(shown[1])):
+                shown = (source.name, *changed)
     if shown:
         print(f"\nA function of {shown[0]} before:\n\n{shown[1]}\n\nand after, at level {LEVEL}:\n\n{shown[2]}")
     return 1 if faults else 0
