@@ -100,7 +100,8 @@ public:
       if (lex == 1) sym->in_interface = true;
       sym->next = currfuninfo->incoming;
       currfuninfo->incoming = sym;
-      LS* scope = lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
+      LS* scope =
+          lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
       scope->add_symbol(sym);
     }
     return sym;
@@ -115,7 +116,8 @@ public:
       // those of one symbol are appended here to be written as they were read.
       auto* sym = static_cast<SYMTAB*>(owner);
       PRAGMA** tail = &sym->pragmas;
-      while (*tail) tail = &(*tail)->next;
+      while (*tail)
+        tail = &(*tail)->next;
       *tail = pragma;
       return;
     }
@@ -172,8 +174,10 @@ public:
 
   void cl_end_locals(PSN* psn) override {
     if (!currfunc) return;
-    if (open_blocks.empty()) currfuninfo->end_locals_psn = psn;
-    else open_blocks.back().symbols_at_end = currfuninfo->incoming;
+    if (open_blocks.empty())
+      currfuninfo->end_locals_psn = psn;
+    else
+      open_blocks.back().symbols_at_end = currfuninfo->incoming;
   }
 
   void cl_begin_block(PSN* psn) override {
@@ -224,13 +228,17 @@ public:
   }
 
   void cl_inline_asm(char* text, PSN* psn) override {
-    if (currfunc) add_statement(text_statement(text, false), psn);
-    else o_file->if_write_assembly(text, psn);
+    if (currfunc)
+      add_statement(text_statement(text, false), psn);
+    else
+      o_file->if_write_assembly(text, psn);
   }
 
   void cl_comment(char* text) override {
-    if (currfunc) add_statement(text_statement(text, true), nullptr);
-    else o_file->if_write_comment(text);
+    if (currfunc)
+      add_statement(text_statement(text, true), nullptr);
+    else
+      o_file->if_write_comment(text);
   }
 
   void cl_func_eht(EHT_ENTRY* entries, unsigned count) override {
@@ -247,7 +255,8 @@ public:
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),
                      [](const EHT_ITEM& a, const EHT_ITEM& b) { return a.id < b.id; });
-    for (size_t i = 0; i < eht.size(); i++) CHECK(eht[i].id == i);
+    for (size_t i = 0; i < eht.size(); i++)
+      CHECK(eht[i].id == i);
     CHECK(eht.back().id == (eht.size() - 1));
     CHECK(eht[EHT_ROOT_ID].kind == EHK_ROOT_NODE);
     CHECK(no_loops_in_table(eht));
@@ -255,7 +264,8 @@ public:
 
   // Made anew by this tool's own analyses.
   void cl_func_info(int) override {}
-  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long, unsigned) override {}
+  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long,
+                   unsigned) override {}
   void cl_loop_header(unsigned, I_SYMTAB*, int) override {}
   void cl_dd_vector(int, int, int, DD_ENTRY*) override {}
   void cl_dd_edge(int, int, int) override {}
@@ -313,7 +323,8 @@ private:
         at = eht[at].region;
       }
       if (state[at] == 1) return false;
-      for (size_t k : path) state[k] = 2;
+      for (size_t k : path)
+        state[k] = 2;
     }
     return true;
   }

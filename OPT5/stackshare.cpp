@@ -51,7 +51,8 @@ void add_stack_sharing_variable(SYMTAB* sym) {
 
 static void delete_from(STACK_SHARING_SCOPE* scope, SYMTAB* sym) {
   std::erase(scope->variables, sym);
-  for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) delete_from(child, sym);
+  for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
+    delete_from(child, sym);
 }
 
 void delete_stack_sharing_variable(SYMTAB* sym) {
@@ -70,7 +71,8 @@ public:
   // A structure of the scope's variables, followed by a union of its children's structures.
   TYPE* of_scope(STACK_SHARING_SCOPE* scope) {
     TYPE* type = new_class(TYPE::K_STRUCT);
-    for (SYMTAB* sym : scope->variables) paths[sym] = {append(type, sym->name, sym->type, sym->align)};
+    for (SYMTAB* sym : scope->variables)
+      paths[sym] = {append(type, sym->name, sym->type, sym->align)};
     if (scope->first_child) {
       TYPE* choice = new_class(TYPE::K_UNION);
       for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
@@ -81,7 +83,8 @@ public:
       }
       if (choice->size) {
         fkMDATA* member = append(type, "scopes", choice, choice->align);
-        for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) prefix(child, member);
+        for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
+          prefix(child, member);
       }
     }
     scope->size = static_cast<long>(type->size);
@@ -102,7 +105,8 @@ private:
     member.name = intern_text(name);
     member.type = type;
     member.number = static_cast<unsigned>(csu->csu_parts()->members.size()) + 1;
-    if (!csu->is_union()) member.bit_offset = static_cast<long>((csu->size + unit - 1) / unit * unit);
+    if (!csu->is_union())
+      member.bit_offset = static_cast<long>((csu->size + unit - 1) / unit * unit);
     csu->align = std::max<unsigned>(csu->align, static_cast<unsigned>(unit));
     const unsigned long end = static_cast<unsigned long>(member.bit_offset) + type->storage_size();
     csu->size = std::max(csu->size, end);
@@ -112,8 +116,10 @@ private:
 
   // Puts a member in front of the paths of all variables of a scope and of those in it.
   void prefix(const STACK_SHARING_SCOPE* scope, fkMDATA* member) {
-    for (const SYMTAB* sym : scope->variables) paths[sym].insert(paths[sym].begin(), member);
-    for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) prefix(child, member);
+    for (const SYMTAB* sym : scope->variables)
+      paths[sym].insert(paths[sym].begin(), member);
+    for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
+      prefix(child, member);
   }
 };
 
@@ -133,7 +139,8 @@ bool worth_sharing(const STACK_SHARING_SCOPE* scope) {
   for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
     if (worth_sharing(child)) return true;
     const STACK_SHARING_SCOPE* inner = child;
-    while (inner->variables.empty() && inner->first_child) inner = inner->first_child;
+    while (inner->variables.empty() && inner->first_child)
+      inner = inner->first_child;
     with_variables += !inner->variables.empty();
   }
   return with_variables >= 2;

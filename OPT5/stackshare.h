@@ -1,5 +1,5 @@
-// Locals of disjoint scopes share stack space: a tree of scopes is collected, and then laid out as a
-// class of nested unions and structures whose members the locals become.
+// Locals of disjoint scopes share stack space: a tree of scopes is collected, and then laid out as
+// a class of nested unions and structures whose members the locals become.
 #pragma once
 
 #include "OPT5/symbol.h"
@@ -21,7 +21,7 @@ void begin_stack_sharing_scope(int id);
 void end_stack_sharing_scope();
 void add_stack_sharing_variable(SYMTAB* sym);    // to the scope that is open
 void delete_stack_sharing_variable(SYMTAB* sym); // from wherever it is
-// Lays the scopes out and rewrites each shared variable as a member of one new local. A function with
-// fewer than two variables in different scopes is left alone.
+// Lays the scopes out and rewrites each shared variable as a member of one new local. A function
+// with fewer than two variables in different scopes is left alone.
 void build_stack_sharing_type();
 void erase_stack_sharing(STACK_SHARING_SCOPE* root);

@@ -21,7 +21,8 @@ std::unordered_map<const TYPE*, bool> volatility;
 std::map<std::pair<const TYPE*, const TYPE*>, bool> aliasing;
 std::vector<const TYPE*> unions;
 
-// What objects of the type are made of, itself included. Class types hold no type by value in a cycle.
+// What objects of the type are made of, itself included. Class types hold no type by value in a
+// cycle.
 const std::unordered_set<const TYPE*>& components_of(TYPE* whole) {
   auto [place, is_new] = components.try_emplace(whole);
   if (!is_new) return place->second;
@@ -31,7 +32,8 @@ const std::unordered_set<const TYPE*>& components_of(TYPE* whole) {
     TYPE* type = pending.back()->underlying_type();
     pending.pop_back();
     if (!found.insert(type->normalized_type()).second) continue;
-    if (type->kind == TYPE::K_ARRAY || type->kind == TYPE::K_COMPLEX) pending.push_back(type->elem_type());
+    if (type->kind == TYPE::K_ARRAY || type->kind == TYPE::K_COMPLEX)
+      pending.push_back(type->elem_type());
     if (!type->is_csu()) continue;
     for (const fkMDATA* member : type->csu_parts()->members)
       if (member->type) pending.push_back(member->type);
@@ -48,12 +50,15 @@ void init_types() {
   tp->walk_types(
       [](TYPE* type, void*) {
         if (type->kind == TYPE::K_UNION) unions.push_back(type);
-        if (!type->is_csu() || type->kind == TYPE::K_QUALIFIED || type->kind == TYPE::K_TYPEDEF) return;
+        if (!type->is_csu() || type->kind == TYPE::K_QUALIFIED || type->kind == TYPE::K_TYPEDEF)
+          return;
         if (!print_debug) return;
         print_if_debug("Type %s is contained in the types:\n", type->str().c_str());
         std::map<unsigned, const TYPE*> parts; // in the order in which they were made
-        for (const TYPE* part : components_of(type)) parts[part->uid] = part;
-        for (const auto& [uid, part] : parts) print_if_debug("  %s\n", part->str().c_str());
+        for (const TYPE* part : components_of(type))
+          parts[part->uid] = part;
+        for (const auto& [uid, part] : parts)
+          print_if_debug("  %s\n", part->str().c_str());
       },
       nullptr);
 }
@@ -78,7 +83,8 @@ bool is_type_component_of_type(TYPE* part, TYPE* whole) {
 }
 
 bool type_is_contained_in_type(TYPE* part, TYPE* whole) {
-  return part->normalized_type() != whole->normalized_type() && is_type_component_of_type(part, whole);
+  return part->normalized_type() != whole->normalized_type() &&
+         is_type_component_of_type(part, whole);
 }
 
 bool is_field_member_of_type(const NODE* field, TYPE* type) {
@@ -102,9 +108,11 @@ static bool compute_aliasing(TYPE* a, TYPE* b) {
            (chars_alias_other_types && t->is_int() && t->size == tp->basic[TYPE::I_SCHAR]->size);
   };
   if (is_character(a) || is_character(b)) return true;
-  if (a->is_int() && b->is_int() && a->size == b->size) return true; // signed and unsigned of one width
+  if (a->is_int() && b->is_int() && a->size == b->size)
+    return true; // signed and unsigned of one width
   if (a->is_pointer() && b->is_pointer()) return true;
-  return is_type_component_of_type(a, b) || is_type_component_of_type(b, a) || types_contained_in_union(a, b);
+  return is_type_component_of_type(a, b) || is_type_component_of_type(b, a) ||
+         types_contained_in_union(a, b);
 }
 
 bool type_may_alias_type(TYPE* a, TYPE* b) {
@@ -150,7 +158,8 @@ bool bits_of_var_are_immutable(TYPE* type, int first_bit, int bits, bool initial
   if (bare->is_array() && bare->elem_type()->is_const()) return !type_may_contain_volatile(bare);
   if (!bare->is_csu() || bare->is_union()) return false;
   for (const fkMDATA* member : bare->csu_parts()->members) {
-    const long width = member->is_bitfield() ? member->bit_size : static_cast<long>(member->type->size);
+    const long width =
+        member->is_bitfield() ? member->bit_size : static_cast<long>(member->type->size);
     if (member->bit_offset <= first_bit && first_bit + bits <= member->bit_offset + width)
       return member->type->is_const() && !member->type->is_volatile();
   }

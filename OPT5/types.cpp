@@ -26,7 +26,9 @@ TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
   return arithmetic ? tp->c_usual_arith_conv(a, b) : a;
 }
 
-TYPE* combined_type(const NODE* a, const NODE* b) { return combined_type_for_types(a->type, b->type); }
+TYPE* combined_type(const NODE* a, const NODE* b) {
+  return combined_type_for_types(a->type, b->type);
+}
 
 TYPE* next_wider_type(TYPE* t) {
   static const TYPE::IKIND kinds[][2] = {
@@ -42,8 +44,14 @@ TYPE* operator_type_for_operand_types(int op, TYPE* a, TYPE* b) {
   if (boolean_result[op]) return tp->mk_plain_int();
   if (opcode_is_ASG(op)) return a;
   switch (op) {
-  case SLL: case SRL: case UMINUS: case NOTB: case ABS: case SQR: case SQRT: case RECIP:
-    return a->is_vector() ? a : promoted_type(a);
+  case SLL:
+  case SRL:
+  case UMINUS:
+  case NOTB:
+  case ABS:
+  case SQR:
+  case SQRT:
+  case RECIP: return a->is_vector() ? a : promoted_type(a);
   case MINUS:
     if (a->is_pointer() && b && b->is_pointer()) return tp->mk_ptrdiff();
     break;
@@ -56,7 +64,9 @@ TYPE* operator_type_for_operand_types(int op, TYPE* a, TYPE* b) {
   return combined_type_for_types(a, b);
 }
 
-TYPE* get_complex_type(TYPE* part) { return tp->mk_complex(part); }
+TYPE* get_complex_type(TYPE* part) {
+  return tp->mk_complex(part);
+}
 
 TYPE* essential_type(TYPE* t) {
   TYPE* bare = t->underlying_type();
@@ -74,7 +84,8 @@ bool returns_1_or_0(const NODE* tree) {
     switch (tree->op) {
     case ICON: return tree->ival == INT65(0) || tree->ival == INT65(1);
     case ANDB: return tree->right->op == ICON && tree->right->ival == INT65(1);
-    case ASG: case COMMAOP: tree = tree->right; break;
+    case ASG:
+    case COMMAOP: tree = tree->right; break;
     default: return false;
     }
   }
@@ -100,28 +111,35 @@ bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP*) {
 NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify) {
   if (compatible_types(type, tree->type)) return tree;
   if (tree->op == ICON && type->is_int_or_enum() && tree->type->is_int_or_enum()) {
-    tree->ival = type->is_bool() ? INT65(tree->ival != INT65(0) ? 1 : 0) : truncate_to_type(tree->ival, type);
+    tree->ival = type->is_bool() ? INT65(tree->ival != INT65(0) ? 1 : 0)
+                                 : truncate_to_type(tree->ival, type);
     tree->type = type;
     return tree;
   }
-  const int op = type->is_vector() ? VSCONV : type->is_pointer() || tree->type->is_pointer() ? PCONV : SCONV;
+  const int op = type->is_vector()                                ? VSCONV
+                 : type->is_pointer() || tree->type->is_pointer() ? PCONV
+                                                                  : SCONV;
   NODE* conversion = maketree(op, tree, nullptr, type, tree->ls);
   return simplify ? simp_node(conversion, nullptr) : conversion;
 }
 
 namespace {
 
-bool is_arithmetic(const TYPE* t) { return t->is_int_or_enum() || t->is_float(); }
+bool is_arithmetic(const TYPE* t) {
+  return t->is_int_or_enum() || t->is_float();
+}
 
 // Would using a value of type `from` as one of `to` change its bits?
 bool needs_conversion(const TYPE* from, const TYPE* to) {
   if (!is_arithmetic(from) || !is_arithmetic(to)) return false;
-  return from->is_float() != to->is_float() || from->size != to->size || from->is_bool() != to->is_bool();
+  return from->is_float() != to->is_float() || from->size != to->size ||
+         from->is_bool() != to->is_bool();
 }
 
 void convert(NODE*& kid, TYPE* type) {
   print_if_debug("+++GAR insert mandatory cast:\n");
-  print_if_debug(" tree->type: %s  kid2->type: %s\n", type->str().c_str(), kid->type->str().c_str());
+  print_if_debug(" tree->type: %s  kid2->type: %s\n", type->str().c_str(),
+                 kid->type->str().c_str());
   kid = maketree(SCONV, kid, nullptr, type, kid->ls);
 }
 
@@ -129,8 +147,12 @@ void agree(NODE*& kid, TYPE* type) {
   if (needs_conversion(kid->type, type)) convert(kid, type);
 }
 
-bool is_integer_comparison(int op) { return op >= EQ && op <= UGT; }
-bool is_floating_comparison(int op) { return op >= FEQ && op <= FUNO; }
+bool is_integer_comparison(int op) {
+  return op >= EQ && op <= UGT;
+}
+bool is_floating_comparison(int op) {
+  return op >= FEQ && op <= FUNO;
+}
 
 // Both sides of a comparison get the type in which it is made.
 void agree_sides(NODE* tree) {
@@ -139,16 +161,20 @@ void agree_sides(NODE* tree) {
   if (!needs_conversion(a->type, b->type)) return;
   const bool to_left = a->type->is_float() != b->type->is_float() ? a->type->is_float()
                                                                   : a->type->size >= b->type->size;
-  if (to_left) convert(b, a->type);
-  else convert(a, b->type);
+  if (to_left)
+    convert(b, a->type);
+  else
+    convert(a, b->type);
 }
 
 // x = x --> x;  x == x --> 1, x < x --> 0 for values that are equal to themselves
 NODE* without_redundancy(NODE* tree) {
   const bool assignment = tree->op == ASG;
   if (!assignment && !is_integer_comparison(tree->op)) return tree;
-  if (tree_has_side_effects(tree->left) || !trees_are_congruent(tree->left, tree->right)) return tree;
-  print_if_debug(assignment ? "\n\tREDUNDANT ASSIGNMENT ELIMINATED:\n" : "\n\tREDUNDANT RELATIONAL ELIMINATED:\n");
+  if (tree_has_side_effects(tree->left) || !trees_are_congruent(tree->left, tree->right))
+    return tree;
+  print_if_debug(assignment ? "\n\tREDUNDANT ASSIGNMENT ELIMINATED:\n"
+                            : "\n\tREDUNDANT RELATIONAL ELIMINATED:\n");
   if (assignment) {
     NODE* value = tree->left;
     tree->left = nullptr;
@@ -164,18 +190,31 @@ NODE* without_redundancy(NODE* tree) {
 
 void agree_operands(NODE*& tree) {
   switch (tree->op) {
-  case PLUS: case MINUS: case MULT: case DIV: case MOD: case ANDB: case ORB: case XORB:
+  case PLUS:
+  case MINUS:
+  case MULT:
+  case DIV:
+  case MOD:
+  case ANDB:
+  case ORB:
+  case XORB:
     agree(tree->left, tree->type);
     agree(tree->right, tree->type);
     break;
-  case UMINUS: case NOTB: case ABS: case SQR: case SQRT: case RECIP: case SLL: case SRL:
-    agree(tree->left, tree->type);
-    break;
+  case UMINUS:
+  case NOTB:
+  case ABS:
+  case SQR:
+  case SQRT:
+  case RECIP:
+  case SLL:
+  case SRL: agree(tree->left, tree->type); break;
   case ASG:
     if (!tree->left->type->is_vector()) agree(tree->right, tree->left->type);
     break;
   case RETURN:
-    if (const TYPE* func = tree->left->type; func->is_func()) agree(tree->right, func->return_type());
+    if (const TYPE* func = tree->left->type; func->is_func())
+      agree(tree->right, func->return_type());
     break;
   case QUEST:
     agree(tree->right->left, tree->type);
@@ -200,7 +239,8 @@ NODE* insert_mandatory_casts(NODE* tree) {
 NODE* push_down_pointer_cast(TYPE* type, NODE* tree) {
   if (!type->is_pointer()) optassert("IS_PTR(tree->left->type)", __FILE__, __LINE__);
   NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->type->is_pointer() && sum->left->type->is_pointer()) {
+  while ((sum->op == PLUS || sum->op == MINUS) && sum->type->is_pointer() &&
+         sum->left->type->is_pointer()) {
     sum->type = type;
     if (sum->left->op != PLUS && sum->left->op != MINUS) break;
     sum = sum->left;
@@ -214,7 +254,8 @@ NODE* push_down_pointer_cast(TYPE* type, NODE* tree) {
 NODE* remove_pushed_down_casts(NODE* tree) {
   if (!tree->type->is_pointer()) return tree;
   NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->left->type->is_pointer()) sum = sum->left;
+  while ((sum->op == PLUS || sum->op == MINUS) && sum->left->type->is_pointer())
+    sum = sum->left;
   if (sum == tree || sum->op != PCONV || !sum->left->type->is_pointer()) return tree;
   TYPE* wanted = tree->type;
   TYPE* inner = sum->left->type;
@@ -232,7 +273,8 @@ NODE* remove_pushed_down_casts(NODE* tree) {
 void fix_type_info(NODE* name) {
   if (name->op != NAME || !name->u.sym) return;
   const TYPE* declared = name->u.sym->type;
-  if (compatible_types(name->type, declared) && name->type->size == declared->size) name->type = name->u.sym->type;
+  if (compatible_types(name->type, declared) && name->type->size == declared->size)
+    name->type = name->u.sym->type;
 }
 
 bool tree_points_to_packed(const NODE* tree) {
@@ -240,7 +282,9 @@ bool tree_points_to_packed(const NODE* tree) {
   return tree_contains_matching_node(tree, [](const NODE* node) {
     return (node->op == STDOT || node->op == STREF) &&
            (node->right->mval->is_bitfield() ||
-            node->right->mval->bit_offset % static_cast<long>(node->type->align ? node->type->align : 16) != 0);
+            node->right->mval->bit_offset %
+                    static_cast<long>(node->type->align ? node->type->align : 16) !=
+                0);
   });
 }
 

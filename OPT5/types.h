@@ -18,7 +18,8 @@ TYPE* promoted_type(TYPE* t);
 // usual arithmetic conversions.
 TYPE* combined_type(const NODE* a, const NODE* b);
 TYPE* combined_type_for_types(TYPE* a, TYPE* b);
-TYPE* next_wider_type(TYPE* t); // basic integer of twice the width and the same sign; null at the top
+TYPE* next_wider_type(
+    TYPE* t); // basic integer of twice the width and the same sign; null at the top
 // Result type of an operator for operands of those types; b is null for a unary one.
 TYPE* operator_type_for_operand_types(int op, TYPE* a, TYPE* b);
 TYPE* get_complex_type(TYPE* part);
@@ -30,13 +31,14 @@ bool returns_1_or_0(const NODE* tree);
 bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP* loop);
 
 // --- Conversions of trees. All take the tree and give its replacement.
-// The tree as a value of `type`: itself where the types are compatible, a constant converted at once,
-// else a conversion node, simplified if asked for.
+// The tree as a value of `type`: itself where the types are compatible, a constant converted at
+// once, else a conversion node, simplified if asked for.
 NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify);
 // Inserts the conversions that the operators imply, so that every node's operands agree with it.
 // Assignments of a variable to itself and comparisons of a value with itself go.
 NODE* insert_mandatory_casts(NODE* tree);
-// PCONV(p + i) --> PCONV(p) + i: a pointer cast moves to the pointer that it is applied to, and back.
+// PCONV(p + i) --> PCONV(p) + i: a pointer cast moves to the pointer that it is applied to, and
+// back.
 NODE* push_down_pointer_cast(TYPE* type, NODE* tree);
 NODE* remove_pushed_down_casts(NODE* tree);
 // Makes a NAME's type agree with its symbol's, qualifiers included.
@@ -47,7 +49,7 @@ bool is_type_component_of_type(TYPE* part, TYPE* whole); // at any depth, or the
 bool type_is_contained_in_type(TYPE* part, TYPE* whole); // strictly
 bool is_field_member_of_type(const NODE* field, TYPE* type);
 bool types_contained_in_union(TYPE* a, TYPE* b); // does some union hold both?
-bool type_may_alias_type(TYPE* a, TYPE* b); // may an object be accessed as both?
+bool type_may_alias_type(TYPE* a, TYPE* b);      // may an object be accessed as both?
 bool type_may_contain_volatile(TYPE* t);
 bool must_preserve_STDOT(const NODE* stdot); // is the member access needed for aliasing or layout?
 bool tree_points_to_packed(const NODE* tree);

@@ -1,5 +1,5 @@
-// Reading and writing: time and memory of a whole run at level 0 on a generated unit, and on one of a
-// tenth of its size. Linear growth shows as equal MB/s and bytes a node.
+// Reading and writing: time and memory of a whole run at level 0 on a generated unit, and on one of
+// a tenth of its size. Linear growth shows as equal MB/s and bytes a node.
 #include "OPT5/driver.h"
 #include "tools/icode_unit.h"
 #include "tools/ict_parse.h"
@@ -25,17 +25,22 @@ struct Sample {
 };
 
 std::string unit_text(int functions) {
-  std::string text = "icode -71 \"generated.c\"\ntype fn.int = fn int (int)\nglobal table: int[100]\n";
-  for (int k = 0; k < functions; k++) text += "global f" + std::to_string(k) + ": fn.int\n";
+  std::string text =
+      "icode -71 \"generated.c\"\ntype fn.int = fn int (int)\nglobal table: int[100]\n";
+  for (int k = 0; k < functions; k++)
+    text += "global f" + std::to_string(k) + ": fn.int\n";
   for (int k = 0; k < functions; k++) {
     const std::string name = "f" + std::to_string(k);
     text += "func " + name + " @" + std::to_string(k + 1) +
             ":1 {\n  param n: int\n  auto n.2 \"n\": int\n  auto i: int\n  auto s: int\n"
-            "  ASG(n.2, n)\n  ASG(i, 0)\n  ASG(s, " + std::to_string(k % 1000) + ")\nL1:\n"
+            "  ASG(n.2, n)\n  ASG(i, 0)\n  ASG(s, " +
+            std::to_string(k % 1000) +
+            ")\nL1:\n"
             "  CBRANCH(GE(i, n.2), L2)\n"
             "  ASG(s, PLUS(s, MULT(UMULT:int(PLUS:int*(UAND:int*(table), i)), MINUS(i, s))))\n"
             "  CBRANCH(LT(s, 0), L3)\n  ASG(s, XORB(SRL(s, 3), 21))\nL3:\n"
-            "  ASG(i, PLUS(i, 1))\n  BRANCH(L1)\nL2:\n  RETURN(" + name + ", s)\n}\n";
+            "  ASG(i, PLUS(i, 1))\n  BRANCH(L1)\nL2:\n  RETURN(" +
+            name + ", s)\n}\n";
   }
   return text;
 }
@@ -52,8 +57,8 @@ const Sample& sample(int functions) {
     fprintf(stderr, "%s\n", error.c_str());
     exit(1);
   }
-  s = {"/tmp/vrx-bench-" + std::to_string(getpid()) + "-" + std::to_string(functions) + ".icode", bytes.size(),
-       unit.nodes.size()};
+  s = {"/tmp/vrx-bench-" + std::to_string(getpid()) + "-" + std::to_string(functions) + ".icode",
+       bytes.size(), unit.nodes.size()};
   FILE* fp = fopen(s.path.c_str(), "wb");
   fwrite(bytes.data(), 1, bytes.size(), fp);
   fclose(fp);
@@ -82,10 +87,13 @@ void BM_ReadWrite(benchmark::State& state) {
   static long empty_peak = 0;
   if (!empty_peak) run_in_child(sample(1).path, empty_peak);
   long peak = 0;
-  for (auto _ : state) state.SetIterationTime(run_in_child(s.path, peak));
-  state.counters["MB/s"] = benchmark::Counter(static_cast<double>(s.bytes) * static_cast<double>(state.iterations()) / 1e6,
+  for (auto _ : state)
+    state.SetIterationTime(run_in_child(s.path, peak));
+  state.counters["MB/s"] = benchmark::Counter(static_cast<double>(s.bytes) *
+                                                  static_cast<double>(state.iterations()) / 1e6,
                                               benchmark::Counter::kIsRate);
-  state.counters["bytes/node"] = static_cast<double>(peak - empty_peak) * 1024 / static_cast<double>(s.nodes);
+  state.counters["bytes/node"] =
+      static_cast<double>(peak - empty_peak) * 1024 / static_cast<double>(s.nodes);
   state.counters["nodes"] = static_cast<double>(s.nodes);
 }
 

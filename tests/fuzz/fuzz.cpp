@@ -1,9 +1,10 @@
 // fuzz [--seed S] [--count N] [--jobs J] [--keep DIR] FILE.icode...
 //
 // Sends mutated copies of the given files through vrx-mid, icode-dis and icode-run, each in a child
-// process, and checks how they end: status 0 or 1 (125 too for icode-run, a program's own fault), within
-// two seconds, and with status 1 no output. What vrx-mid writes must be a well-formed file. A case that
-// breaks a rule is kept in DIR (default ".") under its number; the same seed makes the same cases.
+// process, and checks how they end: status 0 or 1 (125 too for icode-run, a program's own fault),
+// within two seconds, and with status 1 no output. What vrx-mid writes must be a well-formed file.
+// A case that breaks a rule is kept in DIR (default ".") under its number; the same seed makes the
+// same cases.
 #include "OPT5/driver.h"
 #include "tools/icode_unit.h"
 #include "tools/ict_print.h"
@@ -43,7 +44,8 @@ Bytes read_bytes(const char* path) {
   Bytes bytes;
   if (FILE* fp = fopen(path, "rb")) {
     uint8_t chunk[4096];
-    while (size_t n = fread(chunk, 1, sizeof chunk, fp)) bytes.insert(bytes.end(), chunk, chunk + n);
+    while (size_t n = fread(chunk, 1, sizeof chunk, fp))
+      bytes.insert(bytes.end(), chunk, chunk + n);
     fclose(fp);
   }
   return bytes;
@@ -88,10 +90,12 @@ void mutate(Bytes& bytes, const std::vector<Bytes>& seeds, Random& random) {
     const size_t last = std::min(there.size(), first + 1 + random.below(6));
     const size_t begin = there[first], end = last < there.size() ? there[last] : from.size();
     const size_t to = here[random.below(here.size())];
-    if (random.below(2)) bytes.insert(bytes.begin() + static_cast<long>(to), from.begin() + static_cast<long>(begin),
-                                      from.begin() + static_cast<long>(end));
+    if (random.below(2))
+      bytes.insert(bytes.begin() + static_cast<long>(to), from.begin() + static_cast<long>(begin),
+                   from.begin() + static_cast<long>(end));
     else
-      for (size_t k = begin; k < end && to + k - begin < bytes.size(); k++) bytes[to + k - begin] = from[k];
+      for (size_t k = begin; k < end && to + k - begin < bytes.size(); k++)
+        bytes[to + k - begin] = from[k];
   }
   }
 }
@@ -135,7 +139,9 @@ double now() {
   return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
-bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+bool exists(const std::string& path) {
+  return access(path.c_str(), F_OK) == 0;
+}
 
 // What is wrong with how the tool ended, or an empty text.
 std::string try_tool(Tool tool, const Paths& paths) {
@@ -168,11 +174,13 @@ std::string try_tool(Tool tool, const Paths& paths) {
   if (code == 1) return exists(paths.out) ? "output behind status 1" : "";
   icode::Unit unit;
   std::string error;
-  if (!icode::decode_unit(read_bytes(paths.out.c_str()), unit, error)) return "output is damaged: " + error;
+  if (!icode::decode_unit(read_bytes(paths.out.c_str()), unit, error))
+    return "output is damaged: " + error;
   return "";
 }
 
-int fuzz(uint64_t seed, long first, long step, long count, const std::string& keep, const std::vector<Bytes>& seeds) {
+int fuzz(uint64_t seed, long first, long step, long count, const std::string& keep,
+         const std::vector<Bytes>& seeds) {
   char folder[] = "/tmp/fuzzXXXXXX";
   if (!mkdtemp(folder)) return 1;
   const Paths paths{std::string(folder) + "/in.icode", std::string(folder) + "/out.icode"};
@@ -180,17 +188,21 @@ int fuzz(uint64_t seed, long first, long step, long count, const std::string& ke
   for (long k = first; k < count; k += step) {
     Random random(seed + static_cast<uint64_t>(k) * 7919);
     Bytes bytes = seeds[random.below(seeds.size())];
-    for (size_t n = 1 + random.below(4); n; n--) mutate(bytes, seeds, random);
+    for (size_t n = 1 + random.below(4); n; n--)
+      mutate(bytes, seeds, random);
     FILE* fp = fopen(paths.in.c_str(), "wb");
     fwrite(bytes.data(), 1, bytes.size(), fp);
     fclose(fp);
     current_case = k;
     for (int tool = 0; tool < TOOL_COUNT; tool++) {
-      // icode-dis has no state and never exits from within: it needs no process of its own, whose start is
-      // what costs the time. A crash there shows as the worker's, with the case in `current_case`.
+      // icode-dis has no state and never exits from within: it needs no process of its own, whose
+      // start is what costs the time. A crash there shows as the worker's, with the case in
+      // `current_case`.
       std::string fault;
-      if (tool == DIS) run_tool(DIS, paths);
-      else fault = try_tool(static_cast<Tool>(tool), paths);
+      if (tool == DIS)
+        run_tool(DIS, paths);
+      else
+        fault = try_tool(static_cast<Tool>(tool), paths);
       if (fault.empty()) continue;
       faults++;
       printf("case %ld: %s: %s\n", k, tool_names[tool], fault.c_str());
@@ -202,7 +214,8 @@ int fuzz(uint64_t seed, long first, long step, long count, const std::string& ke
       }
     }
   }
-  for (const std::string& path : {paths.in, paths.out, paths.in + ".log"}) unlink(path.c_str());
+  for (const std::string& path : {paths.in, paths.out, paths.in + ".log"})
+    unlink(path.c_str());
   rmdir(folder);
   return faults ? 1 : 0;
 }
@@ -216,11 +229,16 @@ int main(int argc, char** argv) {
   std::vector<Bytes> seeds;
   for (int k = 1; k < argc; k++) {
     const std::string arg = argv[k];
-    if (arg == "--seed" && k + 1 < argc) seed = strtoull(argv[++k], nullptr, 0);
-    else if (arg == "--count" && k + 1 < argc) count = strtol(argv[++k], nullptr, 0);
-    else if (arg == "--jobs" && k + 1 < argc) jobs = strtol(argv[++k], nullptr, 0);
-    else if (arg == "--keep" && k + 1 < argc) keep = argv[++k];
-    else if (Bytes bytes = read_bytes(argv[k]); !bytes.empty()) seeds.push_back(bytes);
+    if (arg == "--seed" && k + 1 < argc)
+      seed = strtoull(argv[++k], nullptr, 0);
+    else if (arg == "--count" && k + 1 < argc)
+      count = strtol(argv[++k], nullptr, 0);
+    else if (arg == "--jobs" && k + 1 < argc)
+      jobs = strtol(argv[++k], nullptr, 0);
+    else if (arg == "--keep" && k + 1 < argc)
+      keep = argv[++k];
+    else if (Bytes bytes = read_bytes(argv[k]); !bytes.empty())
+      seeds.push_back(bytes);
     else {
       fprintf(stderr, "fuzz: %s: cannot read\n", argv[k]);
       return 1;

@@ -55,12 +55,15 @@ protected:
   SYMTAB* variable(const char* name) { return local(name, tp->mk_plain_int()); }
   NODE* icon(long v) { return mk_ICON(v, tp->mk_plain_int()); }
   NODE* name(SYMTAB* sym) { return mk_NAME(sym); }
-  NODE* op(int code, NODE* a, NODE* b = nullptr) { return maketree(code, a, b, tp->mk_plain_int()); }
+  NODE* op(int code, NODE* a, NODE* b = nullptr) {
+    return maketree(code, a, b, tp->mk_plain_int());
+  }
 
   // Statements are put down in order.
   void stmt(NODE* tree) {
     LIST** tail = &currfuninfo->stmts;
-    while (*tail) tail = &(*tail)->next;
+    while (*tail)
+      tail = &(*tail)->next;
     *tail = mkelist(tree, nullptr, nullptr);
   }
   void label(int number) {
@@ -74,7 +77,9 @@ protected:
     return node;
   }
   void branch(int number) { stmt(maketree(BRANCH, label_ref(number), nullptr, tp->mk_void())); }
-  void cbranch(NODE* cond, int number) { stmt(maketree(CBRANCH, cond, label_ref(number), tp->mk_void())); }
+  void cbranch(NODE* cond, int number) {
+    stmt(maketree(CBRANCH, cond, label_ref(number), tp->mk_void()));
+  }
 
   SYMTAB* func = nullptr;
 };

@@ -77,7 +77,8 @@ TEST_F(Graph, UnreachableBlocksGo) {
   verify_function("building");
   int assignments = 0;
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
-    for (LIST* s = bb->statements; s; s = s->next) assignments += s->tree->op == ASG;
+    for (LIST* s = bb->statements; s; s = s->next)
+      assignments += s->tree->op == ASG;
   EXPECT_EQ(assignments, 1);
 }
 
@@ -119,7 +120,8 @@ TEST_F(Graph, CriticalEdgesAreSplit) {
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
     split += bb_is_split_critical_edge(bb);
     if (!bb->successors || !bb->successors->rest) continue;
-    for (EDGE* e = bb->successors; e; e = e->rest) EXPECT_EQ(edge_length(e->first->predecessors), 1);
+    for (EDGE* e = bb->successors; e; e = e->rest)
+      EXPECT_EQ(edge_length(e->first->predecessors), 1);
   }
   EXPECT_EQ(split, currfuninfo->bb_count - before);
   rebuildcfg();
@@ -153,7 +155,8 @@ TEST_F(Graph, RandomGraphs) {
       case 3: {
         NODE* cases = nullptr;
         for (int n = 0; n < 4; n++) {
-          NODE* item = maketree(CASE, icon(n), label_ref(static_cast<int>(random() % labels)), tp->mk_void());
+          NODE* item = maketree(CASE, icon(n), label_ref(static_cast<int>(random() % labels)),
+                                tp->mk_void());
           cases = cases ? maketree(COMMA, cases, item, tp->mk_void()) : item;
         }
         stmt(maketree(SWITCH, name(x), cases, tp->mk_void()));
@@ -167,7 +170,8 @@ TEST_F(Graph, RandomGraphs) {
     // In reverse post-order each block but the entry has a predecessor that stands before it.
     for (BBLK* bb = currfuninfo->bb_list->dflink; bb; bb = bb->dflink) {
       bool entered = false;
-      for (EDGE* e = bb->predecessors; e; e = e->rest) entered |= e->first->dfn < bb->dfn;
+      for (EDGE* e = bb->predecessors; e; e = e->rest)
+        entered |= e->first->dfn < bb->dfn;
       EXPECT_TRUE(entered) << "round " << round << " " << bb->str();
     }
     const int count = currfuninfo->bb_count;
@@ -192,7 +196,9 @@ TEST_F(Graph, ScopesSideBySideShareTheStack) {
   add_stack_sharing_variable(z);
   end_stack_sharing_scope();
   end_stack_sharing_scope();
-  stmt(mk_ASG(mk_NAME(z), maketree(UMULT, maketree(UAND, mk_NAME(y), nullptr, tp->mk_ptr(tp->mk_long())), nullptr, tp->mk_long())));
+  stmt(mk_ASG(mk_NAME(z),
+              maketree(UMULT, maketree(UAND, mk_NAME(y), nullptr, tp->mk_ptr(tp->mk_long())),
+                       nullptr, tp->mk_long())));
   stmt(maketree(UAND, mk_NAME(x), nullptr, tp->mk_ptr(tp->mk_plain_int())));
   buildcfg();
   build_stack_sharing_type();
@@ -202,7 +208,8 @@ TEST_F(Graph, ScopesSideBySideShareTheStack) {
   const SYMTAB* object = currfuninfo->incoming;
   // x alone takes 160 bits; y and z, one within the other's scope, 96 + 32.
   EXPECT_EQ(object->size, 160u);
-  for (const SYMTAB* sym = currfuninfo->incoming; sym; sym = sym->next) EXPECT_STREQ(sym->name, "$O$S0");
+  for (const SYMTAB* sym = currfuninfo->incoming; sym; sym = sym->next)
+    EXPECT_STREQ(sym->name, "$O$S0");
   // One scope alone needs no union.
   SYMTAB* alone = local("alone", tp->mk_long());
   begin_stack_sharing_scope(1);

@@ -43,7 +43,8 @@ TEST_F(Trees, ConstantsTakeTheirType) {
   NODE* empty = alloc_node(LCON, tp->mk_long());
   empty->mk_lcon("");
   EXPECT_EQ(empty->icon_svalue(), 0);
-  for (NODE* node : {pointer, cut, wide, zero, empty}) erase_tree(node);
+  for (NODE* node : {pointer, cut, wide, zero, empty})
+    erase_tree(node);
 }
 
 TEST_F(Trees, CopiesAreTheirOwn) {
@@ -57,13 +58,15 @@ TEST_F(Trees, CopiesAreTheirOwn) {
   NODE* call = mk_ICALL("_abs", icon(3), tp->mk_plain_int());
   NODE* call_copy = copy_tree(call, false);
   EXPECT_NE(call->u.callee, call_copy->u.callee);
-  for (NODE* node : {one, copy, call, call_copy}) erase_tree(node);
+  for (NODE* node : {one, copy, call, call_copy})
+    erase_tree(node);
 }
 
 TEST_F(Trees, LongSpinesNeedNoStack) {
   SYMTAB* x = variable("x");
   NODE* sum = name(x);
-  for (int k = 0; k < 300000; k++) sum = op(PLUS, sum, icon(k & 7));
+  for (int k = 0; k < 300000; k++)
+    sum = op(PLUS, sum, icon(k & 7));
   NODE* copy = copy_tree(sum, true);
   EXPECT_EQ(count_nodes_in_tree(copy), 600001);
   EXPECT_TRUE(trees_are_congruent(sum, copy));
@@ -86,15 +89,19 @@ TEST_F(Trees, Congruence) {
   EXPECT_TRUE(same(op(LT, name(x), name(y)), op(GT, name(y), name(x))));
   EXPECT_FALSE(same(op(LT, name(x), name(y)), op(ULT, name(x), name(y))));
   EXPECT_FALSE(same(icon(1), mk_ICON(1, tp->mk_long())));
-  auto call = [&] { return maketree(UCALL, maketree(UAND, mk_NAME(func), nullptr, tp->mk_ptr(func->type)), nullptr,
-                                    tp->mk_plain_int()); };
+  auto call = [&] {
+    return maketree(UCALL, maketree(UAND, mk_NAME(func), nullptr, tp->mk_ptr(func->type)), nullptr,
+                    tp->mk_plain_int());
+  };
   EXPECT_FALSE(same(call(), call()));
   EXPECT_TRUE(same(call(), call(), true));
   NODE* once = call();
   EXPECT_TRUE(trees_are_congruent(once, once));
   erase_tree(once);
   TYPE* volatile_int = tp->mk_qual(tp->mk_plain_int(), TYPE::Q_VOLATILE);
-  auto load = [&](TYPE* type) { return maketree(UMULT, mk_NAME(local("p", tp->mk_ptr(type))), nullptr, type); };
+  auto load = [&](TYPE* type) {
+    return maketree(UMULT, mk_NAME(local("p", tp->mk_ptr(type))), nullptr, type);
+  };
   NODE* p = load(volatile_int);
   NODE* q = copy_tree(p, true);
   EXPECT_FALSE(same(p, q));
@@ -128,7 +135,8 @@ TEST_F(Trees, AssignmentForms) {
 TEST_F(Trees, PeelingKeepsEffects) {
   SYMTAB *x = variable("x"), *y = variable("y");
   EXPECT_EQ(peel_for_effect(op(PLUS, name(x), icon(1))), nullptr);
-  NODE* tree = peel_for_effect(op(PLUS, mk_ASG(name(x), icon(1)), op(MULT, name(y), mk_ASG(name(y), icon(2)))));
+  NODE* tree = peel_for_effect(
+      op(PLUS, mk_ASG(name(x), icon(1)), op(MULT, name(y), mk_ASG(name(y), icon(2)))));
   EXPECT_EQ(tree_text(tree), "COMMAOP:int(ASG:int(x, 1:int), ASG:int(y, 2:int))");
   erase_tree(tree);
   // The right side is conditional, so the operator stays.
@@ -146,16 +154,19 @@ TEST_F(Trees, ErasingTwiceIsReported) {
 TEST_F(Trees, NodesMoveBetweenThreads) {
   std::vector<NODE*> made(1000);
   std::thread([&] {
-    for (NODE*& node : made) node = icon(7);
+    for (NODE*& node : made)
+      node = icon(7);
   }).join();
-  for (NODE* node : made) erase_tree(node);
+  for (NODE* node : made)
+    erase_tree(node);
 }
 
 TEST_F(Trees, ArgumentsAndComma) {
   EXPECT_EQ(arg_list_count(nullptr), 0);
   NODE* args = op(COMMA, op(COMMA, icon(1), icon(2)), icon(3));
   EXPECT_EQ(arg_list_count(args), 3);
-  for (int k = 0; k < 3; k++) EXPECT_EQ(arg_list_lookup(args, k)->icon_svalue(), k + 1);
+  for (int k = 0; k < 3; k++)
+    EXPECT_EQ(arg_list_lookup(args, k)->icon_svalue(), k + 1);
   EXPECT_EQ(arg_list_lookup(args, 3), nullptr);
   EXPECT_EQ(arg_list_lookup(args, -1), nullptr);
   erase_tree(args);
@@ -174,7 +185,8 @@ TEST_F(Trees, MandatoryCasts) {
     erase_tree(tree);
     return text;
   };
-  EXPECT_EQ(cast(maketree(PLUS, name(x), mk_NAME(wide), tp->mk_long())), "PLUS:long(SCONV:long(x), wide)");
+  EXPECT_EQ(cast(maketree(PLUS, name(x), mk_NAME(wide), tp->mk_long())),
+            "PLUS:long(SCONV:long(x), wide)");
   EXPECT_EQ(cast(op(LT, name(x), mk_NAME(real))), "LT:int(SCONV:float(x), real)");
   EXPECT_EQ(cast(op(ULE, name(x), name(x))), "1:int");
   EXPECT_EQ(cast(op(FLE, mk_NAME(real), mk_NAME(real))), "FLE:int(real, real)"); // false for a NaN
@@ -182,7 +194,8 @@ TEST_F(Trees, MandatoryCasts) {
 }
 
 TEST_F(Trees, TypeQuestions) {
-  EXPECT_EQ(promoted_type(tp->basic[TYPE::I_SCHAR])->normalized_type(), tp->mk_plain_int()->normalized_type());
+  EXPECT_EQ(promoted_type(tp->basic[TYPE::I_SCHAR])->normalized_type(),
+            tp->mk_plain_int()->normalized_type());
   EXPECT_EQ(next_wider_type(tp->mk_plain_uint()), tp->basic[TYPE::I_ULONG]);
   EXPECT_EQ(next_wider_type(tp->basic[TYPE::I_LLONG]), nullptr);
   TYPE* inner = tp->mk_struct("inner");
