@@ -26,20 +26,22 @@ namespace icode::run {
 //   by integer type
 #define FOR_EACH_INT_UNARY(X) X(NEG) X(NOT) X(ABS)
 //   comparisons by form: name, type of the operands, operator
+// clang-format off
 #define FOR_EACH_COMPARISON(X)                                                                     \
-  X(EQ, int64_t, ==)                                                                               \
-  X(NE, int64_t, !=) X(LT, int64_t, <) X(LE, int64_t, <=) X(GT, int64_t, >) X(GE, int64_t, >=)     \
-      X(ULT, uint64_t, <) X(ULE, uint64_t, <=) X(UGT, uint64_t, >) X(UGE, uint64_t, >=)
+  X(EQ, int64_t, ==) X(NE, int64_t, !=)                                                            \
+  X(LT, int64_t, <) X(LE, int64_t, <=) X(GT, int64_t, >) X(GE, int64_t, >=)                        \
+  X(ULT, uint64_t, <) X(ULE, uint64_t, <=) X(UGT, uint64_t, >) X(UGE, uint64_t, >=)
 //   by width (32, 64)
 #define FOR_EACH_FLOAT_BINARY(X) X(FADD, +) X(FSUB, -) X(FMUL, *) X(FDIV, /)
 #define FOR_EACH_FLOAT_UNARY(X) X(FNEG) X(FABS) X(FSQRT)
 //   by width; in the order of the operators FEQ to FUNO: name, condition on x and y
 #define FOR_EACH_FLOAT_COMPARISON(X)                                                               \
-  X(FCEQ, x == y)                                                                                  \
-  X(FCNE, x<y || x> y) X(FCLE, x <= y) X(FCLT, x < y) X(FCGE, x >= y) X(FCGT, x > y)               \
-      X(FCEQN, !(x < y || x > y)) X(FCNEN, !(x == y)) X(FCLEN, !(x > y)) X(FCLTN, !(x >= y))       \
-          X(FCGEN, !(x < y)) X(FCGTN, !(x <= y)) X(FCORD, !(x != x || y != y))                     \
-              X(FCUNO, x != x || y != y)
+  X(FCEQ, x == y) X(FCNE, x < y || x > y)                                                          \
+  X(FCLE, x <= y) X(FCLT, x < y) X(FCGE, x >= y) X(FCGT, x > y)                                    \
+  X(FCEQN, !(x < y || x > y)) X(FCNEN, !(x == y))                                                  \
+  X(FCLEN, !(x > y)) X(FCLTN, !(x >= y)) X(FCGEN, !(x < y)) X(FCGTN, !(x <= y))                    \
+  X(FCORD, !(x != x || y != y)) X(FCUNO, x != x || y != y)
+// clang-format on
 
 #define FOR_EACH_INT_KIND(X, name)                                                                 \
   X(name, S16) X(name, U16) X(name, S32) X(name, U32) X(name, S64) X(name, U64)
@@ -192,6 +194,7 @@ struct Program {
   Shapes shapes;
   Memory memory;
   bool with_stats = false;
+  uint64_t frame_units = 0; // of all functions together
 
   std::deque<FunctionCode> functions;                 // with and without a body
   std::vector<FunctionCode*> by_address;              // address - FUNCTION_BEGIN

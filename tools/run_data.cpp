@@ -24,6 +24,8 @@ struct Constant {
 };
 
 struct Initialiser {
+  static constexpr int MAX_DEPTH = 1000; // of an expression
+
   Program& p;
   uint64_t at = 0, end = 0; // of what is left of the object, as addresses
   std::string error = {};
@@ -36,6 +38,7 @@ struct Initialiser {
 
   // The address of an lvalue of static storage.
   bool address(uint32_t n, uint64_t& out, int depth) {
+    if (++depth > MAX_DEPTH) return fail("an expression nested too deeply");
     const Node& x = node(n);
     switch (x.op) {
     case NAME:
@@ -64,7 +67,6 @@ struct Initialiser {
   }
 
   bool constant(uint32_t n, Constant& out, int depth) {
-    constexpr int MAX_DEPTH = 1000; // of an address expression
     if (++depth > MAX_DEPTH) return fail("an expression nested too deeply");
     const Node& x = node(n);
     const Shape& shape = p.shapes[x.type];
@@ -112,18 +114,14 @@ struct Initialiser {
   }
 
   bool place(uint32_t n) {
+    for (; node(n).op == SKIP; n = node(n).left) {
+      if (!room(node(n).a)) return false;
+      at += node(n).a;
+    }
     const Node& x = node(n);
     const Shape& shape = p.shapes[x.type];
-    switch (x.op) {
-    case NOP:
-    case ENDINIT: return true;
-    case SKIP:
-      if (!room(x.a)) return false;
-      at += x.a;
-      return place(x.left);
-    case COMPLEX: return place(x.left) && place(x.right);
-    default: break;
-    }
+    if (x.op == NOP || x.op == ENDINIT) return true;
+    if (x.op == COMPLEX) return place_scalar(x.left) && place_scalar(x.right);
     if (x.op == SCON && shape.in_memory()) {
       if (!room(shape.units)) return false;
       const std::string& text = p.unit.strings[x.text];
@@ -132,6 +130,11 @@ struct Initialiser {
       at += shape.units;
       return true;
     }
+    return place_scalar(n);
+  }
+
+  bool place_scalar(uint32_t n) {
+    const Shape& shape = p.shapes[node(n).type];
     Constant c;
     if (!shape.is_scalar()) return fail("a value of no scalar type");
     if (!room(shape.scalar.bits / 16) || !constant(n, c, 0)) return false;

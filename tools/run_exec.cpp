@@ -13,6 +13,7 @@ namespace {
 
 constexpr size_t REGISTERS = size_t(1) << 23; // cells of all frames together
 constexpr size_t MAX_CALLS = 100000;
+constexpr size_t FRAME_UNITS_A_STEP = 256;
 constexpr int MAX_NESTING = 100; // of calls from the library, each of which takes native stack
 
 } // namespace
@@ -419,6 +420,7 @@ L_I_BITS_WRAP:
   NEXT;
 L_I_COPY:
   HERE;
+  if ((steps -= ins->c) < 0) fault("the step limit is reached");
   copy_units(m.memory, uint32_t(r[ins->a]), uint32_t(r[ins->b]), ins->c);
   NEXT;
 L_I_COPY_COUNT:
@@ -464,6 +466,7 @@ L_I_CALL : {
     NEXT;
   }
   if (m.calls.size() >= MAX_CALLS) fault("the calls are nested too deeply");
+  steps -= int64_t(callee->frame.size() / FRAME_UNITS_A_STEP);
   uint32_t stack_top = m.stack_top;
   if (callee->signature != site.signature || callee->is_variadic)
     adapt_arguments(m, site.arguments, *callee, arguments);

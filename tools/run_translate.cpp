@@ -9,7 +9,7 @@ namespace {
 
 // Deeper trees would need more of the native stack than the program provides.
 constexpr uint32_t MAX_TREE_DEPTH = 150000;
-constexpr size_t MAX_CODE = size_t(1) << 24; // instructions in a unit
+constexpr size_t MAX_CODE = size_t(1) << 23; // instructions in a unit
 constexpr uint32_t MAX_REGISTERS = 1 << 20;  // of a function
 constexpr uint16_t MAX_AUX = UINT16_MAX;
 
@@ -424,8 +424,10 @@ void FunctionTranslator::translate() {
     emit(I_RETURN_NOTHING, 0, 0, 0, take_steps());
   } catch (const Unsupported& u) { // what no statement can be blamed for
     out.code.clear();
+    out.initial.clear();
+    out.frame.clear();
     p.switches.resize(first_switch);
-    out.params.clear();
+    max_top = std::max(max_top, uint32_t(out.params.size()) + 1);
     out.signature = signature_of(p, out.params);
     trap("cannot execute " + u.text);
   }

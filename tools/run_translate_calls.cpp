@@ -20,16 +20,17 @@ FunctionTranslator::Result FunctionTranslator::call(uint32_t n, uint32_t want) {
   CallSite site;
   std::vector<uint32_t> arguments;
   if (x.op == CALL) arguments = list_items(x.right);
-  uint8_t all = 0; // facts of the arguments
-  for (uint32_t a : arguments)
-    all |= facts[a];
+  // The facts of argument i and all behind it together.
+  std::vector<uint8_t> facts_from(arguments.size() + 1, 0);
+  for (size_t i = arguments.size(); i-- > 0;)
+    facts_from[i] = facts_from[i + 1] | facts[arguments[i]];
 
   Place callee = shape(x.left).cls == C_FUNC ? place(x.left) : place_at(x.left);
   if (callee.kind == Place::FIXED && callee.index == NO_REG) {
     site.callee = p.function_at(callee.offset);
     if (!site.callee) site.pointer = reg(Operand::of_imm(callee.offset));
   } else {
-    site.pointer = reg(snapshot(address(callee), all & WRITES_REG));
+    site.pointer = reg(snapshot(address(callee), facts_from[0] & WRITES_REG));
   }
 
   uint32_t base = top;
@@ -45,10 +46,7 @@ FunctionTranslator::Result FunctionTranslator::call(uint32_t n, uint32_t want) {
       if (!type.in_memory()) fail(node(a), "of no aggregate");
       Place from = place(a);
       // The callee copies it, but a later argument may change it first.
-      bool later = false;
-      for (uint32_t k = i + 1; k < arguments.size(); ++k)
-        later = later || facts[arguments[k]];
-      if (later) {
+      if (facts_from[i + 1]) {
         Place own = frame_object(type.units, true);
         copy(own, from, type.units);
         from = own;

@@ -5,7 +5,8 @@ namespace icode::run {
 
 namespace {
 
-constexpr uint64_t MAX_FRAME = 0x400000; // units of one function's frame
+constexpr uint64_t MAX_FRAME = 0x400000;   // units of one function's frame
+constexpr uint64_t MAX_FRAMES = 0x4000000; // units of all functions' frames
 
 Operand offset_operand(uint32_t offset) {
   return Operand::of_imm(uint64_t(int64_t(int32_t(offset))));
@@ -20,8 +21,11 @@ bool is_address_type(const Shape& s) {
 Place FunctionTranslator::frame_object(uint64_t units, bool wide_aligned) {
   uint64_t at = out.frame.size();
   if (wide_aligned) at = (at + 1) & ~uint64_t(1);
-  if (at + units + GAP > MAX_FRAME) fail("locals that are larger than the stack");
-  out.frame.resize(at + units + GAP, P_NONE);
+  uint64_t end = at + units + GAP;
+  if (end > MAX_FRAME) fail("locals that are larger than the stack");
+  p.frame_units += end - out.frame.size();
+  if (p.frame_units > MAX_FRAMES) fail("too many large locals");
+  out.frame.resize(end, P_NONE);
   std::fill_n(out.frame.begin() + long(at), units, uint8_t(P_READ_WRITE));
   Place place;
   place.kind = Place::FRAME;

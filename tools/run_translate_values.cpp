@@ -209,7 +209,7 @@ std::pair<int, Scalar> comparison_type(int op, Scalar left, Scalar right) {
   }
   Scalar type = left.bits >= right.bits ? left : right;
   if (left.is_pointer || right.is_pointer) op = signless(op);
-  type.is_signed = !is_unsigned_comparison(op);
+  if (op != EQ && op != NEQ) type.is_signed = !is_unsigned_comparison(op);
   type.is_boolean = false;
   return {op, type};
 }
