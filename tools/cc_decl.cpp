@@ -182,7 +182,10 @@ SYMTAB* LOWERING::symbol_of(const clang::ValueDecl* decl) {
   auto known = symbols.find(decl->getCanonicalDecl());
   if (known != symbols.end()) return known->second;
   auto* variable = llvm::cast<clang::VarDecl>(decl);
-  if (!variable->hasGlobalStorage()) refuse(decl->getLocation(), "'" + decl->getName().str() + "' has no storage here");
+  if (!variable->hasGlobalStorage()) {
+    if (failed) throw REFUSED(); // its declaration was reported
+    refuse(decl->getLocation(), "'" + decl->getName().str() + "' has no storage here");
+  }
   return global_variable(variable);
 }
 

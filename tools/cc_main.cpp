@@ -200,7 +200,7 @@ int compile(const COMMAND& command) {
   instance.createDiagnostics();
   clang::DiagnosticsEngine& diags = instance.getDiagnostics();
   // Its warnings speak of the parser's widths.
-  diags.setIgnoreAllWarnings(true);
+  diags.setSeverityForAll(clang::diag::Flavor::WarningOrError, clang::diag::Severity::Ignored);
   const clang::SourceLocation everywhere;
   diags.setSeverity(clang::diag::ext_implicit_function_decl, clang::diag::Severity::Error, everywhere);
   diags.setSeverity(clang::diag::warn_implicit_function_decl, clang::diag::Severity::Error, everywhere);
@@ -218,7 +218,7 @@ int compile(const COMMAND& command) {
   language.NoBuiltin = true;
   // A character of a literal has its byte's value: the target's char is wider than a byte.
   language.CharIsSigned = false;
-  language.Blocks = false;
+  language.GNUAsm = false;
   target->adjust(diags, language);
   instance.setTarget(target);
   instance.createFileManager();
@@ -232,12 +232,6 @@ int compile(const COMMAND& command) {
   instance.createPreprocessor(clang::TU_Complete);
   clang::Preprocessor& pp = instance.getPreprocessor();
   pp.getBuiltinInfo().initializeBuiltins(pp.getIdentifierTable(), language);
-  std::vector<LOOP_PRAGMA> pragmas;
-  LOOP_PRAGMA_HANDLER unroll("UNROLL", PRAGMA_UNROLL, 1, pragmas);
-  LOOP_PRAGMA_HANDLER must_iterate("MUST_ITERATE", PRAGMA_MUST_ITERATE, 3, pragmas);
-  pp.AddPragmaHandler(&unroll);
-  pp.AddPragmaHandler(&must_iterate);
-
   auto file = instance.getFileManager().getFileRef(command.input);
   if (!file) {
     llvm::consumeError(file.takeError());
@@ -245,6 +239,11 @@ int compile(const COMMAND& command) {
   }
   clang::SourceManager& sm = instance.getSourceManager();
   sm.setMainFileID(sm.createFileID(*file, clang::SourceLocation(), clang::SrcMgr::C_User));
+  std::vector<LOOP_PRAGMA> pragmas;
+  LOOP_PRAGMA_HANDLER unroll("UNROLL", PRAGMA_UNROLL, 1, pragmas);
+  LOOP_PRAGMA_HANDLER must_iterate("MUST_ITERATE", PRAGMA_MUST_ITERATE, 3, pragmas);
+  pp.AddPragmaHandler(&unroll);
+  pp.AddPragmaHandler(&must_iterate);
   auto* consumer = new CONSUMER(command, pragmas);
   instance.setASTConsumer(std::unique_ptr<clang::ASTConsumer>(consumer));
   instance.createASTContext();

@@ -11,10 +11,21 @@ namespace cc {
 
 namespace {
 
+// The base class keeps its options to itself and gives them to targets of its own list only, but the
+// parser asks for them here and there. An explicit instantiation may name the member.
+std::shared_ptr<clang::TargetOptions>& options_of(clang::TargetInfo& target);
+template <std::shared_ptr<clang::TargetOptions> clang::TargetInfo::* MEMBER> struct OPTIONS_ACCESS {
+  friend std::shared_ptr<clang::TargetOptions>& options_of(clang::TargetInfo& target) {
+    return target.*MEMBER;
+  }
+};
+template struct OPTIONS_ACCESS<&clang::TargetInfo::TargetOpts>;
+
 class ULM200_TARGET : public clang::TargetInfo {
 public:
   explicit ULM200_TARGET(unsigned double_bits)
       : TargetInfo(llvm::Triple("ulm200-unknown-elf")) {
+    options_of(*this) = std::make_shared<clang::TargetOptions>();
     BigEndian = false;
     TLSSupported = false;
     PointerWidth = PointerAlign = 32;

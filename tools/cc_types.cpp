@@ -61,7 +61,11 @@ TYPE* LOWERING::array_type(TYPE* elem, unsigned long count, SourceLocation at) {
 }
 
 TYPE* LOWERING::array_type(TYPE* elem, const clang::Expr* bound, SourceLocation at) {
-  const INT65 count = constant_of(bound);
+  NODE* tree = value(bound);
+  const std::optional<INT65> known = evaluate_integer(tree);
+  erase_tree(tree);
+  if (!known) refuse(at, "arrays of variable length are not supported");
+  const INT65 count = *known;
   if (count.is_negative()) refuse(at, "array of negative size");
   return array_type(elem, count.low, at);
 }
@@ -86,9 +90,9 @@ TYPE* LOWERING::type_of(clang::TypeLoc loc) {
   case clang::TypeLoc::VariableArray: {
     auto array = loc.castAs<clang::ArrayTypeLoc>();
     TYPE* elem = type_of(array.getElementLoc());
-    if (const clang::Expr* bound = array.getSizeExpr()) return array_type(elem, bound, at);
     if (loc.getTypeLocClass() == clang::TypeLoc::VariableArray)
       refuse(at, "arrays of variable length are not supported");
+    if (const clang::Expr* bound = array.getSizeExpr()) return array_type(elem, bound, at);
     complete(elem, at);
     return tp->mk_array(elem, 0, 0, elem->align, false, false);
   }

@@ -15,7 +15,7 @@ int main(void) {
   show(p);
   p->a--; ++p->b; p->c--; p->d >>= 2; p->e %= 7; p->f &= ~1;
   show(p);
-  printf("%d %d %d\n", l.a++, l.a, (l.b = 17));
+  printf("%d ", l.a++); printf("%d %d\n", l.a, (l.b = 17));
   l = twist(l);
   show(&l);
   printf("%d %d\n", l.a - 8 < 0, g.a < -1);

@@ -6,7 +6,7 @@ import lit.formats
 
 config.name = "vrx"
 config.test_format = lit.formats.ShTest(True)
-config.suffixes = [".ict", ".test"]
+config.suffixes = [".ict", ".test", ".c"]
 config.excludes = ["Inputs"]
 config.test_source_root = os.path.dirname(__file__)
 
@@ -22,7 +22,7 @@ def find(name):
 
 
 # A longer name stands before its own beginnings.
-for name in ["icode-as", "icode-dis", "icode-run", "vrx-mid"]:
+for name in ["icode-as", "icode-cc", "icode-dis", "icode-run", "vrx-mid"]:
     config.substitutions.append(("%" + name, os.path.join(bin_dir, name)))
 config.substitutions.append(("%FileCheck", find("FileCheck")))
 config.substitutions.append(("%not", find("not")))
