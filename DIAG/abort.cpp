@@ -5,7 +5,9 @@
 
 static void (*abort_handler)(const char* msg);
 
-void set_abort_handler(void (*handler)(const char* msg)) { abort_handler = handler; }
+void set_abort_handler(void (*handler)(const char* msg)) {
+  abort_handler = handler;
+}
 
 void abort_optimizer(const char* msg) {
   if (abort_handler) abort_handler(msg);
@@ -14,7 +16,9 @@ void abort_optimizer(const char* msg) {
   exit(1);
 }
 
-void abort_optimizer() { abort_optimizer(nullptr); }
+void abort_optimizer() {
+  abort_optimizer(nullptr);
+}
 
 void optassert(const char* expr, const char* file, int line) {
   // Kept in locals so that a debugger shows which check failed.

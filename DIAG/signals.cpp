@@ -28,8 +28,10 @@ void common_signal_end(int signal) {
   static char text[2048]; // built without allocating
   if (signal == SIGTERM || signal == SIGHUP)
     snprintf(text, sizeof text, "[%s received a terminate signal]\n", tool_name);
-  else if (signal == SIGINT) snprintf(text, sizeof text, "[%s forced exit]\n", tool_name);
-  else snprintf(text, sizeof text, "\nINTERNAL ERROR: %s %s\n", tool_name, fault_text(signal));
+  else if (signal == SIGINT)
+    snprintf(text, sizeof text, "[%s forced exit]\n", tool_name);
+  else
+    snprintf(text, sizeof text, "\nINTERNAL ERROR: %s %s\n", tool_name, fault_text(signal));
   ssize_t ignored = write(STDERR_FILENO, text, strlen(text));
   (void)ignored;
   if (end_callback) end_callback();
@@ -47,12 +49,13 @@ void install_common_handlers(void (*handler)(int), void (*callback)()) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = SA_ONSTACK;
-  static const int signals[] = {SIGILL,  SIGABRT, SIGFPE, SIGSEGV, SIGTERM, SIGINT,
-                                SIGHUP,  SIGTRAP, SIGBUS, SIGSYS,  SIGXCPU, SIGXFSZ};
+  static const int signals[] = {SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM, SIGINT,
+                                SIGHUP, SIGTRAP, SIGBUS, SIGSYS,  SIGXCPU, SIGXFSZ};
   for (int signal : signals) {
 #if defined(__SANITIZE_ADDRESS__)
     // The sanitizer reports faults better.
-    if (signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE || signal == SIGILL || signal == SIGABRT)
+    if (signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE || signal == SIGILL ||
+        signal == SIGABRT)
       continue;
 #endif
     sigaction(signal, &action, nullptr);

@@ -41,8 +41,8 @@ public:
   PSN* first_psn = nullptr;
   PSN* last_psn = nullptr;
   double dFreqIn = -1.0, dFreqOut = -1.0; // execution frequency, -1.0 is unknown
-  int uon = 0;  // number in order of creation; -1 for a block made after the graph was built
-  int dfn = 0;  // depth-first number, 1 at the entry
+  int uon = 0; // number in order of creation; -1 for a block made after the graph was built
+  int dfn = 0; // depth-first number, 1 at the entry
   bool visited = false; // scratch of walks; clear when a walk starts
   int target_mark = -1; // scratch of edge building
 
@@ -78,7 +78,7 @@ void insert_stmt_before_stmt_in_bb(NODE* stmt, NODE* before, BBLK* bb, PSN* psn)
 void erase_bblock(BBLK* bb);
 
 // --- Edge lists
-EDGE* mkedge(BBLK* bb, EDGE* rest);               // always prepends, probability unknown
+EDGE* mkedge(BBLK* bb, EDGE* rest);                // always prepends, probability unknown
 EDGE* add_edge(BBLK* bb, EDGE* list, double prob); // unless already there
 EDGE* remove_edge(BBLK* bb, EDGE* list);
 void erase_edge(EDGE* cell);

@@ -25,7 +25,8 @@ LBL* mklabel(int number, LBL* chain, BBLK* bb) {
 
 LBL* find_label(int number) {
   for (LBL* label : currfuninfo->labels)
-    if (number >= 0 && label->number == number && label->bb) return label->chain ? label->chain : label;
+    if (number >= 0 && label->number == number && label->bb)
+      return label->chain ? label->chain : label;
   fprintf(stderr, "\n!!! COMPILER (OPTIMIZER) ERROR IN 'find_label', INDEX=%d !!!\n", number);
   abort_optimizer();
 }
@@ -77,8 +78,10 @@ NODE* normalize_switch(NODE* stmt) {
   for (size_t k = items.size(); k-- > 0;) {
     NODE* item = items[k];
     if (item->op == DEFAULT) {
-      if (by_default) erase_tree(item);
-      else by_default = item;
+      if (by_default)
+        erase_tree(item);
+      else
+        by_default = item;
       continue;
     }
     count++;
@@ -134,7 +137,8 @@ public:
       LIST* last = bb->last_statement();
       EDGE* targets = list_branch_targets(last->tree, nullptr);
       // Targets are distinct, so that prepending is all of add_edge.
-      for (EDGE* e = targets; e; e = e->rest) bb->successors = mkedge(e->first, bb->successors);
+      for (EDGE* e = targets; e; e = e->rest)
+        bb->successors = mkedge(e->first, bb->successors);
       erase_edge_list(targets);
     }
     fi->bb_count = uon;
@@ -145,9 +149,9 @@ public:
 private:
   FUNINFO* fi;
   BBLK* exit_block = nullptr;
-  BBLK* newest = nullptr;  // end of the chain in order of creation
-  BBLK* current = nullptr; // block being filled
-  LIST* last = nullptr;    // its last statement
+  BBLK* newest = nullptr;     // end of the chain in order of creation
+  BBLK* current = nullptr;    // block being filled
+  LIST* last = nullptr;       // its last statement
   std::vector<NODE*> waiting; // labels of what follows, still to be bound
 
   void add_to_chain(BBLK* bb) {
@@ -173,7 +177,8 @@ private:
     last = nullptr;
     if (!first_block) first_block = current;
     add_to_chain(current);
-    for (NODE* ref : waiting) bind(ref, current);
+    for (NODE* ref : waiting)
+      bind(ref, current);
     waiting.clear();
   }
 
@@ -339,8 +344,10 @@ void buildcfg() {
   LIST* list = fi->stmts;
   fi->stmts = nullptr;
   LIST* last = list;
-  while (last && last->next) last = last->next;
-  if (!last || (last->tree->op != RETURN && last->tree->op != BRANCH && last->tree->op != URETURN)) {
+  while (last && last->next)
+    last = last->next;
+  if (!last ||
+      (last->tree->op != RETURN && last->tree->op != BRANCH && last->tree->op != URETURN)) {
     LS* scope = fi->scope ? fi->scope->level_2_scope() : nullptr;
     NODE* done = maketree(URETURN, mk_NAME(fi->symbol, scope), nullptr, tp->mk_void(), scope);
     (last ? last->next : list) = mkelist(done, nullptr, fi->end_psn);
@@ -399,6 +406,7 @@ void initialize_CFG_profiling_annotation(int renumber, int) {
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
     bb->dFreqIn = bb->dFreqOut = -1.0;
     for (EDGE* list : {bb->predecessors, bb->successors})
-      for (EDGE* e = list; e; e = e->rest) e->prob = -1.0;
+      for (EDGE* e = list; e; e = e->rest)
+        e->prob = -1.0;
   }
 }

@@ -22,7 +22,8 @@ EDGE* mkedge(BBLK* bb, EDGE* rest) {
 }
 
 EDGE* edge_memberp(const BBLK* bb, EDGE* list) {
-  while (list && list->first != bb) list = list->rest;
+  while (list && list->first != bb)
+    list = list->rest;
   return list;
 }
 
@@ -45,7 +46,9 @@ EDGE* remove_edge(BBLK* bb, EDGE* list) {
   return list;
 }
 
-void erase_edge(EDGE* cell) { delete cell; }
+void erase_edge(EDGE* cell) {
+  delete cell;
+}
 
 void erase_edge_list(EDGE* list) {
   mark_dominators_stale();
@@ -59,7 +62,8 @@ void erase_edge_list(EDGE* list) {
 EDGE* copy_edge_list(const EDGE* list) {
   EDGE* head = nullptr;
   EDGE** tail = &head;
-  for (; list; list = list->rest, tail = &(*tail)->rest) *tail = new EDGE{list->first, list->prob, nullptr};
+  for (; list; list = list->rest, tail = &(*tail)->rest)
+    *tail = new EDGE{list->first, list->prob, nullptr};
   return head;
 }
 
@@ -82,7 +86,8 @@ bool BB_is_in_bb_list(const BBLK* bb) {
 
 int edge_length(const EDGE* list) {
   int count = 0;
-  for (; list; list = list->rest) count++;
+  for (; list; list = list->rest)
+    count++;
   return count;
 }
 
@@ -92,7 +97,8 @@ EDGE* sort_edge_list(EDGE* list) {
     EDGE* cell = list;
     list = list->rest;
     EDGE** place = &sorted;
-    while (*place && (*place)->first->dfn <= cell->first->dfn) place = &(*place)->rest;
+    while (*place && (*place)->first->dfn <= cell->first->dfn)
+      place = &(*place)->rest;
     cell->rest = *place;
     *place = cell;
   }
@@ -132,7 +138,8 @@ EDGE* list_branch_targets(const NODE* branch, EDGE* list) {
     list = mkedge(bb, list);
     return true;
   });
-  for (BBLK* bb : marked) bb->target_mark = -1;
+  for (BBLK* bb : marked)
+    bb->target_mark = -1;
   return list;
 }
 
@@ -146,7 +153,8 @@ void remap_labelrefs(NODE* tree, BBLK* from, BBLK* to) {
 }
 
 void subst_bb_for_bb_in_stmts(BBLK* new_bb, BBLK* old_bb, LIST* statements) {
-  for (; statements; statements = statements->next) remap_labelrefs(statements->tree, old_bb, new_bb);
+  for (; statements; statements = statements->next)
+    remap_labelrefs(statements->tree, old_bb, new_bb);
 }
 
 void subst_bb_for_bb_in_bb(BBLK* new_bb, BBLK* old_bb, BBLK* in) {
@@ -155,7 +163,8 @@ void subst_bb_for_bb_in_bb(BBLK* new_bb, BBLK* old_bb, BBLK* in) {
 
 // Makes the edges out of bb those of its control statement, which replaced old_branch.
 void fixup_edge_lists(BBLK* bb, NODE* old_branch) {
-  EDGE* old_targets = old_branch ? list_branch_targets(old_branch, nullptr) : copy_edge_list(bb->successors);
+  EDGE* old_targets =
+      old_branch ? list_branch_targets(old_branch, nullptr) : copy_edge_list(bb->successors);
   LIST* last = bb->last_statement();
   EDGE* targets = last ? rev_edge_list(list_branch_targets(last->tree, nullptr)) : nullptr;
   for (EDGE* e = old_targets; e; e = e->rest)
@@ -203,8 +212,10 @@ BBLK* insert_new_bb_with_branch(int dfn, BBLK* after, BBLK* target, PSN* psn) {
 
 void delink_old_bb(BBLK* bb) {
   FUNINFO* fi = currfuninfo;
-  if (bb == fi->bb_list) fi->bb_list = bb->dflink;
-  else bb->rdflink->dflink = bb->dflink;
+  if (bb == fi->bb_list)
+    fi->bb_list = bb->dflink;
+  else
+    bb->rdflink->dflink = bb->dflink;
   if (BBLK* closes = bb->dflink ? bb->dflink : fi->bb_list) closes->rdflink = bb->rdflink;
   for (BBLK** place = &fi->uon_list; *place; place = &(*place)->uon_link)
     if (*place == bb) {
@@ -255,7 +266,8 @@ BBLK* split_cfg_edge(BBLK* from, BBLK* to) {
 bool bb_is_split_critical_edge(const BBLK* bb) {
   auto one = [](const EDGE* list) { return list && !list->rest; };
   auto several = [](const EDGE* list) { return list && list->rest; };
-  return one(bb->predecessors) && one(bb->successors) && several(bb->predecessors->first->successors) &&
+  return one(bb->predecessors) && one(bb->successors) &&
+         several(bb->predecessors->first->successors) &&
          several(bb->successors->first->predecessors);
 }
 
@@ -263,19 +275,24 @@ void split_critical_edges(bool all) {
   FUNINFO* fi = currfuninfo;
   if (!fi->bb_list) return;
   std::vector<BBLK*> blocks;
-  for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink) blocks.push_back(bb);
+  for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+    blocks.push_back(bb);
   for (size_t k = blocks.size(); k-- > 0;) {
     BBLK* bb = blocks[k];
     if (!bb->successors || !bb->successors->rest) continue;
     std::vector<BBLK*> targets;
-    for (EDGE* e = bb->successors; e; e = e->rest) targets.push_back(e->first);
+    for (EDGE* e = bb->successors; e; e = e->rest)
+      targets.push_back(e->first);
     for (BBLK* to : targets) {
       if (!to->predecessors || !to->predecessors->rest) continue;
       LOOP* loop = bb->loop;
       bool wanted;
-      if (all) wanted = true;
-      else if (!loop) wanted = bb->dfn < to->dfn;
-      else wanted = !(to->loop == loop && bb == loop->tail && to == loop->head);
+      if (all)
+        wanted = true;
+      else if (!loop)
+        wanted = bb->dfn < to->dfn;
+      else
+        wanted = !(to->loop == loop && bb == loop->tail && to == loop->head);
       if (!wanted) continue;
       print_if_debug("Splitting critical edge between BB%d and BB%d\n", bb->dfn, to->dfn);
       BBLK* middle = split_cfg_edge(bb, to);
@@ -289,7 +306,8 @@ void split_critical_edges(bool all) {
 
 void insert_stmt_before_stmt_in_bb(NODE* stmt, NODE* before, BBLK* bb, PSN* psn) {
   LIST** place = &bb->statements;
-  while (*place && (*place)->tree != before) place = &(*place)->next;
+  while (*place && (*place)->tree != before)
+    place = &(*place)->next;
   *place = mkelist(stmt, *place, psn);
 }
 
@@ -303,13 +321,17 @@ BBLK::BBLK(FUNINFO* fi) : serial_object<BBLK, FUNINFO>(*fi) {}
 BBLK::~BBLK() {
   erase_edge_list(predecessors);
   erase_edge_list(successors);
-  for (BITVEC* set : {use_set, def_set, live_in, live_out}) delete set;
+  for (BITVEC* set : {use_set, def_set, live_in, live_out})
+    delete set;
 }
 
-std::string BBLK::str() const { return "BB" + std::to_string(dfn); }
+std::string BBLK::str() const {
+  return "BB" + std::to_string(dfn);
+}
 
 LIST* BBLK::last_statement() const {
   LIST* last = statements;
-  while (last && last->next) last = last->next;
+  while (last && last->next)
+    last = last->next;
   return last;
 }

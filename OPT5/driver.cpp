@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <sys/stat.h>
 #include <unistd.h>
 
 char i_file_name[512];
@@ -43,19 +44,24 @@ std::string fn_delext(const char* path) {
   std::string text = path;
   const size_t slash = text.rfind('/');
   const size_t dot = text.rfind('.');
-  if (dot != std::string::npos && (slash == std::string::npos || dot > slash + 1) && dot > 0) text.resize(dot);
+  if (dot != std::string::npos && (slash == std::string::npos || dot > slash + 1) && dot > 0)
+    text.resize(dot);
   return text;
 }
 
-void print_toolversion(FILE* to) { fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT); }
+void print_toolversion(FILE* to) {
+  fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT);
+}
 
 [[noreturn]] void fail(const char* format, const char* a, const char* b) {
   fprintf(stderr, format, a, b);
   exit(1);
 }
 
+// A failed run leaves no output; what was there before as a device is not ours to remove.
 void remove_output() {
-  if (output_is_open) unlink(o_file_name);
+  struct stat info;
+  if (output_is_open && stat(o_file_name, &info) == 0 && S_ISREG(info.st_mode)) unlink(o_file_name);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -86,7 +92,9 @@ void end_failing_run(const char* msg) {
   _exit(1);
 }
 
-void end_after_signal() { end_failing_run(nullptr); }
+void end_after_signal() {
+  end_failing_run(nullptr);
+}
 
 void debug_signal_handler(int signal) {
   if (FDEBUG) fflush(FDEBUG);
@@ -114,7 +122,8 @@ int walk_arguments() {
     case 1: copy_path(o_file_name, arg); break;
     case 2: break;
     default:
-      fprintf(stderr, "\n>>>> OPTIMIZER ERROR: Unexpected options: %s %s %s\n", i_file_name, o_file_name, arg);
+      fprintf(stderr, "\n>>>> OPTIMIZER ERROR: Unexpected options: %s %s %s\n", i_file_name,
+              o_file_name, arg);
     }
   }
   return names;
@@ -138,21 +147,24 @@ void answer_questions() {
 
 // One option_obj a stored set; the command line wins over what is stored.
 void build_option_sets() {
-  for (OPTION_SET* set : i_file->option_sets) icode_optionlist.push_back(*set);
+  for (OPTION_SET* set : i_file->option_sets)
+    icode_optionlist.push_back(*set);
   const std::vector<std::string> from_command_line = cmdline_options->export_option_pairs();
   if (icode_optionlist.empty()) {
     all_option_sets.push_back(new option_obj(*cmdline_options));
   } else {
     all_option_sets.resize(icode_optionlist.size());
     for (const OPTION_SET& set : icode_optionlist) {
-      if (set.number >= all_option_sets.size() || all_option_sets[set.number]) if_die(INVALID_RECORD);
+      if (set.number >= all_option_sets.size() || all_option_sets[set.number])
+        if_die(INVALID_RECORD);
       auto* options = new option_obj;
       all_option_sets[set.number] = options;
       option_obj::next_arg = nullptr;
       if (!cmdline_options->isset(OPT_ignore_stored_options))
         for (const std::string& text : set.strings)
           if (!text.empty()) options->process_option(text.c_str() + 1);
-      for (const std::string& text : from_command_line) options->process_option(text.c_str());
+      for (const std::string& text : from_command_line)
+        options->process_option(text.c_str());
     }
   }
   file_options = all_option_sets[0];
@@ -160,7 +172,9 @@ void build_option_sets() {
 
 bool is_size_goal() {
   switch (file_options->getnumarg(OPT_size_speed_goal, 0)) {
-  case GOAL_HIGH_RISK_SIZE: case GOAL_LOW_RISK_PERFORMANCE: case GOAL_LOW_RISK_SIZE:
+  case GOAL_HIGH_RISK_SIZE:
+  case GOAL_LOW_RISK_PERFORMANCE:
+  case GOAL_LOW_RISK_SIZE:
   case GOAL_MEDIUM_RISK_SIZE: return true;
   default: return false;
   }
@@ -178,17 +192,20 @@ void open_info_file() {
   const char* given = file_options->getstrarg(OPT_opt_info_filename, 0);
   const std::string path = given ? given : fn_delext(i_file_name) + ".nfo";
   finfo = fopen(path.c_str(), "w");
-  if (!finfo) fail("\n>> Cannot Open Info File, %s : %s, Aborting\n", strerror(errno), path.c_str());
+  if (!finfo)
+    fail("\n>> Cannot Open Info File, %s : %s, Aborting\n", strerror(errno), path.c_str());
   write_opt_info = static_cast<int>(file_options->getnumarg(OPT_gen_opt_info, 0));
   print_toolversion(finfo);
 }
 
 void open_output() {
   FILE* fp = fopen(o_file_name, "wb");
-  if (!fp) fail("\n>> Cannot Open Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
+  if (!fp)
+    fail("\n>> Cannot Open Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
   output_is_open = true;
   o_file = I_FILE::if_create(fp, tp, i_file->source_name.c_str(), i_file->extra_word);
-  for (const OPTION_SET* set : i_file->option_sets) o_file->if_enter_option_set(*set);
+  for (const OPTION_SET* set : i_file->option_sets)
+    o_file->if_enter_option_set(*set);
 }
 
 void emit_cmd_line_text() {
@@ -196,11 +213,14 @@ void emit_cmd_line_text() {
   if (done) return;
   done = true;
   std::string text = ";\t";
-  for (int k = 0; k < arg_count; k++) text += std::string(args[k]) + " ";
+  for (int k = 0; k < arg_count; k++)
+    text += std::string(args[k]) + " ";
   wrasmr(47, text.c_str(), nullptr);
   for (const OPTION_SET& set : icode_optionlist) {
-    print_if_debug("Option set %d%s:\n", set.number, set.number == 0 ? " (file-level options)" : "");
-    for (const std::string& s : set.strings) print_if_debug("\t%s\n", s.c_str());
+    print_if_debug("Option set %d%s:\n", set.number,
+                   set.number == 0 ? " (file-level options)" : "");
+    for (const std::string& s : set.strings)
+      print_if_debug("\t%s\n", s.c_str());
   }
 }
 
@@ -219,7 +239,8 @@ void open_files(int argc, char** argv) {
   if (names > 2) fail("\n>>>> OPTIMIZER ERROR: Garbage on command line\n\n%s%s", "", "");
 
   FILE* in = fopen(i_file_name, "rb");
-  if (!in) fail("\n>> Cannot Open Input icode File, %s : %s, Aborting\n", strerror(errno), i_file_name);
+  if (!in)
+    fail("\n>> Cannot Open Input icode File, %s : %s, Aborting\n", strerror(errno), i_file_name);
   i_file = I_FILE::if_open(in, opt_client());
   if (!i_file) fail("\n>> Error when opening input icode file : %s, Aborting\n%s", i_file_name, "");
   build_option_sets();
@@ -230,7 +251,8 @@ void open_files(int argc, char** argv) {
   reset_global_flags();
   set_global_flags(file_options);
   if (pass_debug_help)
-    for (const auto& [name, value] : register_option::get_state()) printf("%s=%d\n", name.c_str(), value);
+    for (const auto& [name, value] : register_option::get_state())
+      printf("%s=%d\n", name.c_str(), value);
 
   tp = TYPE_PKG::init_type_pkg();
   i_file->if_type_init(tp);
@@ -282,7 +304,8 @@ void init_fileopts() {
 void close_output() {
   if (!o_file) return;
   if (o_file->if_close(true, false) != 0) {
-    fprintf(stderr, "\n>> Cannot Write Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
+    fprintf(stderr, "\n>> Cannot Write Output icode File, %s : %s, Aborting\n", strerror(errno),
+            o_file_name);
     remove_output();
     _exit(1);
   }
@@ -318,18 +341,23 @@ void time_report(clock_t start) {
     in_functions += fi->time / 1e6;
     if (fi->time > 0) timed.push_back(fi);
   }
-  if (total - in_functions > 0) fprintf(to, "Non-function time:  %.2f secs\n", total - in_functions);
+  if (total - in_functions > 0)
+    fprintf(to, "Non-function time:  %.2f secs\n", total - in_functions);
   fprintf(to, "\n");
-  std::stable_sort(timed.begin(), timed.end(), [](const FUNINFO* a, const FUNINFO* b) { return a->time > b->time; });
-  for (const FUNINFO* fi : timed) fprintf(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
+  std::stable_sort(timed.begin(), timed.end(),
+                   [](const FUNINFO* a, const FUNINFO* b) { return a->time > b->time; });
+  for (const FUNINFO* fi : timed)
+    fprintf(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
 }
 
 void release_everything() {
   erase_all_passes();
   erase_all_FUNINFOs();
   erase_all_symbols();
+  erase_type_caches();
   call_graph.clear();
-  for (option_obj* options : all_option_sets) delete options;
+  for (option_obj* options : all_option_sets)
+    delete options;
   delete cmdline_options;
   if (--TYPE_PKG::tp_count == 0) {
     delete tp; // with the tree of all its types
@@ -339,9 +367,13 @@ void release_everything() {
 
 } // namespace
 
-const char* next_arg() { return next_arg_index < arg_count ? args[next_arg_index++] : nullptr; }
+const char* next_arg() {
+  return next_arg_index < arg_count ? args[next_arg_index++] : nullptr;
+}
 
-const char* isa_and_tool_name() { return "Ulm200 C/C++ Optimizer"; }
+const char* isa_and_tool_name() {
+  return "Ulm200 C/C++ Optimizer";
+}
 
 void open_debug_file(int fatal, const char* name, const char* mode) {
   if (!name && FDEBUG) return;
@@ -354,7 +386,8 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
     FDEBUG = fp;
     return;
   }
-  fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno), path.c_str());
+  fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno),
+          path.c_str());
   if (fatal) exit(1);
   if (!FDEBUG) FDEBUG = stderr;
 }
@@ -363,9 +396,11 @@ void prbbinfix() {
   if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees)) return;
   for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
     print_if_debug("\n%s:", bb->str().c_str());
-    for (const EDGE* e = bb->successors; e; e = e->rest) print_if_debug(" ->%s", e->first->str().c_str());
+    for (const EDGE* e = bb->successors; e; e = e->rest)
+      print_if_debug(" ->%s", e->first->str().c_str());
     print_if_debug("\n");
-    for (const LIST* s = bb->statements; s; s = s->next) print_if_debug("  %s\n", tree_text(s->tree).c_str());
+    for (const LIST* s = bb->statements; s; s = s->next)
+      print_if_debug("  %s\n", tree_text(s->tree).c_str());
   }
 }
 
@@ -387,8 +422,10 @@ int run_compilation(int argc, char** argv) {
   choose_thread_count();
   i_file->if_read_file();
   o_file->if_copy_symbols(i_file);
-  if (functions.empty()) analyze_global_symbols();
-  else run_all_steps();
+  if (functions.empty())
+    analyze_global_symbols();
+  else
+    run_all_steps();
   currfunc = nullptr;
   currfuninfo = file_funinfo;
   finish_global_symbols();

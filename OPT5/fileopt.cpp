@@ -26,6 +26,7 @@ void init_ipcp_for_fun() {}
 // reverse, so the nodes stand in reverse order.
 void set_up_and_build_call_graph() {
   call_graph.clear();
-  for (SYMTAB* sym : functions) call_graph.push_back(make_FUNINFO(sym));
+  for (SYMTAB* sym : functions)
+    call_graph.push_back(make_FUNINFO(sym));
   std::vector<FUNINFO*>(call_graph.rbegin(), call_graph.rend()).swap(call_graph);
 }

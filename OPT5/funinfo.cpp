@@ -3,6 +3,7 @@
 #include "OPT5/dominator.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 
 #include <cstring>
@@ -22,9 +23,11 @@ std::vector<FUNINFO*> all_records; // owns them
 FUNINFO::FUNINFO(const char* text) : name(text) {}
 
 FUNINFO::~FUNINFO() {
-  for (EHT_ITEM& item : eht) erase_tree(item.cleanup);
+  for (EHT_ITEM& item : eht)
+    erase_tree(item.cleanup);
   erase_tree_list(stmts);
   erase_tree_list(global_assertions);
+  erase_stack_sharing(sharing_root);
   delete dominators;
 }
 
@@ -88,10 +91,13 @@ FUNINFO* find_FUNINFO_for_call(const NODE* call) {
   return callee ? find_FUNINFO(callee) : nullptr;
 }
 
-bool function_is_defined(const FUNINFO* fi) { return fi->symbol && fi->symbol->is_defined; }
+bool function_is_defined(const FUNINFO* fi) {
+  return fi->symbol && fi->symbol->is_defined;
+}
 
 void init_FUNINFO_flags(FUNINFO* fi, int) {
-  static const char* const no_return[] = {"exit", "abort", "longjmp", "__cxa_throw", "__cxa_rethrow"};
+  static const char* const no_return[] = {"exit", "abort", "longjmp", "__cxa_throw",
+                                          "__cxa_rethrow"};
   for (const char* name : no_return)
     if (fi->name == name) fi->set_properties(FP_NO_RETURN);
   if (fi->name == "main") fi->set_properties(FP_MAIN);
@@ -103,7 +109,8 @@ void dump_FUNINFO(const FUNINFO* fi) {
 }
 
 void erase_all_FUNINFOs() {
-  for (FUNINFO* fi : all_records) delete fi;
+  for (FUNINFO* fi : all_records)
+    delete fi;
   all_records.clear();
   by_symbol.clear();
   by_name.clear();
@@ -124,7 +131,8 @@ void erase_all() {
   fi->stmts = nullptr;
   erase_tree(fi->entry_tree);
   fi->entry_tree = nullptr;
-  for (LBL* label : fi->labels) delete label;
+  for (LBL* label : fi->labels)
+    delete label;
   fi->labels.clear();
   LS::erase(fi->scope);
   fi->scope = nullptr;

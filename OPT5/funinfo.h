@@ -13,6 +13,7 @@
 class LS;
 class Dominator;
 struct PTENV;
+struct STACK_SHARING_SCOPE;
 
 // One entry of an exception table.
 struct EHT_ITEM {
@@ -24,12 +25,12 @@ struct EHT_ITEM {
 };
 
 enum FUNC_PROPERTY : unsigned {
-  FP_MUST_KEEP = 0x2,          // kept though it could be suppressed
-  FP_ON_UNSUPPRESSED = 0x4,    // is or has been on unsuppressed_functions
+  FP_MUST_KEEP = 0x2,       // kept though it could be suppressed
+  FP_ON_UNSUPPRESSED = 0x4, // is or has been on unsuppressed_functions
   FP_NO_RETURN = 0x8,
-  FP_SUPPRESSED = 0x40,        // no body is written
+  FP_SUPPRESSED = 0x40, // no body is written
   FP_VISIBLE_200 = 0x200,
-  FP_OUT_OF_ORDER = 0x800,     // left out of the call-graph order
+  FP_OUT_OF_ORDER = 0x800, // left out of the call-graph order
   FP_VISIBLE_1000 = 0x1000,
   FP_VISIBLE_2000 = 0x2000,
   FP_MAIN = 0x40000000
@@ -45,11 +46,11 @@ public:
   PSN* end_locals_psn = nullptr;
   PSN* end_psn = nullptr;
   std::vector<EHT_ITEM> eht;
-  LIST* stmts = nullptr;   // while reading: newest first
-  BBLK* bb_list = nullptr; // entry block
+  LIST* stmts = nullptr;    // while reading: newest first
+  BBLK* bb_list = nullptr;  // entry block
   BBLK* uon_list = nullptr; // blocks in order of creation
   int bb_count = 0;
-  std::vector<LBL*> labels; // owned
+  std::vector<LBL*> labels;   // owned
   NODE* entry_tree = nullptr; // copy of the argument prolog, owned
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
@@ -61,11 +62,14 @@ public:
   SYMTAB* symbols = nullptr;        // general
   SYMTAB* reg_candidates = nullptr; // scalar and not volatile
 
+  STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
+  STACK_SHARING_SCOPE* sharing_open = nullptr;
+
   unsigned time = 0; // microseconds spent in steps
   bool cd_ok = true; // no built-in of the body forbids data-flow transformations
   bool only_simple_calls = true;
   bool no_tail_recursion = false;
-  bool is_leaf = true; // no calls
+  bool is_leaf = true;              // no calls
   bool builtins_have_state = false; // built-ins of the body read or write hidden state
   SYMTAB* cctor_result = nullptr;   // local that points to the result of a copy constructor
   int temp_counter = 0;
@@ -77,9 +81,9 @@ public:
   std::vector<short> bitnums;
   std::vector<long> depnums;
 
-  std::vector<std::string> info_texts;    // deferred text of the information file
+  std::vector<std::string> info_texts;      // deferred text of the information file
   std::vector<std::string> header_comments; // comments read ahead of the first statement
-  std::vector<bool> call_sites[3];        // by call number
+  std::vector<bool> call_sites[3];          // by call number
 
   explicit FUNINFO(const char* name);
   ~FUNINFO();

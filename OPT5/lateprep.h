@@ -3,5 +3,5 @@
 
 void combine_asgs_to_memory(); // neighbouring narrow stores into one; merges none yet
 void init_reg_defs();
-void allocate_regs();          // register hints for locals; gives none yet
-void fold_ANDBASGs();          // x &= a; x &= b  -->  x &= a & b
+void allocate_regs(); // register hints for locals; gives none yet
+void fold_ANDBASGs(); // x &= a; x &= b  -->  x &= a & b

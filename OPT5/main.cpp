@@ -14,7 +14,8 @@ int main(int argc, char** argv) {
   } catch (const std::exception& e) {
     int status = 0;
     char* name = abi::__cxa_demangle(typeid(e).name(), nullptr, nullptr, &status);
-    std::string text = std::string("Unhandled exception of type ") + (name ? name : typeid(e).name()) + ": " + e.what();
+    std::string text = std::string("Unhandled exception of type ") +
+                       (name ? name : typeid(e).name()) + ": " + e.what();
     free(name);
     abort_optimizer(text.c_str());
   } catch (...) {

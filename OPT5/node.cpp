@@ -41,7 +41,8 @@ struct NODE_POOL {
   std::vector<POOL_CELL*> chunks;
   std::vector<NODE*> returned;
   ~NODE_POOL() {
-    for (POOL_CELL* chunk : chunks) delete[] chunk;
+    for (POOL_CELL* chunk : chunks)
+      delete[] chunk;
   }
 };
 
@@ -70,7 +71,8 @@ struct FREE_LIST {
     }
     auto* chunk = new POOL_CELL[NODES_A_CHUNK];
     pool().chunks.push_back(chunk);
-    for (int k = NODES_A_CHUNK - 1; k >= 0; k--) nodes.push_back(&chunk[k].node);
+    for (int k = NODES_A_CHUNK - 1; k >= 0; k--)
+      nodes.push_back(&chunk[k].node);
   }
 };
 
@@ -95,7 +97,9 @@ bool has_builtin_name(int op) {
 
 } // namespace
 
-int live_node_count() { return live_nodes; }
+int live_node_count() {
+  return live_nodes;
+}
 
 NODE* alloc_node(int op, TYPE* type) {
   if (free_nodes.nodes.empty()) free_nodes.refill();
@@ -126,17 +130,27 @@ BASE_NODE* new_node(int op, TYPE* type) {
   return alloc_node(op, type);
 }
 
-void erase_base_tree(BASE_NODE* tree) { erase_tree(static_cast<NODE*>(tree)); }
+void erase_base_tree(BASE_NODE* tree) {
+  erase_tree(static_cast<NODE*>(tree));
+}
 
-I_SYMTAB* NODE::name_symbol() const { return u.sym; }
+I_SYMTAB* NODE::name_symbol() const {
+  return u.sym;
+}
 
-unsigned long NODE::icon_uvalue() const { return static_cast<unsigned long>(ival); }
-long NODE::icon_svalue() const { return static_cast<long>(ival); }
+unsigned long NODE::icon_uvalue() const {
+  return static_cast<unsigned long>(ival);
+}
+long NODE::icon_svalue() const {
+  return static_cast<long>(ival);
+}
 
 const char* NODE::lcon_value() const {
   thread_local char text[32];
-  if (type->is_signed()) snprintf(text, sizeof text, "%ld", icon_svalue());
-  else snprintf(text, sizeof text, "%lu", icon_uvalue());
+  if (type->is_signed())
+    snprintf(text, sizeof text, "%ld", icon_svalue());
+  else
+    snprintf(text, sizeof text, "%lu", icon_uvalue());
   return text;
 }
 
@@ -153,9 +167,13 @@ int NODE::label_id() const {
   return label ? label->number : static_cast<int>(static_cast<long>(ival));
 }
 
-unsigned NODE::call_num_args() const { return static_cast<unsigned>(arg_list_count(right)); }
+unsigned NODE::call_num_args() const {
+  return static_cast<unsigned>(arg_list_count(right));
+}
 
-void NODE::mk_name(I_SYMTAB* sym) { u.sym = static_cast<SYMTAB*>(sym); }
+void NODE::mk_name(I_SYMTAB* sym) {
+  u.sym = static_cast<SYMTAB*>(sym);
+}
 
 void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
   ival = kind;
@@ -172,7 +190,8 @@ void NODE::mk_icon(long value) {
 void NODE::mk_lcon(const char* digits) {
   const bool negative = *digits == '-';
   unsigned long value = 0;
-  for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++) value = value * 10 + (*p - '0');
+  for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++)
+    value = value * 10 + (*p - '0');
   op = ICON;
   if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
   INT65 wide = negative ? -INT65(value) : INT65(value);
@@ -208,7 +227,9 @@ void NODE::mk_call(unsigned args, unsigned variable_args) {
   vargs = variable_args;
 }
 
-void NODE::mk_icall(const char* name) { u.callee = copy_text(name); }
+void NODE::mk_icall(const char* name) {
+  u.callee = copy_text(name);
+}
 
 // ---------------------------------------------------------------------------------------------
 // Makers
@@ -224,17 +245,22 @@ NODE* maketree(int op, NODE* left, NODE* right, TYPE* type, LS* ls) {
 
 NODE* mktree(int op, NODE* left, NODE* right, TYPE* type, SYMTAB* sym, INT65 ival) {
   NODE* node = maketree(op, left, right, type);
-  if (sym) node->u.sym = sym;
-  else node->ival = ival;
+  if (sym)
+    node->u.sym = sym;
+  else
+    node->ival = ival;
   return node;
 }
 
 NODE* mk_ASG(NODE* left, NODE* right) {
   TYPE* type = left->type;
   int op = ASG;
-  if (type->is_vector() && type->underlying_type()->elem_type()->is_csu()) op = ARASG;
-  else if (type->is_csu()) op = STASG;
-  else if (type->is_array()) op = ARASG;
+  if (type->is_vector() && type->underlying_type()->elem_type()->is_csu())
+    op = ARASG;
+  else if (type->is_csu())
+    op = STASG;
+  else if (type->is_array())
+    op = ARASG;
   NODE* node = maketree(op, left, right, type, left->ls);
   if (op == STASG) node->mval = left->mval;
   return node;
@@ -296,12 +322,17 @@ NODE* mk_COMMAOP(NODE* first, NODE* second) {
   return first ? maketree(COMMAOP, first, second, second->type, second->ls) : second;
 }
 
-NODE* mk_MINUS(NODE* a, NODE* b, TYPE* type) { return maketree(MINUS, a, b, type); }
+NODE* mk_MINUS(NODE* a, NODE* b, TYPE* type) {
+  return maketree(MINUS, a, b, type);
+}
 
-NODE* mk_EXCLAIM(NODE* x) { return maketree(EXCLAIM, x, nullptr, tp->mk_plain_int(), x->ls); }
+NODE* mk_EXCLAIM(NODE* x) {
+  return maketree(EXCLAIM, x, nullptr, tp->mk_plain_int(), x->ls);
+}
 
 static void add_label_refs(LBL* label, unsigned refs) {
-  for (; refs && label->refcount < 32767; refs--) label->refcount++;
+  for (; refs && label->refcount < 32767; refs--)
+    label->refcount++;
 }
 
 NODE* mk_LABELREF(INT65 number, unsigned refs) {
@@ -343,7 +374,9 @@ LIST* mklist(NODE* tree, LIST* next, int info0, int info1) {
   return new LIST{tree, nullptr, {static_cast<short>(info0), static_cast<short>(info1)}, next};
 }
 
-LIST* mkelist(NODE* tree, LIST* next, PSN* psn) { return new LIST{tree, psn, {0, 0}, next}; }
+LIST* mkelist(NODE* tree, LIST* next, PSN* psn) {
+  return new LIST{tree, psn, {0, 0}, next};
+}
 
 // ---------------------------------------------------------------------------------------------
 // Copying
@@ -396,11 +429,59 @@ LIST* copy_statements(const LIST* list, bool keep_ls) {
   LIST* head = nullptr;
   LIST** tail = &head;
   for (; list; list = list->next) {
-    *tail = new LIST{copy_tree(list->tree, keep_ls), list->psn, {list->info[0], list->info[1]},
-                     nullptr};
+    *tail = new LIST{
+        copy_tree(list->tree, keep_ls), list->psn, {list->info[0], list->info[1]}, nullptr};
     tail = &(*tail)->next;
   }
   return head;
+}
+
+NODE* copy_tree_without_dupes(const NODE* tree) {
+  if (!tree) return nullptr;
+  while (tree->op == CSE_DUPE || tree->op == CSE_ORIG)
+    tree = tree->right;
+  NODE* copy = copy_node(tree, true);
+  copy->left = copy_tree_without_dupes(tree->left);
+  copy->right = copy_tree_without_dupes(tree->right);
+  return copy;
+}
+
+static void copy_dd_records(const NODE* from, NODE* to) {
+  for (; from; from = from->left, to = to->left) {
+    if (from->dd_info) to->dd_info = new DD_INFO{copy_tree(from->dd_info->tree, true)};
+    if (from->right) copy_dd_records(from->right, to->right);
+  }
+}
+
+NODE* copy_dd_tree(const NODE* tree, bool keep_ls) {
+  NODE* copy = copy_tree(tree, keep_ls);
+  copy_dd_records(tree, copy);
+  return copy;
+}
+
+LIST* copy_dd_statements(const LIST* list, bool keep_ls) {
+  LIST* copy = copy_statements(list, keep_ls);
+  for (LIST* to = copy; list; list = list->next, to = to->next)
+    copy_dd_records(list->tree, to->tree);
+  return copy;
+}
+
+LIST* copy_shared_statements(const LIST* list) {
+  LIST* head = nullptr;
+  LIST** tail = &head;
+  for (; list; list = list->next, tail = &(*tail)->next) {
+    *tail = new LIST(*list);
+    (*tail)->next = nullptr;
+  }
+  return head;
+}
+
+NODE* copy_node_if_changed(NODE* node, NODE* left, NODE* right) {
+  if (node->left == left && node->right == right) return node;
+  NODE* copy = copy_node(node, true);
+  copy->left = left;
+  copy->right = right;
+  return copy;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -420,7 +501,8 @@ void erase_node(NODE* node) {
   }
   if (node->op == FCON) delete node->u.fval;
   if (has_builtin_name(node->op)) free(node->u.callee);
-  if (node->op == LABEL && node->label && node->label->refcount > 0 && node->label->refcount < 32767)
+  if (node->op == LABEL && node->label && node->label->refcount > 0 &&
+      node->label->refcount < 32767)
     node->label->refcount--;
   free(node->text);
   delete node->pragma;
@@ -452,8 +534,18 @@ void erase_tree(NODE* tree) {
 }
 
 void erase_tree_list(LIST* list) {
-  for (LIST* cell = list; cell; cell = cell->next) erase_tree(cell->tree);
+  for (LIST* cell = list; cell; cell = cell->next)
+    erase_tree(cell->tree);
   erase_tree_list_only(list);
+}
+
+void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees) {
+  while (list && list != entry) {
+    LIST* next = list->next;
+    if (trees) erase_tree(list->tree);
+    delete list;
+    list = next;
+  }
 }
 
 void erase_tree_list_only(LIST* list) {

@@ -34,27 +34,27 @@ public:
   // Calls: argument count.
   INT65 ival = 0;
   union {
-    SYMTAB* sym;       // NAME
-    simul_fval* fval;  // FCON, owned
-    char* callee;      // ICALL, UICALL, MCALL, UMCALL: name of the built-in, owned
-    TYPE* csu;         // FIELD: class of the member
+    SYMTAB* sym;      // NAME
+    simul_fval* fval; // FCON, owned
+    char* callee;     // ICALL, UICALL, MCALL, UMCALL: name of the built-in, owned
+    TYPE* csu;        // FIELD: class of the member
     void* word;
   } u = {nullptr};
-  fkMDATA* mval = nullptr;   // FIELD
-  unsigned scan_marks[2] = {};
-  LS* ls = nullptr;          // scope of the statement or name
-  void* scratch[2] = {};     // of loop and alias analyses
-  TYPE* orig_type = nullptr; // type before conversions
+  fkMDATA* mval = nullptr;      // FIELD
+  unsigned scan_marks[2] = {};  // [1]: stamp of the verifier
+  LS* ls = nullptr;             // scope of the statement or name
+  void* scratch[2] = {};        // of loop and alias analyses
+  TYPE* orig_type = nullptr;    // type before conversions
   unsigned profile_count = -1u; // edge profile value; all ones for none
-  double frequency = -1.0;   // estimated frequency; -1 for none
-  DD_INFO* dd_info = nullptr; // owned
-  LBL* label = nullptr;      // LABEL, LABELDEF
-  char* text = nullptr;      // SCON: bytes; ASM: text; FCON: cached text. Owned
-  PRAGMA* pragma = nullptr;  // PPRAGMA. Owned
+  double frequency = -1.0;      // estimated frequency; -1 for none
+  DD_INFO* dd_info = nullptr;   // owned
+  LBL* label = nullptr;         // LABEL, LABELDEF
+  char* text = nullptr;         // SCON: bytes; ASM: text; FCON: cached text. Owned
+  PRAGMA* pragma = nullptr;     // PPRAGMA. Owned
   PTENV* ptenv = nullptr;
   unsigned char node_flags[14] = {};
-  unsigned eh_entry = 0;     // exception table entry of a call
-  unsigned vargs = 0;        // CALL: arguments behind the named parameters
+  unsigned eh_entry = 0;           // exception table entry of a call
+  unsigned vargs = 0;              // CALL: arguments behind the named parameters
   int dd_locale = 0, dd_flags = 0; // DDNODE
 
   BASE_NODE* operand(int k) const override { return k == 0 ? left : right; }
@@ -117,12 +117,36 @@ struct LIST {
   LIST* next;
 };
 
+// Plain singly linked lists of trees and of lists.
+struct NODELIST {
+  NODE* node;
+  NODELIST* next;
+};
+struct NODEPAIRLIST {
+  NODE* first;
+  NODE* second;
+  NODEPAIRLIST* next;
+};
+struct LLIST {
+  LIST* list;
+  LLIST* next;
+};
+inline NODE* nl_left_child(const NODELIST* cell) {
+  return cell->node;
+}
+inline NODE* pair_left_child(const NODEPAIRLIST* cell) {
+  return cell->first;
+}
+inline NODE* list_left_child(const LIST* cell) {
+  return cell->tree;
+}
+
 // A label and its block. Owned by the function.
 struct LBL {
   int number;
   short refcount; // references from branches; sticks at the largest value
   BBLK* bb;
-  LBL* chain;     // the label that stands for this one after blocks were joined, or null
+  LBL* chain; // the label that stands for this one after blocks were joined, or null
 };
 
 // --- Making. All take ownership of their operands and give a new tree to the caller.
@@ -156,24 +180,40 @@ NODE* copy_tree(const NODE* tree, bool keep_ls);
 // Deep copy for inlining: symbols go through intern_symbol when fi is given.
 NODE* copy_tree_0(const NODE* tree, FUNINFO* fi);
 LIST* copy_statements(const LIST* list, bool keep_ls);
+// As copy_tree, but the operands of a CSE_DUPE, which belong to another tree, become the copy's
+// own: the CSE wrappers are looked through.
+NODE* copy_tree_without_dupes(const NODE* tree);
+// As copy_tree and copy_statements, with the dependence records.
+NODE* copy_dd_tree(const NODE* tree, bool keep_ls);
+LIST* copy_dd_statements(const LIST* list, bool keep_ls);
+// New cells for the same trees, which stay the property of the first list.
+LIST* copy_shared_statements(const LIST* list);
+// `node` itself if its operands are left and right already, else a copy of it with those.
+NODE* copy_node_if_changed(NODE* node, NODE* left, NODE* right);
 
 // --- Erasing. Erasing a node twice ends the run.
 void erase_node(NODE* node);
 void erase_tree(NODE* tree);           // null is fine
 void erase_tree_list(LIST* list);      // cells and trees
 void erase_tree_list_only(LIST* list); // cells
-int live_node_count();                 // nodes not yet erased, of all threads; for tests and reports
+// The cells (and with `trees` the trees) from `list` up to `entry`, which stays.
+void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees);
+int live_node_count(); // nodes not yet erased, of all threads; for tests and reports
 
 // --- Comparing
 // Do both compute the same value? Without se_ok, trees with side effects never do (but a tree is
 // congruent with itself).
 bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok = false);
+bool trees_are_congruent_se_ok(const NODE* a, const NODE* b);
+// Are two conditions true together (opposite 0), or is each true when the other is false (1)?
+bool bools_are_congruent(const NODE* a, const NODE* b, int opposite);
 bool tree_lists_are_congruent(const LIST* a, const LIST* b);
 
 // --- Asking
 bool opcode_is_ASG(int op); // any operator that assigns to its left operand
 bool tree_has_side_effects(const NODE* tree);
-bool expr_is_constant(const NODE* tree); // a literal, or operators over literals
+bool expr_is_constant(const NODE* tree);           // a literal, or operators over literals
+bool expr_is_globally_evaluable(const NODE* tree); // constant, or an address known to the linker
 bool tree_references_NAME(const NODE* tree, const NODE* name);
 bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree);
 bool sym_appears_in_list(const SYMTAB* sym, const LIST* list);
@@ -196,6 +236,9 @@ NODE* get_arguments_to_call(NODE* call);
 
 // --- Changing
 void subst_sym_for_sym_in_tree(SYMTAB* to, SYMTAB* from, NODE* tree);
+// Every symbol that is the first of a pair becomes the second.
+struct SYMPAIRLIST;
+void subst_sym_pairs_in_tree(const SYMPAIRLIST* pairs, NODE* tree);
 // Replaces every subtree congruent with `lvalue` by a copy of `value`.
 NODE* subst_tree_for_lvalue_in_tree(const NODE* value, const NODE* lvalue, NODE* tree);
 // x = x op y  -->  x op= y

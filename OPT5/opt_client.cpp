@@ -39,6 +39,12 @@ void note_pointers_declared_since(SYMTAB* end) {
     find_or_make_PTR_entry(sym);
 }
 
+// A tree that breaks the shape rules: the file is damaged, or its maker is.
+[[noreturn]] void reject(const NODE* tree, const char* fault) {
+  fprintf(stderr, ">> %s: %s\n", fault, tree_text(tree).substr(0, 200).c_str());
+  if_die(INVALID_RECORD);
+}
+
 class OPT_CLIENT : public IF_CLIENT {
 public:
   bool cl_magic(int, int) override { return true; }
@@ -94,7 +100,8 @@ public:
       if (lex == 1) sym->in_interface = true;
       sym->next = currfuninfo->incoming;
       currfuninfo->incoming = sym;
-      LS* scope = lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
+      LS* scope =
+          lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
       scope->add_symbol(sym);
     }
     return sym;
@@ -109,7 +116,8 @@ public:
       // those of one symbol are appended here to be written as they were read.
       auto* sym = static_cast<SYMTAB*>(owner);
       PRAGMA** tail = &sym->pragmas;
-      while (*tail) tail = &(*tail)->next;
+      while (*tail)
+        tail = &(*tail)->next;
       *tail = pragma;
       return;
     }
@@ -127,7 +135,7 @@ public:
     auto* sym = static_cast<SYMTAB*>(owner);
     if (sym->type->is_func()) if_die(INVALID_RECORD);
     for (NODE* tree : sym->init_list) {
-      if (verify_tree(tree)) if_die(INVALID_RECORD);
+      if (const char* fault = verify_tree(tree)) reject(tree, fault);
       scan_for_funinfo(tree, 1, file_funinfo, 0);
     }
   }
@@ -166,8 +174,10 @@ public:
 
   void cl_end_locals(PSN* psn) override {
     if (!currfunc) return;
-    if (open_blocks.empty()) currfuninfo->end_locals_psn = psn;
-    else open_blocks.back().symbols_at_end = currfuninfo->incoming;
+    if (open_blocks.empty())
+      currfuninfo->end_locals_psn = psn;
+    else
+      open_blocks.back().symbols_at_end = currfuninfo->incoming;
   }
 
   void cl_begin_block(PSN* psn) override {
@@ -203,7 +213,7 @@ public:
   void cl_expr(BASE_NODE* root, PSN* psn) override {
     require_function();
     auto* tree = static_cast<NODE*>(root);
-    if (verify_statement(tree)) if_die(INVALID_RECORD);
+    if (const char* fault = verify_statement(tree)) reject(tree, fault);
     number_calls(tree);
     tree = expr_cleanup(tree);
     currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(tree);
@@ -218,13 +228,17 @@ public:
   }
 
   void cl_inline_asm(char* text, PSN* psn) override {
-    if (currfunc) add_statement(text_statement(text, false), psn);
-    else o_file->if_write_assembly(text, psn);
+    if (currfunc)
+      add_statement(text_statement(text, false), psn);
+    else
+      o_file->if_write_assembly(text, psn);
   }
 
   void cl_comment(char* text) override {
-    if (currfunc) add_statement(text_statement(text, true), nullptr);
-    else o_file->if_write_comment(text);
+    if (currfunc)
+      add_statement(text_statement(text, true), nullptr);
+    else
+      o_file->if_write_comment(text);
   }
 
   void cl_func_eht(EHT_ENTRY* entries, unsigned count) override {
@@ -235,12 +249,14 @@ public:
       eht.push_back({e->id, e->kind, e->region, e->count, {}, static_cast<NODE*>(e->cleanup)});
       if (e->catches) eht.back().catches = std::move(*e->catches);
       delete e->catches;
-      if (e->cleanup && verify_tree(eht.back().cleanup)) if_die(INVALID_RECORD);
+      const NODE* cleanup = eht.back().cleanup;
+      if (const char* fault = cleanup ? verify_statement(cleanup) : nullptr) reject(cleanup, fault);
     }
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),
                      [](const EHT_ITEM& a, const EHT_ITEM& b) { return a.id < b.id; });
-    for (size_t i = 0; i < eht.size(); i++) CHECK(eht[i].id == i);
+    for (size_t i = 0; i < eht.size(); i++)
+      CHECK(eht[i].id == i);
     CHECK(eht.back().id == (eht.size() - 1));
     CHECK(eht[EHT_ROOT_ID].kind == EHK_ROOT_NODE);
     CHECK(no_loops_in_table(eht));
@@ -248,7 +264,8 @@ public:
 
   // Made anew by this tool's own analyses.
   void cl_func_info(int) override {}
-  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long, unsigned) override {}
+  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long,
+                   unsigned) override {}
   void cl_loop_header(unsigned, I_SYMTAB*, int) override {}
   void cl_dd_vector(int, int, int, DD_ENTRY*) override {}
   void cl_dd_edge(int, int, int) override {}
@@ -306,7 +323,8 @@ private:
         at = eht[at].region;
       }
       if (state[at] == 1) return false;
-      for (size_t k : path) state[k] = 2;
+      for (size_t k : path)
+        state[k] = 2;
     }
     return true;
   }

@@ -1,18 +1,20 @@
 // The step table. Somebody who reads only this file knows the road of a function.
 //
-// A step is a gate and an action. A gate that fails makes the step do nothing; it stays in the list.
+// A step is a gate and an action. A gate that fails makes the step do nothing; it stays in the
+// list.
 
 #include "OPT5/passes.h"
 
+#include "OPT5/deadasg.h"
 #include "OPT5/driver.h"
 #include "OPT5/fcp.h"
-#include "OPT5/deadasg.h"
 #include "OPT5/fileopt.h"
 #include "OPT5/loop.h"
 #include "OPT5/opt_client.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/simpcfg.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
 #include "OPT5/write.h"
@@ -36,15 +38,33 @@ namespace {
 // ---------------------------------------------------------------------------------------------
 // Gates
 
-bool always() { return true; }
-bool level_1() { return opt_level() > 0; }
-bool level_2() { return opt_level() >= 2; }
-bool level_2_blocks() { return level_2() && currfuninfo->bb_count >= 2; }
-bool level_2_blocks_vrx200() { return level_2_blocks() && cpu_version == CPU_VRX200; }
-bool level_2_cd_ok() { return level_2() && currfuninfo->cd_ok; }
-bool level_2_fusion() { return level_2() && pass_enable_loop_fusion; }
-bool ip_mvp() { return do_IP_MVP; }
-bool level_2_int_mvp() { return level_2() && do_int_MVP; }
+bool always() {
+  return true;
+}
+bool level_1() {
+  return opt_level() > 0;
+}
+bool level_2() {
+  return opt_level() >= 2;
+}
+bool level_2_blocks() {
+  return level_2() && currfuninfo->bb_count >= 2;
+}
+bool level_2_blocks_vrx200() {
+  return level_2_blocks() && cpu_version == CPU_VRX200;
+}
+bool level_2_cd_ok() {
+  return level_2() && currfuninfo->cd_ok;
+}
+bool level_2_fusion() {
+  return level_2() && pass_enable_loop_fusion;
+}
+bool ip_mvp() {
+  return do_IP_MVP;
+}
+bool level_2_int_mvp() {
+  return level_2() && do_int_MVP;
+}
 bool stack_sharing_wanted() {
   // The low bit of fpu64's value tells it from the others.
   const long fpu = file_options ? file_options->getnumarg(OPT_float_support, 0) : 0;
@@ -60,9 +80,15 @@ void pass_1_fcp_eda() {
   fast_CP(4, 0);
   elim_dead_assigns(0, 0);
 }
-void fast_CP_4_0() { fast_CP(4, 0); }
-void fast_CP_4_1() { fast_CP(4, 1); }
-void fast_CP_0_1() { fast_CP(0, 1); }
+void fast_CP_4_0() {
+  fast_CP(4, 0);
+}
+void fast_CP_4_1() {
+  fast_CP(4, 1);
+}
+void fast_CP_0_1() {
+  fast_CP(0, 1);
+}
 
 void pass_2_header() {
   if (finfo) fflush(finfo);
@@ -71,7 +97,8 @@ void pass_2_header() {
   printf("%s Pass 2\n", isa_and_tool_name());
 }
 
-// Functions in the reverse order of the call graph's nodes; one that need not be emitted is left out.
+// Functions in the reverse order of the call graph's nodes; one that need not be emitted is left
+// out.
 void set_call_graph_order() {
   if (call_graph.empty()) set_up_and_build_call_graph();
   functions.clear();
@@ -85,8 +112,10 @@ void set_call_graph_order() {
 
 void pass_2_inits() {
   if (print_debug && FDEBUG) {
-    if (currfuninfo->scope) currfuninfo->scope->print(true, FDEBUG, 0, true);
-    else print_if_debug("<<NULL SCOPE>>\n");
+    if (currfuninfo->scope)
+      currfuninfo->scope->print(true, FDEBUG, 0, true);
+    else
+      print_if_debug("<<NULL SCOPE>>\n");
   }
   if (currfuninfo->scope) currfuninfo->scope->validate();
   disguise_vector_operations();
@@ -96,7 +125,9 @@ void pass_2_inits() {
   simpcfg(false, false);
 }
 
-void disclose_vectors() { disclose_vector_operations(false); }
+void disclose_vectors() {
+  disclose_vector_operations(false);
+}
 
 void value_propagation_for_SIMD() {
   simpcfg(false, false);
@@ -131,7 +162,7 @@ const STEP_ROW early_steps[] = {
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
     {"pass 2 inits", PASS, step<always, pass_2_inits>},
-    {"stack sharing", PASS, step<stack_sharing_wanted, nothing>},
+    {"stack sharing", PASS, step<stack_sharing_wanted, build_stack_sharing_type>},
     {"CPS", PASS, step<always, nothing>},
     {"early LIR", PASS, step<always, nothing>},
     {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
@@ -216,14 +247,15 @@ const STEP_ROW late_steps[] = {
 
 template <size_t N> void append_steps(const STEP_ROW (&rows)[N], std::vector<pass*>& order) {
   for (const STEP_ROW& row : rows)
-    order.push_back(row.kind == BARRIER ? new barrier_pass(row.name, row.fn) : new pass(row.name, row.fn));
+    order.push_back(row.kind == BARRIER ? new barrier_pass(row.name, row.fn)
+                                        : new pass(row.name, row.fn));
 }
 
 // ---------------------------------------------------------------------------------------------
 // The run order
 
-// A permutation of 0 .. n-1, built inside out. Barriers move like all others, on purpose: the random
-// order exists to shake out hidden dependencies among steps.
+// A permutation of 0 .. n-1, built inside out. Barriers move like all others, on purpose: the
+// random order exists to shake out hidden dependencies among steps.
 std::vector<int> random_order(int n) {
   srand(static_cast<unsigned>(time(nullptr) + clock()));
   std::vector<int> order(n);
@@ -240,7 +272,8 @@ std::vector<int> numbers_in(std::string text) {
     if (c == ',') c = ' ';
   std::vector<int> order;
   std::istringstream in(text);
-  for (int k; in >> k;) order.push_back(k);
+  for (int k; in >> k;)
+    order.push_back(k);
   return order;
 }
 
@@ -269,7 +302,8 @@ void choose_run_order() {
     permuted_order.push_back(normal_order[k]);
   }
   print_if_debug("Pass list, from %s, is%s: ", source, random ? " (random)" : "");
-  for (int k : order) print_if_debug(" %d", k);
+  for (int k : order)
+    print_if_debug(" %d", k);
   if (order.empty()) print_if_debug("<empty>");
   print_if_debug("\n\n");
 }
@@ -288,8 +322,10 @@ void setup_passes(bool use_forced_order) {
   append_steps(early_steps, normal_order);
   add_dd_normal_order_passes(normal_order);
   append_steps(late_steps, normal_order);
-  if (use_forced_order) choose_run_order();
-  else permuted_order = normal_order;
+  if (use_forced_order)
+    choose_run_order();
+  else
+    permuted_order = normal_order;
   if (pass_debug_list_passes && FDEBUG) list_passes(FDEBUG);
 }
 
@@ -305,4 +341,6 @@ void erase_all_passes() {
   }
 }
 
-pass* make_output_pass() { return new pass("output function", output_function); }
+pass* make_output_pass() {
+  return new pass("output function", output_function);
+}

@@ -34,8 +34,8 @@ public:
   bool is_barrier() const override { return true; }
 };
 
-extern std::vector<pass*> normal_order;   // every step in table order
-extern std::vector<pass*> permuted_order; // what is run
+extern std::vector<pass*> normal_order;                 // every step in table order
+extern std::vector<pass*> permuted_order;               // what is run
 extern std::map<SYMTAB*, std::list<pass*>> steps_table; // what is still to be run, by function
 extern std::vector<SYMTAB*> unsuppressed_functions;
 extern int max_threads; // 0 is serial

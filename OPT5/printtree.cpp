@@ -13,9 +13,12 @@ void append_quoted(const char* bytes, unsigned length, std::string& out) {
   out += '"';
   for (unsigned k = 0; k < length; k++) {
     const unsigned char c = static_cast<unsigned char>(bytes[k]);
-    if (c == '"' || c == '\\') (out += '\\') += static_cast<char>(c);
-    else if (c == '\n') out += "\\n";
-    else if (isprint(c)) out += static_cast<char>(c);
+    if (c == '"' || c == '\\')
+      (out += '\\') += static_cast<char>(c);
+    else if (c == '\n')
+      out += "\\n";
+    else if (isprint(c))
+      out += static_cast<char>(c);
     else {
       char escape[8];
       snprintf(escape, sizeof escape, "\\x%02x", c);
@@ -28,12 +31,18 @@ void append_quoted(const char* bytes, unsigned length, std::string& out) {
 void append_leaf(const NODE* node, std::string& out) {
   switch (node->op) {
   case NAME: out += node->u.sym ? node->u.sym->name : "<none>"; break;
-  case ICON: out += node->ival.high < 0 ? std::to_string(node->icon_svalue()) : std::to_string(node->ival.low); break;
+  case ICON:
+    out +=
+        node->ival.high < 0 ? std::to_string(node->icon_svalue()) : std::to_string(node->ival.low);
+    break;
   case FCON: out += f_hex_text(node->u.fval); break;
   case SCON: append_quoted(node->text, node->scon_length(), out); break;
   case LABEL: (out += 'L') += std::to_string(node->label_id()); break;
   case FIELD: (out += '.') += node->mval ? node->mval->name : "?"; break;
-  case ASM: out += node->node_flags[NF_COMMENT] ? "comment " : "asm "; out += node->text; break;
+  case ASM:
+    out += node->node_flags[NF_COMMENT] ? "comment " : "asm ";
+    out += node->text;
+    break;
   default: out += node_operator_name[node->op] ? node_operator_name[node->op] : "?";
   }
 }
@@ -41,13 +50,16 @@ void append_leaf(const NODE* node, std::string& out) {
 bool type_is_obvious(const NODE* node) {
   switch (node->op) {
   case NAME: return node->u.sym && node->u.sym->type == node->type;
-  case LABEL: case FIELD: case ASM: case PPRAGMA: return true;
+  case LABEL:
+  case FIELD:
+  case ASM:
+  case PPRAGMA: return true;
   default: return node->type && node->type->is_void();
   }
 }
 
 struct PENDING_TEXT {
-  const NODE* node;  // to be printed, or null for `text`
+  const NODE* node; // to be printed, or null for `text`
   const char* text;
 };
 

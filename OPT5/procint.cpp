@@ -4,11 +4,14 @@
 
 int inline_blocks_limit;
 
-void init_proc_integration() { inline_blocks_limit = 0; }
+void init_proc_integration() {
+  inline_blocks_limit = 0;
+}
 void check_for_synonym_function_in_pass_1() {}
 void check_integrable_definition(FUNINFO*) {}
 
 void preprocess_fundef(FUNINFO* fi) {
   for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-    for (const LIST* s = bb->statements; s; s = s->next) scan_for_funinfo(s->tree, 0, fi, 0);
+    for (const LIST* s = bb->statements; s; s = s->next)
+      scan_for_funinfo(s->tree, 0, fi, 0);
 }

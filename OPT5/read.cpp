@@ -44,12 +44,15 @@ static void simplify_statements(FUNINFO* fi) {
 // A void function that builds its result through its first parameter keeps that pointer in a
 // local which never changes and is never null.
 static void mark_copy_constructor_result(FUNINFO* fi) {
-  if (!fi->return_type->is_void() || !symbol_has_pragma(fi->symbol, PRAGMA_RETURNS_BY_CCTOR)) return;
+  if (!fi->return_type->is_void() || !symbol_has_pragma(fi->symbol, PRAGMA_RETURNS_BY_CCTOR))
+    return;
   LIST* first = fi->stmts; // newest first
-  while (first && first->next) first = first->next;
+  while (first && first->next)
+    first = first->next;
   if (!first) return;
   NODE* asg = first->tree;
-  while (asg->op == PCOMMA) asg = asg->left;
+  while (asg->op == PCOMMA)
+    asg = asg->left;
   if (asg->op != ASG || asg->left->op != NAME || asg->right->op != NAME) return;
   SYMTAB* local = asg->left->u.sym;
   SYMTAB* param = asg->right->u.sym;
@@ -57,7 +60,8 @@ static void mark_copy_constructor_result(FUNINFO* fi) {
   if (std::string(local->name) != param->name || !local->type->is_pointer()) return;
   if (!local->type->underlying_type()->elem_type()->is_csu()) return;
   if (!compatible_types(local->type, param->type)) return;
-  for (SYMTAB* sym : {local, param}) sym->type = tp->mk_qual(sym->type, TYPE::Q_CONST);
+  for (SYMTAB* sym : {local, param})
+    sym->type = tp->mk_qual(sym->type, TYPE::Q_CONST);
   asg->left->type = local->type;
   asg->right->type = param->type;
   fi->cctor_result = local;
@@ -67,13 +71,15 @@ static void mark_copy_constructor_result(FUNINFO* fi) {
   NODE* promise = maketree(NASSERT, not_null, nullptr, tp->mk_void());
   // Behind the first statement is in front of it in the reversed list.
   LIST** place = &fi->stmts;
-  while (*place != first) place = &(*place)->next;
+  while (*place != first)
+    place = &(*place)->next;
   *place = mkelist(promise, first, first->psn);
 }
 
 void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
   FUNINFO* fi = currfuninfo;
-  for (; open_scopes; open_scopes--) fi->scope->close(end_psn, currfunc, 0);
+  for (; open_scopes; open_scopes--)
+    fi->scope->close(end_psn, currfunc, 0);
   fi->end_psn = end_psn;
   fi->incoming = revsymtab(fi->incoming);
   reduce_local_storage(fi);
@@ -97,7 +103,8 @@ void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
   simpcfg(false, false);
   fast_CP(4, 1);
   preprocess_fundef(fi);
-  for (std::vector<bool>& sites : fi->call_sites) sites.resize(unique_call_index + 1);
+  for (std::vector<bool>& sites : fi->call_sites)
+    sites.resize(unique_call_index + 1);
   init_ipcp_for_fun();
   if (do_IP_MVP) init_IP_MVP_for_current_function();
   identify_fl_statics_safe_for_auto();

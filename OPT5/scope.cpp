@@ -18,12 +18,15 @@ void LS::erase(LS* root) {
     LS* scope = pending.back();
     pending.pop_back();
     if (!scope) continue;
-    for (LS* child = scope->first_child; child; child = child->sibling) pending.push_back(child);
+    for (LS* child = scope->first_child; child; child = child->sibling)
+      pending.push_back(child);
     delete scope;
   }
 }
 
-void LS::check_is_current_root() const { CHECK(currfuninfo && currfuninfo->scope == this); }
+void LS::check_is_current_root() const {
+  CHECK(currfuninfo && currfuninfo->scope == this);
+}
 
 LS* LS::level_0_scope() {
   check_is_current_root();
@@ -59,18 +62,24 @@ void LS::close(PSN* psn, SYMTAB*, unsigned) {
 
 LS* LS::innermost_common_scope(LS* a, LS* b) {
   if (!a || !b) return nullptr;
-  while (a->level > b->level) a = a->parent;
-  while (b->level > a->level) b = b->parent;
-  while (a != b) a = a->parent, b = b->parent;
+  while (a->level > b->level)
+    a = a->parent;
+  while (b->level > a->level)
+    b = b->parent;
+  while (a != b)
+    a = a->parent, b = b->parent;
   return a;
 }
 
 bool LS::encloses(const LS* inner) const {
-  while (inner && inner->level > level) inner = inner->parent;
+  while (inner && inner->level > level)
+    inner = inner->parent;
   return inner == this;
 }
 
-bool LS::is_strictly_contained_by(const LS* outer) const { return outer != this && outer->encloses(this); }
+bool LS::is_strictly_contained_by(const LS* outer) const {
+  return outer != this && outer->encloses(this);
+}
 
 bool LS::object_may_be_live_in_scope(const SYMTAB* sym) const {
   // A symbol without a scope, or declared around this one or within it, may hold a value here.
@@ -104,7 +113,8 @@ void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
   if (opened) fprintf(to, ", lines %u to %u", opened->line, closed ? closed->line : 0);
   fprintf(to, "\n");
   if (with_symbols)
-    for (const SYMTAB* sym : symbols) fprintf(to, "%*s  %s\n", indent, "", sym->name);
+    for (const SYMTAB* sym : symbols)
+      fprintf(to, "%*s  %s\n", indent, "", sym->name);
   if (recursive)
     for (const LS* child = first_child; child; child = child->sibling)
       child->print(with_symbols, to, indent + 2, recursive);
@@ -119,6 +129,7 @@ void LS::validate() const {
       CHECK(child->parent == scope && child->level == scope->level + 1);
       pending.push_back(child);
     }
-    for (const SYMTAB* sym : scope->symbols) CHECK(sym->scope == scope);
+    for (const SYMTAB* sym : scope->symbols)
+      CHECK(sym->scope == scope);
   }
 }

@@ -31,7 +31,7 @@ public:
   LS* innermost_open() { return open_scopes.empty() ? this : open_scopes.back(); }
 
   static LS* innermost_common_scope(LS* a, LS* b); // null if either is
-  bool encloses(const LS* inner) const; // also itself
+  bool encloses(const LS* inner) const;            // also itself
   bool is_strictly_contained_by(const LS* outer) const;
   bool object_may_be_live_in_scope(const SYMTAB* sym) const;
   void add_symbol(SYMTAB* sym);

@@ -29,10 +29,14 @@ static std::mutex unsuppression_lock;
 void choose_thread_count() {
   const int hardware = static_cast<int>(std::thread::hardware_concurrency());
   const int wanted = static_cast<int>(file_options->getnumarg(OPT_parallel, 0));
-  if (pass_debug_nthreads > 0 && !pass_disable_threads) max_threads = std::min<int>(pass_debug_nthreads, hardware);
-  else if (pass_disable_threads) max_threads = 0;
-  else if (file_options->isset(OPT_parallel) && wanted >= 2) max_threads = std::min(wanted, hardware);
-  else max_threads = 0;
+  if (pass_debug_nthreads > 0 && !pass_disable_threads)
+    max_threads = std::min<int>(pass_debug_nthreads, hardware);
+  else if (pass_disable_threads)
+    max_threads = 0;
+  else if (file_options->isset(OPT_parallel) && wanted >= 2)
+    max_threads = std::min(wanted, hardware);
+  else
+    max_threads = 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -97,7 +101,9 @@ private:
   bool split = false;
 };
 
-void dump_function_header() { print_if_debug("\n\n======== %s ========\n\n", currfuninfo->name.c_str()); }
+void dump_function_header() {
+  print_if_debug("\n\n======== %s ========\n\n", currfuninfo->name.c_str());
+}
 
 } // namespace
 
@@ -106,13 +112,15 @@ void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
   currfuninfo = make_FUNINFO(sym);
   currfunc = sym;
   SPLIT_DEBUG_FILE own_file(sym->name);
-  if (currfuninfo->symbol != currfunc) currfuninfo->symbol = get_sym_def_for_decl(currfuninfo->symbol);
+  if (currfuninfo->symbol != currfunc)
+    currfuninfo->symbol = get_sym_def_for_decl(currfuninfo->symbol);
   CHECK(currfunc == currfuninfo->symbol);
   dump_function_header();
   if (write_opt_info && finfo) print_info("\n%s\n", std::string(78, '=').c_str());
   dump_FUNINFO(currfuninfo);
   if (currfuninfo->has_property(FP_ON_UNSUPPRESSED) && print_debug && opt_level() >= 3)
-    print_if_debug("\n!!! %s() (%s) must be unsuppressed !!!\n\n", sym->name, sym->type->str().c_str());
+    print_if_debug("\n!!! %s() (%s) must be unsuppressed !!!\n\n", sym->name,
+                   sym->type->str().c_str());
   std::list<pass*>& passes = steps;
   while (!passes.empty() && !passes.front()->is_barrier()) {
     passes.front()->run();
@@ -173,22 +181,26 @@ static bool all_wait_at_a_barrier() {
 
 static void run_to_barrier() {
   if (max_threads == 0 || functions.size() < 2) {
-    for (SYMTAB* sym : functions) run_steps(sym, steps_table[sym]);
+    for (SYMTAB* sym : functions)
+      run_steps(sym, steps_table[sym]);
     return;
   }
   if (all_wait_at_a_barrier()) return;
   functions_queue = functions;
   std::vector<std::future<void>> tasks;
   const size_t count = std::min(functions.size(), static_cast<size_t>(max_threads));
-  for (size_t k = 0; k < count; k++) tasks.push_back(std::async(std::launch::async, worker));
-  for (std::future<void>& task : tasks) task.get();
+  for (size_t k = 0; k < count; k++)
+    tasks.push_back(std::async(std::launch::async, worker));
+  for (std::future<void>& task : tasks)
+    task.get();
 }
 
 static void take_in_unsuppressed_functions() {
   for (size_t k = 0; k < unsuppressed_functions.size(); k++)
     run_steps(unsuppressed_functions[k], steps_table[unsuppressed_functions[k]]);
   for (SYMTAB* sym : unsuppressed_functions)
-    if (std::find(functions.begin(), functions.end(), sym) == functions.end()) functions.push_back(sym);
+    if (std::find(functions.begin(), functions.end(), sym) == functions.end())
+      functions.push_back(sym);
   unsuppressed_functions.clear();
 }
 
@@ -208,7 +220,8 @@ static pass* take_barrier() {
 
 static void write_deferred_texts(FUNINFO* fi) {
   for (const std::string& text : fi->info_texts)
-    if (finfo && fputs(text.c_str(), finfo) < 0) optassert("fputs(text, finfo)", __FILE__, __LINE__);
+    if (finfo && fputs(text.c_str(), finfo) < 0)
+      optassert("fputs(text, finfo)", __FILE__, __LINE__);
   fi->info_texts.clear();
 }
 

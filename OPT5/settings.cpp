@@ -87,7 +87,8 @@ void set_global_flags(option_obj* options) {
   if (given(OPT_call_assumptions))
     flags.program_mode = static_cast<int>(options->getnumarg(OPT_call_assumptions, 0));
   if (given(OPT_max_unrolled_loop_size))
-    flags.max_unrolled_loop_size = static_cast<int>(options->getnumarg(OPT_max_unrolled_loop_size, 0));
+    flags.max_unrolled_loop_size =
+        static_cast<int>(options->getnumarg(OPT_max_unrolled_loop_size, 0));
   for (int k = 0; k < options->set_count(OPT_aux_cmd_flag); k++) {
     const long bit = options->getnumarg(OPT_aux_cmd_flag, k);
     if (bit < 64) flags.auxiliary[bit / 32] |= static_cast<int>(1u << (bit % 32));

@@ -10,10 +10,10 @@ class TYPE;
 
 // Flags, with the defaults that reset_global_flags gives them. Written before any thread starts.
 struct GLOBAL_FLAGS {
-  int alias_vars_option, inline_single, dump_ocg_in_GDL, dwim_aliases, dwim_loops, far_externs, kr_flag,
-      memory_is_big_endian, memory_model, mini_mult, apply_symbolic_methods, pass_args_in_regs,
-      source_interlist, unsigned_ok_for_RPTB, volit_vars, old_const_pointer_behavior,
-      pointer_args_are_disjoint, loop_increments_are_not_zero, use_g2;
+  int alias_vars_option, inline_single, dump_ocg_in_GDL, dwim_aliases, dwim_loops, far_externs,
+      kr_flag, memory_is_big_endian, memory_model, mini_mult, apply_symbolic_methods,
+      pass_args_in_regs, source_interlist, unsigned_ok_for_RPTB, volit_vars,
+      old_const_pointer_behavior, pointer_args_are_disjoint, loop_increments_are_not_zero, use_g2;
   int cache_sys_funinfo;
   int code_is_reentrant, unsigned_index_wraps, strict_fp;
   int program_mode;

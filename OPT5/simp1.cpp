@@ -5,14 +5,18 @@
 
 #include <cstring>
 
-NODE* simp_node(NODE* node, LOOP*) { return node; }
+NODE* simp_node(NODE* node, LOOP*) {
+  return node;
+}
 
 NODE* simp_tree(NODE* tree, LOOP* loop) {
   walk_postorder(tree, [loop](NODE*& node) { node = simp_node(node, loop); });
   return tree;
 }
 
-NODE* expr_cleanup(NODE* tree) { return tree; }
+NODE* expr_cleanup(NODE* tree) {
+  return tree;
+}
 
 // c --> c != 0 for a condition that a branch can't test as it is.
 NODE* make_boolean(NODE* cond) {
@@ -22,7 +26,9 @@ NODE* make_boolean(NODE* cond) {
   return maketree(FNEQN, cond, mk_FCON(zero, type), tp->mk_plain_int(), cond->ls);
 }
 
-NODE* simp_for_control(NODE* cond) { return cond; }
+NODE* simp_for_control(NODE* cond) {
+  return cond;
+}
 
 NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch) {
   NODE* cond = cbranch->left;
@@ -36,7 +42,8 @@ NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch) {
 }
 
 bool tree_is_EH_SWITCH(const NODE* tree) {
-  return tree->op == SWITCH && tree->left->op == MCALL && strcmp(tree->left->u.callee, "__eh_dispatch") == 0;
+  return tree->op == SWITCH && tree->left->op == MCALL &&
+         strcmp(tree->left->u.callee, "__eh_dispatch") == 0;
 }
 
 bool is_magic_EH_MCALL_ASG(const NODE* tree) {
@@ -57,7 +64,9 @@ static void make_file_operator(NODE*& node) {
   switch (node->op) {
   case ISP2CHAR: node->op = PCONV; break;
   case VSCONV: node->op = SCONV; break;
-  case IDENTITY: case OUIALIGN: case NONALIGN: node = drop_wrapper(node); break;
+  case IDENTITY:
+  case OUIALIGN:
+  case NONALIGN: node = drop_wrapper(node); break;
   case UMULT: // p[i] --> *(p + i)
     if (node->right) {
       node->left = maketree(PLUS, node->left, node->right, node->left->type, node->ls);
@@ -68,7 +77,13 @@ static void make_file_operator(NODE*& node) {
   }
 }
 
+NODE* unsimplify_tree(NODE* tree) {
+  walk_postorder(tree, make_file_operator);
+  return tree;
+}
+
 void unsimplify() {
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
-    for (LIST* s = bb->statements; s; s = s->next) walk_postorder(s->tree, make_file_operator);
+    for (LIST* s = bb->statements; s; s = s->next)
+      s->tree = unsimplify_tree(s->tree);
 }

@@ -18,5 +18,6 @@ NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch);
 bool tree_is_EH_SWITCH(const NODE* tree);
 // An assignment of a call that an exception table covers and that goes out as two statements.
 bool is_magic_EH_MCALL_ASG(const NODE* tree);
-// In-memory operators of all statements become what a file can hold.
+// In-memory operators become what a file can hold: of a tree, and of all statements.
+NODE* unsimplify_tree(NODE* tree);
 void unsimplify();

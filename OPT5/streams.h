@@ -5,9 +5,9 @@
 
 extern constinit thread_local FILE* fdebug; // debug file; write through FDEBUG
 extern constinit thread_local FILE* finfo;  // information file
-extern FILE* fdebug_ref;          // the main thread's fdebug, for workers
-extern int print_debug;           // debug level, 0 is off
-extern int write_opt_info;        // level of the information file, 0 is off
+extern FILE* fdebug_ref;                    // the main thread's fdebug, for workers
+extern int print_debug;                     // debug level, 0 is off
+extern int write_opt_info;                  // level of the information file, 0 is off
 
 #define FDEBUG fdebug
 

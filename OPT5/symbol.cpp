@@ -36,9 +36,7 @@ struct INTERNED_SYM {
   bool operator==(const INTERNED_SYM& other) const { return sym == other.sym; }
 };
 struct isym_hash {
-  size_t operator()(const INTERNED_SYM& entry) const {
-    return std::hash<const void*>()(entry.sym);
-  }
+  size_t operator()(const INTERNED_SYM& entry) const { return std::hash<const void*>()(entry.sym); }
 };
 std::mutex intern_lock;
 std::unordered_set<INTERNED_SYM, isym_hash> intern_hash;
@@ -51,7 +49,8 @@ SYMTAB::SYMTAB() : serial(next_serial++) {
 }
 
 SYMTAB::~SYMTAB() {
-  for (NODE* tree : init_list) erase_tree(tree);
+  for (NODE* tree : init_list)
+    erase_tree(tree);
   while (pragmas) {
     PRAGMA* next_pragma = pragmas->next;
     delete pragmas;
@@ -65,7 +64,8 @@ void init_symbols() {
 }
 
 void erase_all_symbols() {
-  for (SYMTAB* sym : all_symbols) delete sym;
+  for (SYMTAB* sym : all_symbols)
+    delete sym;
   all_symbols.clear();
   globals_by_name.clear();
   intern_hash.clear();
@@ -74,14 +74,17 @@ void erase_all_symbols() {
 
 int SYMTAB::sym_prag_num() const {
   int count = 0;
-  for (const PRAGMA* p = pragmas; p; p = p->next) count++;
+  for (const PRAGMA* p = pragmas; p; p = p->next)
+    count++;
   return count;
 }
 
 void SYMTAB::set_init_list(std::list<BASE_NODE*> roots) {
-  for (NODE* tree : init_list) erase_tree(tree);
+  for (NODE* tree : init_list)
+    erase_tree(tree);
   init_list.clear();
-  for (BASE_NODE* root : roots) init_list.push_back(static_cast<NODE*>(root));
+  for (BASE_NODE* root : roots)
+    init_list.push_back(static_cast<NODE*>(root));
   has_init = true;
 }
 
@@ -110,22 +113,34 @@ template <class V> static auto slot_of(V& values, int index) {
   return values.begin() + index;
 }
 
-bool GLOBAL_SYM::is_aliased() const { return *slot_of(record_of_current_function()->aliased, index); }
-short GLOBAL_SYM::bitnum() const { return *slot_of(record_of_current_function()->bitnums, index); }
-long GLOBAL_SYM::depnum() const { return *slot_of(record_of_current_function()->depnums, index); }
+bool GLOBAL_SYM::is_aliased() const {
+  return *slot_of(record_of_current_function()->aliased, index);
+}
+short GLOBAL_SYM::bitnum() const {
+  return *slot_of(record_of_current_function()->bitnums, index);
+}
+long GLOBAL_SYM::depnum() const {
+  return *slot_of(record_of_current_function()->depnums, index);
+}
 bool GLOBAL_SYM::is_under_ARGREF() const {
   return *slot_of(record_of_current_function()->under_ARGREF, index);
 }
 void GLOBAL_SYM::set_is_aliased(bool v) {
   *slot_of(record_of_current_function()->aliased, index) = v;
 }
-void GLOBAL_SYM::set_bitnum(short v) { *slot_of(record_of_current_function()->bitnums, index) = v; }
+void GLOBAL_SYM::set_bitnum(short v) {
+  *slot_of(record_of_current_function()->bitnums, index) = v;
+}
 void GLOBAL_SYM::inc_bitnum() {
   auto slot = slot_of(record_of_current_function()->bitnums, index);
   *slot += *slot < 32767;
 }
-void GLOBAL_SYM::set_depnum(long v) { *slot_of(record_of_current_function()->depnums, index) = v; }
-void GLOBAL_SYM::inc_depnum() { ++*slot_of(record_of_current_function()->depnums, index); }
+void GLOBAL_SYM::set_depnum(long v) {
+  *slot_of(record_of_current_function()->depnums, index) = v;
+}
+void GLOBAL_SYM::inc_depnum() {
+  ++*slot_of(record_of_current_function()->depnums, index);
+}
 void GLOBAL_SYM::set_is_under_ARGREF(bool v) {
   *slot_of(record_of_current_function()->under_ARGREF, index) = v;
 }
@@ -133,7 +148,9 @@ void GLOBAL_SYM::set_is_under_ARGREF(bool v) {
 // ---------------------------------------------------------------------------------------------
 // Lists
 
-SYMLIST* mk_symlist(SYMTAB* sym, SYMLIST* next) { return new SYMLIST{sym, next}; }
+SYMLIST* mk_symlist(SYMTAB* sym, SYMLIST* next) {
+  return new SYMLIST{sym, next};
+}
 SYMALIST* mk_symalist(SYMTAB* sym, NODE* tree, SYMALIST* next, int info) {
   return new SYMALIST{sym, tree, info, next};
 }
@@ -160,11 +177,16 @@ template <class CELL> static CELL* reverse(CELL* list) {
   return done;
 }
 
-SYMTAB* revsymtab(SYMTAB* list) { return reverse(list); }
-SYMLIST* revsymlist(SYMLIST* list) { return reverse(list); }
+SYMTAB* revsymtab(SYMTAB* list) {
+  return reverse(list);
+}
+SYMLIST* revsymlist(SYMLIST* list) {
+  return reverse(list);
+}
 
 SYMLIST* find_sym_in_symlist(const SYMTAB* sym, SYMLIST* list) {
-  while (list && list->sym != sym) list = list->next;
+  while (list && list->sym != sym)
+    list = list->next;
   return list;
 }
 
@@ -180,7 +202,8 @@ SYMLIST* remove_sym_from_symlist(const SYMTAB* sym, SYMLIST* list) {
 }
 
 bool symbol_in_list(const SYMTAB* sym, const SYMTAB* list) {
-  while (list && list != sym) list = list->next;
+  while (list && list != sym)
+    list = list->next;
   return list != nullptr;
 }
 
@@ -195,7 +218,8 @@ SYMTAB* unlink_symbol(SYMTAB* sym, SYMTAB* list) {
 }
 
 SYMTAB* find_symbol_by_name(const char* name, SYMTAB* list) {
-  while (list && strcmp(list->name, name) != 0) list = list->next;
+  while (list && strcmp(list->name, name) != 0)
+    list = list->next;
   return list;
 }
 
@@ -210,7 +234,8 @@ static void push(SYMTAB* sym, SYMTAB*& list) {
 // Appends, so that the order of declaration is kept.
 static void append_all(std::vector<SYMTAB*>& group, SYMTAB*& list) {
   SYMTAB** tail = &list;
-  while (*tail) tail = &(*tail)->next;
+  while (*tail)
+    tail = &(*tail)->next;
   for (SYMTAB* sym : group) {
     sym->next = nullptr;
     *tail = sym;
@@ -221,7 +246,8 @@ static void append_all(std::vector<SYMTAB*>& group, SYMTAB*& list) {
 void sym_split(FUNINFO* fi) {
   const SYMTAB* slow = fi->reg_candidates;
   const SYMTAB* fast = slow ? slow->next : nullptr;
-  for (; fast && fast->next; slow = slow->next, fast = fast->next->next) CHECK(slow != fast);
+  for (; fast && fast->next; slow = slow->next, fast = fast->next->next)
+    CHECK(slow != fast);
 
   std::vector<SYMTAB*> scalars, others;
   for (SYMTAB* list : {fi->incoming, fi->inlined_params}) {
@@ -233,7 +259,8 @@ void sym_split(FUNINFO* fi) {
         continue;
       }
       if (list->sclass == SC_REGISTER || list->sclass == SC_REGPARM_COPY) list->sclass = SC_AUTO;
-      bool candidate = list->sclass == SC_AUTO && list->level != 1 && list->type->is_scalar() && !list->type->is_volatile();
+      bool candidate = list->sclass == SC_AUTO && list->level != 1 && list->type->is_scalar() &&
+                       !list->type->is_volatile();
       (candidate ? scalars : others).push_back(list);
     }
   }
@@ -275,16 +302,22 @@ SYMTAB* sym_def(SYMTAB* sym) {
   return def ? def : sym;
 }
 
-SYMTAB* get_sym_def_for_decl(SYMTAB* sym) { return sym->level == 0 ? sym_def(sym) : sym; }
+SYMTAB* get_sym_def_for_decl(SYMTAB* sym) {
+  return sym->level == 0 ? sym_def(sym) : sym;
+}
 
 bool name_has_prefix(const char* name) {
   if (*name != '.' && *name != '_') return false;
   return !(file_options && file_options->getnumarg(OPT_abi, 0) == ABI_EABI);
 }
 
-const char* skip_name_prefix(const char* name) { return name_has_prefix(name) ? name + 1 : name; }
+const char* skip_name_prefix(const char* name) {
+  return name_has_prefix(name) ? name + 1 : name;
+}
 
-bool is_internal_name(const char* name) { return strncmp(name, TEMP_PREFIX, 2) == 0; }
+bool is_internal_name(const char* name) {
+  return strncmp(name, TEMP_PREFIX, 2) == 0;
+}
 
 bool is_optimizer_temp(const char* name, char c1, char c2) {
   if (strncmp(name, "$O$", 3) != 0 || (name[3] != c1 && name[3] != c2) || !name[3]) return false;
@@ -293,8 +326,12 @@ bool is_optimizer_temp(const char* name, char c1, char c2) {
   return true;
 }
 
-bool is_LIR_temp(const SYMTAB* sym) { return strncmp(sym->name, "$O$Lr", 5) == 0; }
-bool is_internal_symbol(const SYMTAB* sym) { return is_internal_name(sym->name); }
+bool is_LIR_temp(const SYMTAB* sym) {
+  return strncmp(sym->name, "$O$Lr", 5) == 0;
+}
+bool is_internal_symbol(const SYMTAB* sym) {
+  return is_internal_name(sym->name);
+}
 
 // ---------------------------------------------------------------------------------------------
 // Interning, types, pragmas
@@ -312,12 +349,14 @@ SYMTAB* find_interned_symbol(SYMTAB* sym) {
 }
 
 void map_over_interned_symbols(void (*visit)(SYMTAB*)) {
-  for (const INTERNED_SYM& entry : intern_hash) visit(entry.sym);
+  for (const INTERNED_SYM& entry : intern_hash)
+    visit(entry.sym);
 }
 
 void interned_stats() {
   int ownerless = 0;
-  for (const INTERNED_SYM& entry : intern_hash) ownerless += !entry.owner;
+  for (const INTERNED_SYM& entry : intern_hash)
+    ownerless += !entry.owner;
   print_if_debug("\n%zu interned symbols;  load factor %.2f, max load factor %.2f, %d with NULL "
                  "funinfo.\n",
                  intern_hash.size(), intern_hash.load_factor(), intern_hash.max_load_factor(),
@@ -330,7 +369,8 @@ void revert_symbol_type(SYMTAB* sym) {
 
 PRAGMA* symbol_has_pragma(const SYMTAB* sym, int kind) {
   PRAGMA* p = sym->pragmas;
-  while (p && p->kind != kind) p = p->next;
+  while (p && p->kind != kind)
+    p = p->next;
   return p;
 }
 

@@ -7,37 +7,50 @@
 #include <list>
 
 enum STORAGE_CLASS {
-  SC_AUTO = 1, SC_EXTERN = 2, SC_STATIC = 3, SC_REGISTER = 4, SC_EXTERN_DECL = 5, SC_LABEL = 6,
-  SC_ARG = 9, SC_REGPARM = 17, SC_REGPARM_COPY = 22, SC_RESULT = 27,
-  SC_TYPE_CHANGED = 108, SC_EXTERN_TYPE_CHANGED = 109
+  SC_AUTO = 1,
+  SC_EXTERN = 2,
+  SC_STATIC = 3,
+  SC_REGISTER = 4,
+  SC_EXTERN_DECL = 5,
+  SC_LABEL = 6,
+  SC_ARG = 9,
+  SC_REGPARM = 17,
+  SC_REGPARM_COPY = 22,
+  SC_RESULT = 27,
+  SC_TYPE_CHANGED = 108,
+  SC_EXTERN_TYPE_CHANGED = 109
 };
 
 // Bits of the storage qualifier word.
 enum CQUAL {
-  CQ_NO_ADDRESS = 0x10, CQ_READ_ONLY = 0x80, CQ_KEPT_BITS = 0x19FF, CQ_ADDRESS_TAKEN = 0x2000,
-  CQ_MUST_STAY = 0xC000, CQ_TOP = 0x8000
+  CQ_NO_ADDRESS = 0x10,
+  CQ_READ_ONLY = 0x80,
+  CQ_KEPT_BITS = 0x19FF,
+  CQ_ADDRESS_TAKEN = 0x2000,
+  CQ_MUST_STAY = 0xC000,
+  CQ_TOP = 0x8000
 };
 
 class SYMTAB : public I_SYMTAB {
 public:
-  char* name = nullptr; // own copy
+  char* name = nullptr;   // own copy
   unsigned long size = 0; // bits; equals the type's but for functions
   int value = 0;
   unsigned char sclass = 0, orig_class = 0;
   unsigned short cqual = 0;
-  TYPE* type = nullptr;     // an enumeration is replaced by its integer, qualifiers kept
-  TYPE* otype = nullptr;    // as declared
+  TYPE* type = nullptr;  // an enumeration is replaced by its integer, qualifiers kept
+  TYPE* otype = nullptr; // as declared
   TYPE* cpp_type = nullptr;
-  unsigned align = 0;       // bits
+  unsigned align = 0; // bits
   LS* scope = nullptr;
   PSN* psn = nullptr;
-  PRAGMA* pragmas = nullptr; // owned, new ones at the head
+  PRAGMA* pragmas = nullptr;  // owned, new ones at the head
   std::list<NODE*> init_list; // owned
-  unsigned level = 0;       // 0 global, 1 parameter, 2 outermost block, higher inner blocks
+  unsigned level = 0;         // 0 global, 1 parameter, 2 outermost block, higher inner blocks
   unsigned location = 0;
   unsigned option_set = 0;
-  SYMTAB* next = nullptr;   // on the list that holds this symbol
-  unsigned long serial;     // order of creation in the run
+  SYMTAB* next = nullptr; // on the list that holds this symbol
+  unsigned long serial;   // order of creation in the run
 
   bool mutable_ok = true;
   bool used = false;
@@ -45,7 +58,7 @@ public:
   bool type_changed = false;
   bool wants_J_pragma = false; // pragma "J" is added at the end of the run
   bool has_init = false;
-  bool is_defined = false;   // a function with a body in this unit
+  bool is_defined = false; // a function with a body in this unit
   int use_count = 0;
 
   SYMTAB();
@@ -105,9 +118,22 @@ public:
   void set_is_under_ARGREF(bool) override;
 };
 
-struct SYMLIST { SYMTAB* sym; SYMLIST* next; };
-struct SYMALIST { SYMTAB* sym; NODE* tree; int info; SYMALIST* next; };
-struct SYMPAIRLIST { SYMTAB* first; SYMTAB* second; int info; SYMPAIRLIST* next; };
+struct SYMLIST {
+  SYMTAB* sym;
+  SYMLIST* next;
+};
+struct SYMALIST {
+  SYMTAB* sym;
+  NODE* tree;
+  int info;
+  SYMALIST* next;
+};
+struct SYMPAIRLIST {
+  SYMTAB* first;
+  SYMTAB* second;
+  int info;
+  SYMPAIRLIST* next;
+};
 SYMLIST* mk_symlist(SYMTAB*, SYMLIST* next);
 SYMALIST* mk_symalist(SYMTAB*, NODE*, SYMALIST* next, int info);
 SYMPAIRLIST* mk_symplist(SYMTAB*, SYMTAB*, SYMPAIRLIST* next, int info);
@@ -121,7 +147,7 @@ bool symbol_in_list(const SYMTAB* sym, const SYMTAB* list);
 SYMTAB* unlink_symbol(SYMTAB* sym, SYMTAB* list);
 SYMTAB* find_symbol_by_name(const char* name, SYMTAB* list);
 
-extern SYMTAB* global_symbols;      // symbols of file scope, in the order of reading, by `next`
+extern SYMTAB* global_symbols;       // symbols of file scope, in the order of reading, by `next`
 extern SYMTAB* mcall_implicit_state; // "__MCALL_implicit_state__"
 extern SYMTAB* flag_status_register; // "__flag_status_register__"
 
@@ -138,7 +164,8 @@ void sym_split(FUNINFO* fi);
 // null for the outermost block.
 SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope);
 SYMTAB* sym_def(SYMTAB* sym);
-// The definition among the globals that a declaration of the same name stands for; sym itself if none.
+// The definition among the globals that a declaration of the same name stands for; sym itself if
+// none.
 SYMTAB* get_sym_def_for_decl(SYMTAB* sym);
 SYMTAB* intern_symbol(SYMTAB* sym, FUNINFO* fi);
 SYMTAB* find_interned_symbol(SYMTAB* sym);

@@ -35,7 +35,8 @@ bool address_of_local_is_taken(const FUNINFO* fi) {
   auto takes = [](const NODE* node) {
     if (node->op != UAND && node->op != ARGREF) return false;
     const NODE* place = node->left;
-    while (place->op == STDOT || place->op == VFIELD) place = place->left;
+    while (place->op == STDOT || place->op == VFIELD)
+      place = place->left;
     return place->op == NAME && place->u.sym && place->u.sym->is_local();
   };
   for (const BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
@@ -84,7 +85,8 @@ bool find_tail_call(const BBLK* bb, const FUNINFO* fi, TAIL_CALL& found) {
     if (!exit_first || exit_first->tree->op != URETURN) return false;
   }
   LIST *last = nullptr, *before = nullptr;
-  for (LIST* s = bb->statements; s; s = s->next) before = last, last = s;
+  for (LIST* s = bb->statements; s; s = s->next)
+    before = last, last = s;
   if (last && (last->tree->op == BRANCH || last->tree->op == URETURN)) last = before;
   if (!last) return false;
   found.stmt = last;
@@ -113,8 +115,10 @@ BBLK* head_behind_prolog() {
   head->loop = entry->loop;
   NODE* branch = mk_BRANCH(head, nullptr);
   LIST* cell = mkelist(branch, nullptr, nullptr);
-  if (prolog) first->next = cell;
-  else entry->statements = cell;
+  if (prolog)
+    first->next = cell;
+  else
+    entry->statements = cell;
   head->successors = entry->successors;
   entry->successors = mkedge(head, nullptr);
   return head;
@@ -128,7 +132,8 @@ LIST* assignment(SYMTAB* target, NODE* value, PSN* psn) {
 void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*>& out) {
   // How many other pending values read each target.
   std::unordered_map<const SYMTAB*, int> index_of;
-  for (size_t k = 0; k < pending.size(); k++) index_of[pending[k].target] = static_cast<int>(k);
+  for (size_t k = 0; k < pending.size(); k++)
+    index_of[pending[k].target] = static_cast<int>(k);
   std::vector<int> readers(pending.size());
   std::vector<std::vector<int>> reads(pending.size());
   for (size_t k = 0; k < pending.size(); k++)
@@ -151,15 +156,18 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
   for (size_t left = pending.size(); left; left--) {
     if (ready.empty()) {
       // A cycle: the old value of one target moves to a temporary.
-      while (done[next_in_cycle]) next_in_cycle++;
+      while (done[next_in_cycle])
+        next_in_cycle++;
       SYMTAB* target = pending[next_in_cycle].target;
       SYMTAB* old = sym_temp('T', -1, target->type, target->scope);
       out.push_back(assignment(old, mk_NAME(target, target->scope), psn));
       for (size_t k = 0; k < pending.size(); k++)
-        if (!done[k] && k != next_in_cycle) subst_sym_for_sym_in_tree(old, target, pending[k].value);
+        if (!done[k] && k != next_in_cycle)
+          subst_sym_for_sym_in_tree(old, target, pending[k].value);
       readers[next_in_cycle] = 0;
       for (std::vector<int>& list : reads)
-        list.erase(std::remove(list.begin(), list.end(), static_cast<int>(next_in_cycle)), list.end());
+        list.erase(std::remove(list.begin(), list.end(), static_cast<int>(next_in_cycle)),
+                   list.end());
       ready.push_back(static_cast<int>(next_in_cycle));
     }
     int k = ready.back();
@@ -208,15 +216,18 @@ void replace_call(BBLK* bb, const TAIL_CALL& found, const std::vector<SYMTAB*>& 
       out.push_back(assignment(temp, arg, psn));
       arg = mk_NAME(temp, temp->scope);
     }
-    if (arg->op == NAME && arg->u.sym == homes[k]) erase_tree(arg); // a = a
-    else pending.push_back({homes[k], arg});
+    if (arg->op == NAME && arg->u.sym == homes[k])
+      erase_tree(arg); // a = a
+    else
+      pending.push_back({homes[k], arg});
   }
   order_assignments(std::move(pending), psn, out);
   out.push_back(mkelist(comment_statement("***\t; tail recursive call occurs here"), nullptr, psn));
   out.push_back(mkelist(mk_BRANCH(head, nullptr), nullptr, psn));
 
   LIST** place = &bb->statements;
-  while (*place != found.stmt) place = &(*place)->next;
+  while (*place != found.stmt)
+    place = &(*place)->next;
   erase_tree_list(*place);
   *place = nullptr;
   for (LIST* cell : out) {

@@ -6,7 +6,9 @@
 // Built-ins whose descriptor says that they read or write hidden state.
 static std::set<std::string> stateful_builtins;
 
-void init_BIF_descriptors() { stateful_builtins = {"_set_flags", "_get_flags"}; }
+void init_BIF_descriptors() {
+  stateful_builtins = {"_set_flags", "_get_flags"};
+}
 
 void fix_BIF_types(NODE*&) {} // built-ins are generic in their operand types
 

@@ -23,8 +23,11 @@ bool same_machine_type(const TYPE* a, const TYPE* b) {
 const NODE* look_through_wrappers(const NODE* node) {
   for (;;) {
     switch (node->op) {
-    case CSE_DUPE: case CSE_ORIG: node = node->right; break;
-    case OUIALIGN: case NONALIGN: case IDENTITY: node = node->left; break;
+    case CSE_DUPE:
+    case CSE_ORIG: node = node->right; break;
+    case OUIALIGN:
+    case NONALIGN:
+    case IDENTITY: node = node->left; break;
     default: return node;
     }
   }
@@ -48,7 +51,8 @@ bool are_parameter_and_copy(const NODE* a, const NODE* b) {
 
 // The base of a STDOT chain; adds the members' offsets to `bits`.
 const NODE* stdot_base(const NODE* node, long& bits) {
-  for (; node->op == STDOT; node = node->left) bits += node->right->mval->bit_offset;
+  for (; node->op == STDOT; node = node->left)
+    bits += node->right->mval->bit_offset;
   return node;
 }
 
@@ -66,7 +70,8 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
                   : !same_machine_type(a->type, b->type))
       return false;
 
-    if (commute_inv[b->op] == a->op && a->op != ILLOP && trees_are_congruent(a->left, b->right, se_ok) &&
+    if (commute_inv[b->op] == a->op && a->op != ILLOP &&
+        trees_are_congruent(a->left, b->right, se_ok) &&
         trees_are_congruent(a->right, b->left, se_ok))
       return true;
     if (a->op != b->op) return are_parameter_and_copy(a, b);
@@ -75,8 +80,10 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
     case NAME: return a->u.sym == b->u.sym;
     case LABEL: return a->label ? a->label == b->label : a->ival == b->ival;
     case SCON:
-      return a->scon_length() == b->scon_length() && memcmp(a->text, b->text, a->scon_length()) == 0;
-    case ICON: case VREG: return a->ival == b->ival;
+      return a->scon_length() == b->scon_length() &&
+             memcmp(a->text, b->text, a->scon_length()) == 0;
+    case ICON:
+    case VREG: return a->ival == b->ival;
     case FCON: return f_bit_eq(a->u.fval, b->u.fval);
     case FIELD: return a->mval == b->mval;
     case UMULT:
@@ -94,10 +101,14 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
       if (a->op == NAME && b->op == NAME) return a->u.sym == b->u.sym;
       continue;
     }
-    case ICALL: case UICALL: case MCALL: case UMCALL:
+    case ICALL:
+    case UICALL:
+    case MCALL:
+    case UMCALL:
       if (strcmp(a->u.callee, b->u.callee) != 0) return false;
       break;
-    case PPRAGMA: case ASM: return false;
+    case PPRAGMA:
+    case ASM: return false;
     default:
       if (!trees_are_congruent(a->right, b->right, se_ok)) return false;
     }
@@ -105,6 +116,25 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
     a = a->left;
     b = b->left;
   }
+}
+
+bool trees_are_congruent_se_ok(const NODE* a, const NODE* b) {
+  return trees_are_congruent(a, b, true);
+}
+
+bool bools_are_congruent(const NODE* a, const NODE* b, int opposite) {
+  // !x is the opposite of x.
+  while (a->op == EXCLAIM)
+    a = a->left, opposite ^= 1;
+  while (b->op == EXCLAIM)
+    b = b->left, opposite ^= 1;
+  if (!opposite) return trees_are_congruent(a, b);
+  if (side_effects[a->op] != SE_NONE || boolean_inv[a->op] == ILLOP) return false;
+  const int inverse = boolean_inv[a->op];
+  if (inverse == b->op)
+    return trees_are_congruent(a->left, b->left) && trees_are_congruent(a->right, b->right);
+  return commute_inv[inverse] == b->op && trees_are_congruent(a->left, b->right) &&
+         trees_are_congruent(a->right, b->left);
 }
 
 bool tree_lists_are_congruent(const LIST* a, const LIST* b) {
@@ -119,6 +149,17 @@ bool tree_lists_are_congruent(const LIST* a, const LIST* b) {
 void subst_sym_for_sym_in_tree(SYMTAB* to, SYMTAB* from, NODE* tree) {
   walk_postorder(tree, [=](NODE*& node) {
     if (node->op == NAME && node->u.sym == from) node->u.sym = to;
+  });
+}
+
+void subst_sym_pairs_in_tree(const SYMPAIRLIST* pairs, NODE* tree) {
+  walk_postorder(tree, [pairs](NODE*& node) {
+    if (node->op != NAME) return;
+    for (const SYMPAIRLIST* pair = pairs; pair; pair = pair->next)
+      if (pair->first == node->u.sym) {
+        node->u.sym = pair->second;
+        break;
+      }
   });
 }
 
@@ -146,9 +187,8 @@ NODE* ASG_to_opASG(NODE* asg) {
   if (!trees_are_congruent(asg->left, value->left)) return asg;
   // The operator-assignment computes in the usual common type; a value computed in another one
   // would be another value.
-  TYPE* common = value->op == SLL || value->op == SRL
-                     ? promoted_type(asg->left->type)
-                     : combined_type(asg->left, value->right);
+  TYPE* common = value->op == SLL || value->op == SRL ? promoted_type(asg->left->type)
+                                                      : combined_type(asg->left, value->right);
   if (!asg->left->type->is_pointer() && !compatible_types(common, value->type)) return asg;
   asg->op = op_asg;
   asg->right = value->right;
@@ -169,9 +209,12 @@ NODE* opASG_to_ASG(NODE* asg) {
   NODE* target = copy_tree(asg->left, true);
   TYPE* type = target->type;
   const bool integers = type->is_int_or_enum() && asg->right->type->is_int_or_enum();
-  if (!type->is_pointer() && !type->is_vector() && !(type->is_float() && asg->right->type->is_float())) {
-    if (op == SRL || op == SLL) type = promoted_type(type);
-    else type = combined_type(target, asg->right);
+  if (!type->is_pointer() && !type->is_vector() &&
+      !(type->is_float() && asg->right->type->is_float())) {
+    if (op == SRL || op == SLL)
+      type = promoted_type(type);
+    else
+      type = combined_type(target, asg->right);
   } else if (type->is_float()) {
     type = combined_type(target, asg->right);
   }
@@ -181,7 +224,8 @@ NODE* opASG_to_ASG(NODE* asg) {
       !compatible_types(type, operand->type))
     operand = coerce_to_type(type, operand, integers);
   NODE* value = maketree(op, target, operand, type);
-  if (!compatible_types(type, asg->left->type)) value = maketree(SCONV, value, nullptr, asg->left->type);
+  if (!compatible_types(type, asg->left->type))
+    value = maketree(SCONV, value, nullptr, asg->left->type);
   asg->op = ASG;
   asg->right = value;
   return asg;
@@ -198,7 +242,8 @@ NODE* peel_for_effect(NODE* tree) {
     return nullptr;
   }
   switch (tree->op) {
-  case COMMAOP: case PCOMMA: {
+  case COMMAOP:
+  case PCOMMA: {
     NODE* first = peel_for_effect(tree->left);
     NODE* second = peel_for_effect(tree->right);
     tree->left = tree->right = nullptr;
@@ -206,9 +251,29 @@ NODE* peel_for_effect(NODE* tree) {
     return second ? mk_COMMAOP(first, second) : first;
   }
   // Operators without an effect of their own whose operands are always evaluated.
-  case PLUS: case MINUS: case MULT: case ANDB: case ORB: case XORB: case SLL: case SRL: case UMINUS:
-  case NOTB: case SCONV: case PCONV: case EXCLAIM: case EQ: case NEQ: case LE: case LT: case GE:
-  case GT: case ULE: case ULT: case UGE: case UGT: {
+  case PLUS:
+  case MINUS:
+  case MULT:
+  case ANDB:
+  case ORB:
+  case XORB:
+  case SLL:
+  case SRL:
+  case UMINUS:
+  case NOTB:
+  case SCONV:
+  case PCONV:
+  case EXCLAIM:
+  case EQ:
+  case NEQ:
+  case LE:
+  case LT:
+  case GE:
+  case GT:
+  case ULE:
+  case ULT:
+  case UGE:
+  case UGT: {
     NODE* first = peel_for_effect(tree->left);
     NODE* second = peel_for_effect(tree->right);
     tree->left = tree->right = nullptr;

@@ -4,21 +4,22 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
-
-#include <vector>
+#include "support/small_stack.h"
 
 void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
-  for (const NODE* node = tree; node; node = node->left) {
-    if (!visit(node)) return;
-    if (node->right) walk_preorder(node->right, visit);
-  }
+  small_stack<const NODE*> rights; // of the left spine, to be entered from the bottom up
+  for (const NODE* node = tree; node && visit(node); node = node->left)
+    if (node->right) rights.push_back(node->right);
+  for (; !rights.empty(); rights.pop_back())
+    walk_preorder(rights.back(), visit);
 }
 
 void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit) {
   if (!tree) return;
   // The left spine, root first; then upwards, each right side before its node.
-  std::vector<NODE**> spine;
-  for (NODE** place = &tree; *place; place = &(*place)->left) spine.push_back(place);
+  small_stack<NODE**> spine;
+  for (NODE** place = &tree; *place; place = &(*place)->left)
+    spine.push_back(place);
   while (!spine.empty()) {
     NODE** place = spine.back();
     spine.pop_back();
@@ -48,9 +49,14 @@ bool tree_has_side_effects(const NODE* tree) {
   return tree_contains_matching_node(tree, [](const NODE* node) {
     switch (node->op) {
     // Not themselves effects: the sequence operators and transparent markers.
-    case COMMAOP: case PCOMMA: case DDNODE: case NOP: return false;
-    case NAME: case UMULT: case STDOT: case STREF:
-      return node->type->is_volatile(); // reading it is an effect
+    case COMMAOP:
+    case PCOMMA:
+    case DDNODE:
+    case NOP: return false;
+    case NAME:
+    case UMULT:
+    case STDOT:
+    case STREF: return node->type->is_volatile(); // reading it is an effect
     default: return side_effects[node->op] != SE_NONE;
     }
   });
@@ -59,13 +65,41 @@ bool tree_has_side_effects(const NODE* tree) {
 bool expr_is_constant(const NODE* tree) {
   return !tree_contains_matching_node(tree, [](const NODE* node) {
     switch (node->op) {
-    case ICON: case FCON: case SCON: return false;
-    case NAME: case UMULT: case STDOT: case STREF: case STFIELD: case LABEL: case FIELD: case NOP:
-      return true;
+    case ICON:
+    case FCON:
+    case SCON: return false;
+    case NAME:
+    case UMULT:
+    case STDOT:
+    case STREF:
+    case STFIELD:
+    case LABEL:
+    case FIELD:
+    case NOP: return true;
     default:
-      return side_effects[node->op] != SE_NONE || op_is_call(node->op) || (!node->left && !node->right);
+      return side_effects[node->op] != SE_NONE || op_is_call(node->op) ||
+             (!node->left && !node->right);
     }
   });
+}
+
+bool expr_is_globally_evaluable(const NODE* tree) {
+  switch (tree->op) {
+  case PLUS:
+  case MINUS:
+    return tree->type->is_pointer()
+               ? expr_is_globally_evaluable(tree->left) && expr_is_constant(tree->right)
+               : expr_is_constant(tree);
+  case PCONV:
+  case ISP2CHAR: return expr_is_globally_evaluable(tree->left);
+  case UAND: {
+    const NODE* place = tree->left;
+    while (place->op == STDOT)
+      place = place->left;
+    return place->op == NAME && place->u.sym && place->u.sym->level == 0;
+  }
+  default: return expr_is_constant(tree);
+  }
 }
 
 bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree) {
@@ -128,21 +162,24 @@ bool tree_is_arg_prolog(const NODE* tree) {
 int arg_list_count(const NODE* args) {
   if (!args) return 0;
   int count = 1;
-  for (; args->op == COMMA; args = args->left) count++;
+  for (; args->op == COMMA; args = args->left)
+    count++;
   return count;
 }
 
 NODE* arg_list_lookup(NODE* args, int k) {
   int steps = arg_list_count(args) - 1 - k;
   if (k < 0 || steps < 0) return nullptr;
-  for (; steps; steps--) args = args->left;
+  for (; steps; steps--)
+    args = args->left;
   return args->op == COMMA ? args->right : args;
 }
 
 SYMTAB* get_callee_for_call(const NODE* call) {
   if ((call->op != CALL && call->op != UCALL) || !call->left) return nullptr;
   const NODE* callee = call->left;
-  while ((callee->op == PCONV || callee->op == ISP2CHAR) && callee->left) callee = callee->left;
+  while ((callee->op == PCONV || callee->op == ISP2CHAR) && callee->left)
+    callee = callee->left;
   if (callee->op != UAND || callee->left->op != NAME) return nullptr;
   SYMTAB* sym = callee->left->u.sym;
   return sym && sym->type->is_func() ? sym : nullptr;
@@ -151,7 +188,8 @@ SYMTAB* get_callee_for_call(const NODE* call) {
 NODE* get_arguments_to_call(NODE* call) {
   switch (call->op) {
   case CALL: return call->right;
-  case ICALL: case MCALL: return call->left;
+  case ICALL:
+  case MCALL: return call->left;
   default: return nullptr;
   }
 }

@@ -1,13 +1,20 @@
+// Types of expressions, and conversions of trees between them.
+
 #include "OPT5/types.h"
 
+#include "DIAG/abort.h"
+#include "OPT5/optables.h"
+#include "OPT5/simp1.h"
 #include "OPT5/streams.h"
+#include "OPT5/symbol.h"
 
-void init_types() {}
-void type_cache_stats() {}
+TYPE* normalized_underlying_type(TYPE* t) {
+  return (t->is_enum() ? t->enum_underlying() : t)->normalized_type();
+}
 
 TYPE* promoted_type(TYPE* t) {
-  if (t->is_enum()) t = t->enum_underlying();
-  return t->is_int() ? tp->c_integral_promotions(t) : t->type_qualified()->underlying_type();
+  if (t->is_enum()) t = normalized_underlying_type(t);
+  return t->is_int() ? tp->c_integral_promotions(t) : t->underlying_type();
 }
 
 TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
@@ -15,20 +22,274 @@ TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
   if (b->is_pointer()) return b;
   if (a->is_enum()) a = a->enum_underlying();
   if (b->is_enum()) b = b->enum_underlying();
-  return tp->c_usual_arith_conv(a, b);
+  const bool arithmetic = (a->is_int() || a->is_float()) && (b->is_int() || b->is_float());
+  return arithmetic ? tp->c_usual_arith_conv(a, b) : a;
 }
 
-TYPE* combined_type(const NODE* a, const NODE* b) { return combined_type_for_types(a->type, b->type); }
+TYPE* combined_type(const NODE* a, const NODE* b) {
+  return combined_type_for_types(a->type, b->type);
+}
 
-NODE* coerce_to_type(TYPE* type, NODE* tree, bool) {
+TYPE* next_wider_type(TYPE* t) {
+  static const TYPE::IKIND kinds[][2] = {
+      {TYPE::I_INT, TYPE::I_UINT}, {TYPE::I_LONG, TYPE::I_ULONG}, {TYPE::I_LLONG, TYPE::I_ULLONG}};
+  for (const auto& [with_sign, without] : kinds) {
+    TYPE* wider = tp->basic[t->is_signed() ? with_sign : without];
+    if (wider->size >= 2 * t->size) return wider;
+  }
+  return nullptr;
+}
+
+TYPE* operator_type_for_operand_types(int op, TYPE* a, TYPE* b) {
+  if (boolean_result[op]) return tp->mk_plain_int();
+  if (opcode_is_ASG(op)) return a;
+  switch (op) {
+  case SLL:
+  case SRL:
+  case UMINUS:
+  case NOTB:
+  case ABS:
+  case SQR:
+  case SQRT:
+  case RECIP: return a->is_vector() ? a : promoted_type(a);
+  case MINUS:
+    if (a->is_pointer() && b && b->is_pointer()) return tp->mk_ptrdiff();
+    break;
+  case COMMAOP: return b ? b : a;
+  default: break;
+  }
+  if (!b) return a;
+  if (a->is_vector()) return a;
+  if (b->is_vector()) return b;
+  return combined_type_for_types(a, b);
+}
+
+TYPE* get_complex_type(TYPE* part) {
+  return tp->mk_complex(part);
+}
+
+TYPE* essential_type(TYPE* t) {
+  TYPE* bare = t->underlying_type();
+  if (!bare->is_array()) return bare;
+  TYPE* elem = essential_type(bare->elem_type());
+  return elem == bare->elem_type() ? bare : tp->replace_array_elem(bare, elem);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Values
+
+bool returns_1_or_0(const NODE* tree) {
+  for (;;) {
+    if (boolean_result[tree->op]) return true;
+    switch (tree->op) {
+    case ICON: return tree->ival == INT65(0) || tree->ival == INT65(1);
+    case ANDB: return tree->right->op == ICON && tree->right->ival == INT65(1);
+    case ASG:
+    case COMMAOP: tree = tree->right; break;
+    default: return false;
+    }
+  }
+}
+
+bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP*) {
+  if (!type->is_int_or_enum() || !tree->type->is_int_or_enum()) return false;
+  const INT65 low = int_type_min(type), high = int_type_max(type);
+  if (tree->op == ICON) return low <= tree->ival && tree->ival <= high;
+  if (returns_1_or_0(tree)) return true;
+  // A widening conversion keeps its operand's range.
+  const NODE* source = tree->op == SCONV && tree->left->type->is_int_or_enum() &&
+                               tree->left->type->size < tree->type->size &&
+                               (tree->type->is_signed() || !tree->left->type->is_signed())
+                           ? tree->left
+                           : tree;
+  return low <= int_type_min(source->type) && int_type_max(source->type) <= high;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Conversions
+
+NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify) {
   if (compatible_types(type, tree->type)) return tree;
-  if (tree->op == ICON && type->is_int_or_enum() && !type->is_bool()) {
-    tree->ival = truncate_to_type(tree->ival, type);
+  if (tree->op == ICON && type->is_int_or_enum() && tree->type->is_int_or_enum()) {
+    tree->ival = type->is_bool() ? INT65(tree->ival != INT65(0) ? 1 : 0)
+                                 : truncate_to_type(tree->ival, type);
     tree->type = type;
     return tree;
   }
-  const int op = type->is_vector() ? VSCONV : type->is_pointer() || tree->type->is_pointer() ? PCONV : SCONV;
-  return maketree(op, tree, nullptr, type, tree->ls);
+  const int op = type->is_vector()                                ? VSCONV
+                 : type->is_pointer() || tree->type->is_pointer() ? PCONV
+                                                                  : SCONV;
+  NODE* conversion = maketree(op, tree, nullptr, type, tree->ls);
+  return simplify ? simp_node(conversion, nullptr) : conversion;
 }
 
-NODE* insert_mandatory_casts(NODE* tree) { return tree; }
+namespace {
+
+bool is_arithmetic(const TYPE* t) {
+  return t->is_int_or_enum() || t->is_float();
+}
+
+// Would using a value of type `from` as one of `to` change its bits?
+bool needs_conversion(const TYPE* from, const TYPE* to) {
+  if (!is_arithmetic(from) || !is_arithmetic(to)) return false;
+  return from->is_float() != to->is_float() || from->size != to->size ||
+         from->is_bool() != to->is_bool();
+}
+
+void convert(NODE*& kid, TYPE* type) {
+  print_if_debug("+++GAR insert mandatory cast:\n");
+  print_if_debug(" tree->type: %s  kid2->type: %s\n", type->str().c_str(),
+                 kid->type->str().c_str());
+  kid = maketree(SCONV, kid, nullptr, type, kid->ls);
+}
+
+void agree(NODE*& kid, TYPE* type) {
+  if (needs_conversion(kid->type, type)) convert(kid, type);
+}
+
+bool is_integer_comparison(int op) {
+  return op >= EQ && op <= UGT;
+}
+bool is_floating_comparison(int op) {
+  return op >= FEQ && op <= FUNO;
+}
+
+// Both sides of a comparison get the type in which it is made.
+void agree_sides(NODE* tree) {
+  NODE*& a = tree->left;
+  NODE*& b = tree->right;
+  if (!needs_conversion(a->type, b->type)) return;
+  const bool to_left = a->type->is_float() != b->type->is_float() ? a->type->is_float()
+                                                                  : a->type->size >= b->type->size;
+  if (to_left)
+    convert(b, a->type);
+  else
+    convert(a, b->type);
+}
+
+// x = x --> x;  x == x --> 1, x < x --> 0 for values that are equal to themselves
+NODE* without_redundancy(NODE* tree) {
+  const bool assignment = tree->op == ASG;
+  if (!assignment && !is_integer_comparison(tree->op)) return tree;
+  if (tree_has_side_effects(tree->left) || !trees_are_congruent(tree->left, tree->right))
+    return tree;
+  print_if_debug(assignment ? "\n\tREDUNDANT ASSIGNMENT ELIMINATED:\n"
+                            : "\n\tREDUNDANT RELATIONAL ELIMINATED:\n");
+  if (assignment) {
+    NODE* value = tree->left;
+    tree->left = nullptr;
+    erase_tree(tree);
+    return value;
+  }
+  const int op = tree->op;
+  const bool holds = op == EQ || op == LE || op == GE || op == ULE || op == UGE;
+  NODE* truth = mk_ICON(holds ? 1 : 0, tree->type);
+  erase_tree(tree);
+  return truth;
+}
+
+void agree_operands(NODE*& tree) {
+  switch (tree->op) {
+  case PLUS:
+  case MINUS:
+  case MULT:
+  case DIV:
+  case MOD:
+  case ANDB:
+  case ORB:
+  case XORB:
+    agree(tree->left, tree->type);
+    agree(tree->right, tree->type);
+    break;
+  case UMINUS:
+  case NOTB:
+  case ABS:
+  case SQR:
+  case SQRT:
+  case RECIP:
+  case SLL:
+  case SRL: agree(tree->left, tree->type); break;
+  case ASG:
+    if (!tree->left->type->is_vector()) agree(tree->right, tree->left->type);
+    break;
+  case RETURN:
+    if (const TYPE* func = tree->left->type; func->is_func())
+      agree(tree->right, func->return_type());
+    break;
+  case QUEST:
+    agree(tree->right->left, tree->type);
+    agree(tree->right->right, tree->type);
+    break;
+  case UMULT:
+    if (!tree->left->type->is_pointer()) optassert("IS_PTR(tree->left->type)", __FILE__, __LINE__);
+    break;
+  default:
+    if (is_integer_comparison(tree->op) || is_floating_comparison(tree->op)) agree_sides(tree);
+  }
+  tree = without_redundancy(tree);
+}
+
+} // namespace
+
+NODE* insert_mandatory_casts(NODE* tree) {
+  walk_postorder(tree, agree_operands);
+  return tree;
+}
+
+NODE* push_down_pointer_cast(TYPE* type, NODE* tree) {
+  if (!type->is_pointer()) optassert("IS_PTR(tree->left->type)", __FILE__, __LINE__);
+  NODE* sum = tree;
+  while ((sum->op == PLUS || sum->op == MINUS) && sum->type->is_pointer() &&
+         sum->left->type->is_pointer()) {
+    sum->type = type;
+    if (sum->left->op != PLUS && sum->left->op != MINUS) break;
+    sum = sum->left;
+  }
+  if (sum->op != PLUS && sum->op != MINUS) return coerce_to_type(type, tree, false);
+  if (sum->left->type->is_pointer() && !compatible_types(sum->left->type, type))
+    sum->left = maketree(PCONV, sum->left, nullptr, type, sum->left->ls);
+  return tree;
+}
+
+NODE* remove_pushed_down_casts(NODE* tree) {
+  if (!tree->type->is_pointer()) return tree;
+  NODE* sum = tree;
+  while ((sum->op == PLUS || sum->op == MINUS) && sum->left->type->is_pointer())
+    sum = sum->left;
+  if (sum == tree || sum->op != PCONV || !sum->left->type->is_pointer()) return tree;
+  TYPE* wanted = tree->type;
+  TYPE* inner = sum->left->type;
+  for (NODE* node = tree; node != sum; node = node->left) {
+    node->type = inner;
+    if (node->left != sum) continue;
+    node->left = sum->left;
+    sum->left = nullptr;
+    erase_node(sum);
+    break;
+  }
+  return maketree(PCONV, tree, nullptr, wanted, tree->ls);
+}
+
+void fix_type_info(NODE* name) {
+  if (name->op != NAME || !name->u.sym) return;
+  const TYPE* declared = name->u.sym->type;
+  if (compatible_types(name->type, declared) && name->type->size == declared->size)
+    name->type = name->u.sym->type;
+}
+
+bool tree_points_to_packed(const NODE* tree) {
+  // Members on uneven places only arise by way of a STDOT of a bit-field or a narrow alignment.
+  return tree_contains_matching_node(tree, [](const NODE* node) {
+    return (node->op == STDOT || node->op == STREF) &&
+           (node->right->mval->is_bitfield() ||
+            node->right->mval->bit_offset %
+                    static_cast<long>(node->type->align ? node->type->align : 16) !=
+                0);
+  });
+}
+
+bool must_preserve_STDOT(const NODE* stdot) {
+  const fkMDATA* member = stdot->right->mval;
+  return member->is_bitfield() || stdot->type->is_volatile() || member->owner->is_union() ||
+         stdot->left->type->is_union();
+}

@@ -5,6 +5,7 @@
 #include "OPT5/optables.h"
 #include "OPT5/scope.h"
 
+#include <atomic>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -28,38 +29,66 @@ enum PLACE {
   FUNC_NAME,  // NAME of a function
   COLON_PAIR, // COLON
   MEMCPY_ARGS,
-  LANES,      // an ICON or a COMMA list of ICONs
-  STATEMENT,  // root of a statement
-  INIT_ROOT,  // root in an initialiser
-  NOTHING     // anything at all
+  LANES,     // an ICON or a COMMA list of ICONs
+  STATEMENT, // root of a statement
+  INIT_ROOT, // root in an initialiser
+  NOTHING    // anything at all
 };
 
 bool is_control(int op) {
   switch (op) {
-  case RETURN: case URETURN: case BRANCH: case CBRANCH: case IF: case SWITCH: case LABELDEF:
-  case PPRAGMA: case ASM: case LOOP_OP: case ENDLOOP: case INITLOOP: case BGNBLOCK: case ENDBLOCK:
-    return true;
+  case RETURN:
+  case URETURN:
+  case BRANCH:
+  case CBRANCH:
+  case IF:
+  case SWITCH:
+  case LABELDEF:
+  case PPRAGMA:
+  case ASM:
+  case LOOP_OP:
+  case ENDLOOP:
+  case INITLOOP:
+  case BGNBLOCK:
+  case ENDBLOCK: return true;
   default: return false;
   }
 }
 
 bool is_part(int op) { // stands in its own place only
   switch (op) {
-  case COMMA: case COLON: case CASE: case DEFAULT: case LABEL: case FIELD: case ENDINIT: case SKIP:
-  case EPVAL: case ILLOP: return true;
+  case COMMA:
+  case COLON:
+  case CASE:
+  case DEFAULT:
+  case LABEL:
+  case FIELD:
+  case ENDINIT:
+  case SKIP:
+  case EPVAL:
+  case ILLOP: return true;
   default: return is_control(op);
   }
 }
 
 bool is_lvalue(const NODE* node) {
   switch (node->op) {
-  case NAME: case UMULT: case STDOT: case STREF: case VREG: return true;
-  case VFIELD: case REAL: case IMAG: case DDNODE: return is_lvalue(node->left);
+  case NAME:
+  case UMULT:
+  case STDOT:
+  case STREF:
+  case VREG: return true;
+  case VFIELD:
+  case REAL:
+  case IMAG:
+  case DDNODE: return is_lvalue(node->left);
   default: return false;
   }
 }
 
-bool is_aggregate(const TYPE* type) { return type->is_csu(); }
+bool is_aggregate(const TYPE* type) {
+  return type->is_csu();
+}
 
 bool is_computable(const TYPE* type) {
   return type->is_scalar() || type->is_vector() || type->is_complex();
@@ -68,7 +97,8 @@ bool is_computable(const TYPE* type) {
 const char* check_place(const NODE* node, PLACE place) {
   const int op = node->op;
   switch (place) {
-  case VALUE: case SCALAR:
+  case VALUE:
+  case SCALAR:
     if (is_part(op)) return "operator in the place of a value";
     if (place == SCALAR && !is_computable(node->type)) return "operand is not a scalar";
     return nullptr;
@@ -82,7 +112,8 @@ const char* check_place(const NODE* node, PLACE place) {
   case VECTOR:
     if (is_part(op)) return "operator in the place of a vector";
     return node->type->is_vector() ? nullptr : "operand is not a vector";
-  case LIST_OF: return op != COMMA && is_part(op) ? "operator in the place of an argument" : nullptr;
+  case LIST_OF:
+    return op != COMMA && is_part(op) ? "operator in the place of an argument" : nullptr;
   case FIELD_REF: return op == FIELD ? nullptr : "FIELD expected";
   case LABEL_REF: return op == LABEL ? nullptr : "LABEL expected";
   case LABEL_PAIR: return op == COMMA ? nullptr : "two LABELs expected";
@@ -91,12 +122,14 @@ const char* check_place(const NODE* node, PLACE place) {
   case FUNC_NAME: return op == NAME ? nullptr : "NAME of the function expected";
   case COLON_PAIR: return op == COLON ? nullptr : "COLON expected";
   case MEMCPY_ARGS:
-    return op == COMMA && node->left && node->left->op == COMMA ? nullptr
-                                                                : "destination, source, length expected";
+    return op == COMMA && node->left && node->left->op == COMMA
+               ? nullptr
+               : "destination, source, length expected";
   case LANES: return op == ICON || op == COMMA ? nullptr : "lane numbers expected";
   case STATEMENT: return is_part(op) && !is_control(op) ? "operator can't be a statement" : nullptr;
   case INIT_ROOT:
-    return op != ENDINIT && op != SKIP && is_part(op) ? "operator can't be an initialiser" : nullptr;
+    return op != ENDINIT && op != SKIP && is_part(op) ? "operator can't be an initialiser"
+                                                      : nullptr;
   case NOTHING: return nullptr;
   }
   return nullptr;
@@ -115,26 +148,41 @@ PLACES operand_places(const NODE* node, PLACE here) {
     if (here == LANES) return {LANES, CONSTANT};
     if (here == MEMCPY_ARGS) return {LIST_OF, SCALAR};
     return {LIST_OF, VALUE};
-  case COLON: case COMMAOP: return {VALUE, VALUE};
+  case COLON:
+  case COMMAOP: return {VALUE, VALUE};
   case PCOMMA: return {VALUE, VALUE};
   case UMULT: return {POINTER, SCALAR};
-  case UAND: case ARGREF: return {LVALUE, NOTHING};
+  case UAND:
+  case ARGREF: return {LVALUE, NOTHING};
   case STDOT: return {LVALUE, FIELD_REF};
   case STREF: return {POINTER, FIELD_REF};
   case STFIELD: return {AGGREGATE, FIELD_REF};
-  case ASG: case PLUSASG: case MINUSASG: case MULTASG: case DIVASG: case MODASG: case SLLASG:
-  case SRLASG: case ANDBASG: case ORBASG: case XORBASG: case PLUSPLUS: case MINMIN:
-    return {LVALUE, SCALAR};
+  case ASG:
+  case PLUSASG:
+  case MINUSASG:
+  case MULTASG:
+  case DIVASG:
+  case MODASG:
+  case SLLASG:
+  case SRLASG:
+  case ANDBASG:
+  case ORBASG:
+  case XORBASG:
+  case PLUSPLUS:
+  case MINMIN: return {LVALUE, SCALAR};
   case STASG: return {LVALUE, AGGREGATE};
   case ARASG: return {LVALUE, VALUE};
   case STARG: return {AGGREGATE, NOTHING};
   case CALL: return {POINTER, LIST_OF};
   case UCALL: return {POINTER, NOTHING};
-  case ICALL: case MCALL: case VPACK: return {LIST_OF, NOTHING};
+  case ICALL:
+  case MCALL:
+  case VPACK: return {LIST_OF, NOTHING};
   case MEMCPY: return {MEMCPY_ARGS, NOTHING};
   case QUEST: return {SCALAR, COLON_PAIR};
   case CASE: return {CONSTANT, LABEL_REF};
-  case DEFAULT: case BRANCH: return {LABEL_REF, NOTHING};
+  case DEFAULT:
+  case BRANCH: return {LABEL_REF, NOTHING};
   case CBRANCH: return {SCALAR, LABEL_REF};
   case IF: return {SCALAR, LABEL_PAIR};
   case SWITCH: return {SCALAR, CASES};
@@ -143,12 +191,31 @@ PLACES operand_places(const NODE* node, PLACE here) {
   case VFIELD: return {VECTOR, LANES};
   case SKIP: return {VALUE, NOTHING};
   case DDNODE: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
-  case LOOP_OP: case ENDLOOP: case INITLOOP: return {NOTHING, NOTHING};
-  case REAL: case IMAG: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
-  case VRCONV: case IDENTITY: case TOIEEE: case FRIEEE: return {VALUE, NOTHING};
-  case SSA_PHI: case SSA_USE: case SSA_DEF: case SSA_MU: case SSA_CHI: return {NOTHING, NOTHING};
+  case LOOP_OP:
+  case ENDLOOP:
+  case INITLOOP: return {NOTHING, NOTHING};
+  case REAL:
+  case IMAG: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
+  case VRCONV:
+  case IDENTITY:
+  case TOIEEE:
+  case FRIEEE: return {VALUE, NOTHING};
+  case SSA_PHI:
+  case SSA_USE:
+  case SSA_DEF:
+  case SSA_MU:
+  case SSA_CHI: return {NOTHING, NOTHING};
   default: return {SCALAR, SCALAR};
   }
+}
+
+// A direct call passes as many arguments as the callee's prototype wants.
+bool arguments_fit_prototype(const NODE* call) {
+  const SYMTAB* callee = get_callee_for_call(call);
+  const FUNC_PARTS* parts = callee ? callee->type->func_parts() : nullptr;
+  if (!parts || !parts->is_prototyped) return true;
+  const size_t args = static_cast<size_t>(arg_list_count(call->right));
+  return parts->is_variadic ? args >= parts->params.size() : args == parts->params.size();
 }
 
 const char* check_result(const NODE* node) {
@@ -156,22 +223,79 @@ const char* check_result(const NODE* node) {
   switch (node->op) {
   case ICON: return type->is_int_or_enum() || type->is_pointer() ? nullptr : "ICON of that type";
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
-  case UAND: case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
-  case UMULT: case STDOT: case STREF:
-    return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
+  case UAND:
+  case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
+  case UMULT:
+  case STDOT:
+  case STREF: return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
+  case CALL:
+  case UCALL: return arguments_fit_prototype(node) ? nullptr : "wrong number of arguments";
   case STASG: return is_aggregate(node->left->type) ? nullptr : "STASG to that type";
-  case VPACK: case VPACKM: case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
+  case VPACK:
+  case VPACKM:
+  case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
   case SWITCH: return node->left->type->is_int_or_enum() ? nullptr : "SWITCH on that type";
-  case EQ: case NEQ: case LE: case LT: case GE: case GT: case ULE: case ULT: case UGE: case UGT:
-  case FEQ: case FNEQ: case FLE: case FLT: case FGE: case FGT: case FEQN: case FNEQN: case FLEN:
-  case FLTN: case FGEN: case FGTN: case FORD: case FUNO: case EXCLAIM: case ANDAND: case OROR:
+  case EQ:
+  case NEQ:
+  case LE:
+  case LT:
+  case GE:
+  case GT:
+  case ULE:
+  case ULT:
+  case UGE:
+  case UGT:
+  case FEQ:
+  case FNEQ:
+  case FLE:
+  case FLT:
+  case FGE:
+  case FGT:
+  case FEQN:
+  case FNEQN:
+  case FLEN:
+  case FLTN:
+  case FGEN:
+  case FGTN:
+  case FORD:
+  case FUNO:
+  case EXCLAIM:
+  case ANDAND:
+  case OROR:
     return type->is_int_or_enum() || type->is_vector() ? nullptr : "truth value of that type";
-  case PLUS: case MINUS: case MULT: case DIV: case MOD: case ANDB: case ORB: case XORB: case SLL:
-  case SRL: case UMINUS: case NOTB: case ABS: case SQR: case SQRT: case RECIP: case SCONV: case PCONV:
-  case ACONV: case PMCONV: case PVCONV: case PLUSASG: case MINUSASG: case MULTASG: case DIVASG:
-  case MODASG: case SLLASG: case SRLASG: case ANDBASG: case ORBASG: case XORBASG: case PLUSPLUS:
-  case MINMIN:
-    return is_computable(type) ? nullptr : "computation in that type";
+  case PLUS:
+  case MINUS:
+  case MULT:
+  case DIV:
+  case MOD:
+  case ANDB:
+  case ORB:
+  case XORB:
+  case SLL:
+  case SRL:
+  case UMINUS:
+  case NOTB:
+  case ABS:
+  case SQR:
+  case SQRT:
+  case RECIP:
+  case SCONV:
+  case PCONV:
+  case ACONV:
+  case PMCONV:
+  case PVCONV:
+  case PLUSASG:
+  case MINUSASG:
+  case MULTASG:
+  case DIVASG:
+  case MODASG:
+  case SLLASG:
+  case SRLASG:
+  case ANDBASG:
+  case ORBASG:
+  case XORBASG:
+  case PLUSPLUS:
+  case MINMIN: return is_computable(type) ? nullptr : "computation in that type";
   default: return nullptr;
   }
 }
@@ -212,7 +336,7 @@ const char* check_tree(const NODE* tree, PLACE place) {
 
 class FUNCTION_CHECK {
 public:
-  explicit FUNCTION_CHECK(const char* s) : step(s) {}
+  explicit FUNCTION_CHECK(const char* s) : step(s), stamp(++last_stamp) {}
 
   void run() {
     const FUNINFO* fi = currfuninfo;
@@ -221,13 +345,16 @@ public:
     const BBLK* previous = nullptr;
     for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink) {
       if (bb->dfn != ++dfn) report(step, nullptr, bb->str() + " is out of depth-first order");
-      if (previous && bb->rdflink != previous) report(step, nullptr, bb->str() + " has a wrong rdflink");
+      if (previous && bb->rdflink != previous)
+        report(step, nullptr, bb->str() + " has a wrong rdflink");
       previous = bb;
       blocks.insert(bb);
     }
     if (dfn != fi->bb_count) report(step, nullptr, "bb_count is wrong");
-    if (fi->bb_list && fi->bb_list->rdflink != previous) report(step, nullptr, "entry's rdflink is wrong");
-    for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink) check_block(bb);
+    if (fi->bb_list && fi->bb_list->rdflink != previous)
+      report(step, nullptr, "entry's rdflink is wrong");
+    for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+      check_block(bb);
     for (const EHT_ITEM& item : fi->eht)
       if (item.cleanup) check_statement(item.cleanup);
   }
@@ -236,7 +363,9 @@ private:
   const char* step;
   std::unordered_set<const SYMTAB*> locals;
   std::unordered_set<const BBLK*> blocks;
-  std::unordered_set<const NODE*> seen;
+  // Each node met is stamped, so that one met twice is noticed.
+  static std::atomic<unsigned> last_stamp;
+  const unsigned stamp;
 
   void collect_locals() {
     const FUNINFO* fi = currfuninfo;
@@ -250,7 +379,9 @@ private:
     if (const char* fault = verify_statement(tree)) report(step, tree, fault);
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op == CSE_DUPE) return false;
-      if (!seen.insert(node).second) report(step, tree, "shared node");
+      unsigned& mark = const_cast<NODE*>(node)->scan_marks[1];
+      if (mark == stamp) report(step, tree, "shared node");
+      mark = stamp;
       if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
         report(step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
       if (node->op == LABEL && (!node->label || !blocks.count(node->label->bb)))
@@ -270,37 +401,49 @@ private:
     }
     std::unordered_set<const BBLK*> targets;
     EDGE* list = list_branch_targets(last->tree, nullptr);
-    for (const EDGE* e = list; e; e = e->rest) targets.insert(e->first);
+    for (const EDGE* e = list; e; e = e->rest)
+      targets.insert(e->first);
     for (EDGE *e = list, *rest; e; e = rest) {
       rest = e->rest;
       delete e;
     }
-    if (targets.empty() && last->tree->op != URETURN) report(step, last->tree, bb->str() + " has no way out");
+    if (targets.empty() && last->tree->op != URETURN)
+      report(step, last->tree, bb->str() + " has no way out");
     size_t successors = 0;
     for (const EDGE* e = bb->successors; e; e = e->rest) {
       successors++;
-      if (!targets.count(e->first)) report(step, last->tree, "edge without a branch in " + bb->str());
+      if (!targets.count(e->first))
+        report(step, last->tree, "edge without a branch in " + bb->str());
       if (!edge_memberp(bb, e->first->predecessors))
         report(step, last->tree, "edge without its reverse in " + bb->str());
     }
-    if (successors != targets.size()) report(step, last->tree, "branch without an edge in " + bb->str());
+    if (successors != targets.size())
+      report(step, last->tree, "branch without an edge in " + bb->str());
     for (const EDGE* e = bb->predecessors; e; e = e->rest)
       if (!edge_memberp(bb, e->first->successors))
         report(step, nullptr, bb->str() + " has a predecessor that does not lead to it");
   }
 };
 
+std::atomic<unsigned> FUNCTION_CHECK::last_stamp;
+
 } // namespace
 
-const char* verify_tree(const NODE* tree) { return check_tree(tree, INIT_ROOT); }
-const char* verify_statement(const NODE* tree) { return check_tree(tree, STATEMENT); }
+const char* verify_tree(const NODE* tree) {
+  return check_tree(tree, INIT_ROOT);
+}
+const char* verify_statement(const NODE* tree) {
+  return check_tree(tree, STATEMENT);
+}
 
 void verify_function(const char* step) {
   if (currfuninfo && currfuninfo->bb_list) FUNCTION_CHECK(step).run();
 }
 
 #ifdef VRX_CHECKS
-void verify_after(const char* step) { verify_function(step); }
+void verify_after(const char* step) {
+  verify_function(step);
+}
 #else
 void verify_after(const char*) {}
 #endif

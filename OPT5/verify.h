@@ -8,9 +8,9 @@
 const char* verify_tree(const NODE* tree);
 // The same for the root of a statement.
 const char* verify_statement(const NODE* tree);
-// Checks the current function: its trees, nothing shared or erased, labels, edges and branches agree,
-// locals are on the function's lists. A fault ends the run with a message that names the step, the
-// function and the statement.
+// Checks the current function: its trees, nothing shared or erased, labels, edges and branches
+// agree, locals are on the function's lists. A fault ends the run with a message that names the
+// step, the function and the statement.
 void verify_function(const char* step);
 // verify_function in test builds, nothing in others.
 void verify_after(const char* step);

@@ -29,7 +29,9 @@ static void log_control(const char* mnemonic, int tag, PSN* psn) {
                  mnemonic);
 }
 
-void wrstcr(int tag, PSN* psn) { o_file->if_write_control(tag, psn); }
+void wrstcr(int tag, PSN* psn) {
+  o_file->if_write_control(tag, psn);
+}
 
 void wrasmr(int code, const char* text, PSN* psn) {
   print_if_debug("%s\n", text);
@@ -48,7 +50,8 @@ void wrbdlr(LBL* label) {
 static void check_before_writing(const NODE* tree) {
   walk_preorder(tree, [](const NODE* p) {
     if (p->op >= FIRST_MEMORY_OP || !if_node_info[p->op].name) {
-      const char* name = p->op < OPCODE_COUNT && node_operator_name[p->op] ? node_operator_name[p->op] : "?";
+      const char* name =
+          p->op < OPCODE_COUNT && node_operator_name[p->op] ? node_operator_name[p->op] : "?";
       print_if_debug("\n\n   !!! Error in 'wrtree', opcode=%d %s !!!\n", p->op, name);
       fprintf(stderr, "\n\n   !!! Error in 'wrtree', opcode=%d %s !!!\n", p->op, name);
       abort_optimizer();
@@ -62,7 +65,8 @@ static void check_before_writing(const NODE* tree) {
       }
     }
     const bool lane_wise = p->op >= PLUS && p->op <= XORBASG && p->right && p->op != UMULT;
-    if (lane_wise && p->type->is_vector()) CHECK(p->type->is_vector() && p->left->type->is_vector());
+    if (lane_wise && p->type->is_vector())
+      CHECK(p->type->is_vector() && p->left->type->is_vector());
     return true;
   });
 }
@@ -76,13 +80,16 @@ void wrexpr(LIST* stmt) {
   NODE* tree = stmt->tree;
   switch (tree->op) {
   case ASM:
-    if (tree->node_flags[NF_COMMENT]) o_file->if_write_comment(tree->text);
-    else wrasmr(36, tree->text, stmt->psn);
+    if (tree->node_flags[NF_COMMENT])
+      o_file->if_write_comment(tree->text);
+    else
+      wrasmr(36, tree->text, stmt->psn);
     return;
   case PPRAGMA:
     print_if_debug("%c[Pragma] %d %d", '^', tree->pragma->kind,
                    static_cast<int>(tree->pragma->args.size()));
-    for (const std::string& arg : tree->pragma->args) print_if_debug(" %s", arg.c_str());
+    for (const std::string& arg : tree->pragma->args)
+      print_if_debug(" %s", arg.c_str());
     print_if_debug("\n");
     o_file->if_write_pragma(tree->pragma);
     return;
@@ -131,7 +138,8 @@ static void lower_control_statements() {
   for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
     LIST** place = &bb->statements;
     bool returned = false;
-    for (; *place && (*place)->next; place = &(*place)->next) returned = (*place)->tree->op == RETURN;
+    for (; *place && (*place)->next; place = &(*place)->next)
+      returned = (*place)->tree->op == RETURN;
     LIST* last = *place;
     if (!last) continue;
     NODE* tree = last->tree;
@@ -146,19 +154,22 @@ static void lower_control_statements() {
 
 static bool falls_through(const BBLK* bb) {
   const LIST* last = bb->last_statement();
-  return !last || (last->tree->op != BRANCH && last->tree->op != RETURN && last->tree->op != URETURN &&
-                   last->tree->op != SWITCH);
+  return !last || (last->tree->op != BRANCH && last->tree->op != RETURN &&
+                   last->tree->op != URETURN && last->tree->op != SWITCH);
 }
 
 static void log_block(const BBLK* bb) {
   if (!print_debug) return;
   print_if_debug("\n++++(WRBBLOCKS): START NEXT BB, UON=%d, DFN=%d\n", bb->uon, bb->dfn);
   if (bb->label)
-    print_if_debug("\tLABEL, INDEX=%d, REFCOUNT=%d, NAME=<NONE>\n", bb->label->number, bb->label->refcount);
+    print_if_debug("\tLABEL, INDEX=%d, REFCOUNT=%d, NAME=<NONE>\n", bb->label->number,
+                   bb->label->refcount);
   print_if_debug("\tPREDECESSORS = ( ");
-  for (const EDGE* e = bb->predecessors; e; e = e->rest) print_if_debug("%d ", e->first->dfn);
+  for (const EDGE* e = bb->predecessors; e; e = e->rest)
+    print_if_debug("%d ", e->first->dfn);
   print_if_debug(")\n\tSUCCESSORS =   ( ");
-  for (const EDGE* e = bb->successors; e; e = e->rest) print_if_debug("%d ", e->first->dfn);
+  for (const EDGE* e = bb->successors; e; e = e->rest)
+    print_if_debug("%d ", e->first->dfn);
   print_if_debug(")\n\tLOOP DEPTH = %d\n", 0);
 }
 
@@ -226,10 +237,13 @@ static void write_exception_table(FUNINFO* fi) {
   for (unsigned i = 0; i < eht.size(); i++) {
     CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
     if (!kept[i]) continue;
+    if (eht[i].cleanup) eht[i].cleanup = insert_mandatory_casts(unsimplify_tree(eht[i].cleanup));
     new_ids[i] = static_cast<unsigned>(out.size());
-    out.push_back({new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
+    out.push_back(
+        {new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
   }
-  for (EHT_ENTRY& entry : out) entry.region = new_ids[entry.region];
+  for (EHT_ENTRY& entry : out)
+    entry.region = new_ids[entry.region];
   each_call([&](NODE* call) {
     if (call->eh_entry == 0 || call->eh_entry >= eht.size()) return;
     CHECK(new_ids[eht[call->eh_entry].id] != 0);
@@ -243,7 +257,8 @@ static void write_exception_table(FUNINFO* fi) {
 
 void write_func_header() {
   FUNINFO* fi = currfuninfo;
-  for (const std::string& comment : fi->header_comments) o_file->if_write_comment(comment.c_str());
+  for (const std::string& comment : fi->header_comments)
+    o_file->if_write_comment(comment.c_str());
   log_control("I_BF", TAG_BEGIN_FUNC, fi->begin_psn);
   o_file->if_write_begin_func(fi->symbol, fi->begin_psn);
 }
@@ -261,7 +276,8 @@ void write_func_body() {
     if (sym->level == 1 && sym->in_interface) params.push_back(sym);
   std::sort(params.begin(), params.end(),
             [](const SYMTAB* a, const SYMTAB* b) { return a->serial < b->serial; });
-  for (SYMTAB* sym : params) write_local(sym);
+  for (SYMTAB* sym : params)
+    write_local(sym);
   log_control("I_EA", TAG_END_ARGS, fi->end_args_psn);
   o_file->if_write_end_args(fi->end_args_psn);
 
@@ -348,7 +364,8 @@ void output_function() {
     unsimplify();
     disguise_vector_operations();
     for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-      for (LIST* s = bb->statements; s; s = s->next) walk_postorder(s->tree, drop_implicit_state);
+      for (LIST* s = bb->statements; s; s = s->next)
+        walk_postorder(s->tree, drop_implicit_state);
     finalize_dd_edges();
     disclose_vector_operations(false);
     write_func_body();
@@ -366,7 +383,8 @@ static constexpr unsigned KEEP_VISIBLE =
     FP_OUT_OF_ORDER | FP_MAIN | FP_VISIBLE_1000 | FP_VISIBLE_2000 | FP_VISIBLE_200;
 
 static void decide_linkage(SYMTAB* sym) {
-  if (sym->type_changed) sym->sclass = sym->sclass == SC_EXTERN ? SC_EXTERN_TYPE_CHANGED : SC_TYPE_CHANGED;
+  if (sym->type_changed)
+    sym->sclass = sym->sclass == SC_EXTERN ? SC_EXTERN_TYPE_CHANGED : SC_TYPE_CHANGED;
   revert_symbol_type(sym);
   if (sym->wants_J_pragma) {
     auto* pragma = new PRAGMA;
@@ -377,11 +395,13 @@ static void decide_linkage(SYMTAB* sym) {
   if (sym->sclass != SC_EXTERN && sym->sclass != SC_STATIC) return;
   const bool is_function = sym->type->is_func();
   const bool is_static = sym->sclass == SC_STATIC;
-  const bool hidden_ok = is_function ? no_outside_callers || is_static : is_static && no_outside_writers;
+  const bool hidden_ok =
+      is_function ? no_outside_callers || is_static : is_static && no_outside_writers;
   if (sym->policy == I_SYMTAB::ALWAYS || (sym->policy == I_SYMTAB::DEFAULT_C && !hidden_ok)) return;
   if (is_function) {
     FUNINFO* fi = find_FUNINFO(sym);
-    if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE)) sym->policy = I_SYMTAB::NEVER;
+    if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE))
+      sym->policy = I_SYMTAB::NEVER;
   } else if (!(sym->cqual & CQ_TOP)) {
     sym->policy = I_SYMTAB::NEVER;
   }
@@ -404,42 +424,49 @@ static void log_pragma(const PRAGMA* p) {
   case ':': print_if_debug("\t  Symbol pragma: SYMBOL IS CLASS MEMBER\n"); break;
   case 'E': print_if_debug("\t  Symbol pragma: COMDAT GROUP %s\n", arg); break;
   case 'G':
-    print_if_debug("\t  Symbol pragma: SYMBOL IS %s\n", strcmp(arg, "C") == 0   ? "CONSTRUCTOR"
-                                                       : strcmp(arg, "D") == 0 ? "DESTRUCTOR"
-                                                                               : "CONSTRUCTOR/DESTRUCTOR");
+    print_if_debug("\t  Symbol pragma: SYMBOL IS %s\n", strcmp(arg, "C") == 0 ? "CONSTRUCTOR"
+                                                        : strcmp(arg, "D") == 0
+                                                            ? "DESTRUCTOR"
+                                                            : "CONSTRUCTOR/DESTRUCTOR");
     break;
   case 'K':
     print_if_debug("\t  Symbol pragma: EXCEPTION SPEC: (");
-    for (const std::string& a : p->args) print_if_debug(" %s", a.c_str());
+    for (const std::string& a : p->args)
+      print_if_debug(" %s", a.c_str());
     print_if_debug(" )\n");
     break;
   case 'N': print_if_debug("\t  Symbol pragma: SYMBOL IS FUNCTION SYNONYM of %s\n", arg); break;
   case 'Q': print_if_debug("\t  Symbol pragma: FUNC_RET_BY_CCTOR\n"); break;
   case 'X': print_if_debug("\t  Symbol pragma: FUNCTION ALWAYS INLINE\n"); break;
   default:
-    print_if_debug("\t  Symbol pragma #%d has %d arguments:", p->kind, static_cast<int>(p->args.size()));
-    for (const std::string& a : p->args) print_if_debug(" %s", a.c_str());
+    print_if_debug("\t  Symbol pragma #%d has %d arguments:", p->kind,
+                   static_cast<int>(p->args.size()));
+    for (const std::string& a : p->args)
+      print_if_debug(" %s", a.c_str());
     print_if_debug("\n");
   }
 }
 
 void finish_global_symbols() {
-  for (SYMTAB* sym = global_symbols; sym; sym = sym->next) decide_linkage(sym);
+  for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
+    decide_linkage(sym);
   bool first = true;
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next) {
     if (first)
-      print_if_debug("\n\f\nGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
-                     "policy;\n");
+      print_if_debug(
+          "\n\f\nGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
+          "policy;\n");
     first = false;
     if (print_debug) log_global(sym);
     if (!sym->init_list.empty()) {
       o_file->if_write_init(sym);
       for (NODE*& tree : sym->init_list) {
-        tree = insert_mandatory_casts(tree);
+        tree = insert_mandatory_casts(unsimplify_tree(tree));
         wrtree(tree);
       }
     }
     if (print_debug)
-      for (const PRAGMA* p = sym->pragmas; p; p = p->next) log_pragma(p);
+      for (const PRAGMA* p = sym->pragmas; p; p = p->next)
+        log_pragma(p);
   }
 }

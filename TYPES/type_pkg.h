@@ -20,31 +20,67 @@ struct INT65;
 
 // A member of a class-like type.
 struct fkMDATA {
-  const char* name = "";     // interned
+  const char* name = ""; // interned
   TYPE* type = nullptr;
-  TYPE* owner = nullptr;     // the class
-  unsigned number = 0;       // member number, unique within the class
+  TYPE* owner = nullptr; // the class
+  unsigned number = 0;   // member number, unique within the class
   int access = 0;
-  long bit_offset = 0;       // from the start of the class
-  unsigned bit_size = 0;     // width of a bit-field, 0 for a plain member
+  long bit_offset = 0;   // from the start of the class
+  unsigned bit_size = 0; // width of a bit-field, 0 for a plain member
   unsigned fixed_type_id = 0;
-  bool flags[3] = {};        // as in the file's record
+  bool flags[3] = {}; // as in the file's record
   PSN* psn = nullptr;
   bool is_bitfield() const { return bit_size != 0; }
 };
 
 // The other elements of class-like types, kept as the file gives them.
-struct TYPE_BASE_CLASS { TYPE* type; long offset; int access; bool is_virtual; };
-struct TYPE_ACCESS_DECL { unsigned word; int access; };
-struct TYPE_FRIEND_FUNC { const char* name; TYPE* type; };
-struct TYPE_STATIC_MEMBER { const char* name; TYPE* type; int access; };
-struct TYPE_MEMBER_FUNC { const char* name; TYPE* type; int access; long vtable_index; bool flags[4]; };
-struct TYPE_ENUMERATOR { const char* name; long value; PSN* psn; }; // value as its 64 bits
-struct TYPE_PARAM { TYPE* type; unsigned flags; const char* name; };
+struct TYPE_BASE_CLASS {
+  TYPE* type;
+  long offset;
+  int access;
+  bool is_virtual;
+};
+struct TYPE_ACCESS_DECL {
+  unsigned word;
+  int access;
+};
+struct TYPE_FRIEND_FUNC {
+  const char* name;
+  TYPE* type;
+};
+struct TYPE_STATIC_MEMBER {
+  const char* name;
+  TYPE* type;
+  int access;
+};
+struct TYPE_MEMBER_FUNC {
+  const char* name;
+  TYPE* type;
+  int access;
+  long vtable_index;
+  bool flags[4];
+};
+struct TYPE_ENUMERATOR {
+  const char* name;
+  long value;
+  PSN* psn;
+}; // value as its 64 bits
+struct TYPE_PARAM {
+  TYPE* type;
+  unsigned flags;
+  const char* name;
+};
 
 // Kind-specific records ("subparts").
-struct TYPEDEF_PARTS { const char* name; bool hidden, lowered; PSN* psn; };
-struct ARRAY_PARTS { unsigned long count; bool hidden, complete, is_vector, is_bool_vector; };
+struct TYPEDEF_PARTS {
+  const char* name;
+  bool hidden, lowered;
+  PSN* psn;
+};
+struct ARRAY_PARTS {
+  unsigned long count;
+  bool hidden, complete, is_vector, is_bool_vector;
+};
 struct FUNC_PARTS {
   std::vector<TYPE_PARAM> params;
   bool is_prototyped, is_variadic; // the record's two bools, in this order
@@ -63,7 +99,7 @@ struct CSU_PARTS {
   unsigned long vtable_size;
   bool has_long_form; // the file gave (or the maker made) the long form
   PSN* psn;
-  std::vector<fkMDATA*> members;                    // owned, in order
+  std::vector<fkMDATA*> members; // owned, in order
   std::map<unsigned, fkMDATA*> member_by_number;
   std::vector<TYPE_BASE_CLASS> bases;
   std::vector<TYPE_ACCESS_DECL> access_decls;
@@ -78,13 +114,39 @@ struct CSU_PARTS {
 class TYPE {
 public:
   enum KIND : int {
-    K_VOID, K_INT, K_FLOAT, K_FIXED, K_COMPLEX, K_POINTER, K_REFERENCE, K_QUALIFIED, K_TYPEDEF,
-    K_ARRAY, K_PTM, K_FUNC, K_ENUM, K_CLASS, K_STRUCT, K_UNION
+    K_VOID,
+    K_INT,
+    K_FLOAT,
+    K_FIXED,
+    K_COMPLEX,
+    K_POINTER,
+    K_REFERENCE,
+    K_QUALIFIED,
+    K_TYPEDEF,
+    K_ARRAY,
+    K_PTM,
+    K_FUNC,
+    K_ENUM,
+    K_CLASS,
+    K_STRUCT,
+    K_UNION
   };
   // Slots of the basic integer types; also the file's codes by way of ekind().
   enum IKIND : int {
-    I_BOOL, I_SCHAR, I_UCHAR, I_WCHAR, I_SHORT, I_USHORT, I_INT, I_UINT, I_ALIAS_LONG,
-    I_ALIAS_ULONG, I_LONG, I_ULONG, I_LLONG, I_ULLONG
+    I_BOOL,
+    I_SCHAR,
+    I_UCHAR,
+    I_WCHAR,
+    I_SHORT,
+    I_USHORT,
+    I_INT,
+    I_UINT,
+    I_ALIAS_LONG,
+    I_ALIAS_ULONG,
+    I_LONG,
+    I_ULONG,
+    I_LLONG,
+    I_ULLONG
   };
   enum FKIND : int { F_FLOAT, F_DOUBLE, F_LDOUBLE };
   enum CC_KIND : int { CC_C };
@@ -105,15 +167,16 @@ public:
   TYPE* normalized = nullptr; // cache, under mk_ptr_lock; use normalized_type()
   unsigned flags = 0;         // IKIND or FKIND in the low bits, see below
   unsigned session_mark = 0;
-  void* subparts = nullptr;   // by kind: TYPEDEF_PARTS, ARRAY_PARTS, FUNC_PARTS, ENUM_PARTS, CSU_PARTS
-  const char* name = "";      // interned
+  void* subparts =
+      nullptr;           // by kind: TYPEDEF_PARTS, ARRAY_PARTS, FUNC_PARTS, ENUM_PARTS, CSU_PARTS
+  const char* name = ""; // interned
   std::map<std::string, BASED_TYPE_CONTAINER>* based_types = nullptr;
-  TYPE* extra = nullptr;      // class of a pointer to member
-  bool frozen = false;        // never handed out as the twin of a new type
-  TYPE* pointer = nullptr;    // cache of mk_ptr, under mk_ptr_lock
+  TYPE* extra = nullptr;   // class of a pointer to member
+  bool frozen = false;     // never handed out as the twin of a new type
+  TYPE* pointer = nullptr; // cache of mk_ptr, under mk_ptr_lock
 
-  unsigned file_number = 0;   // scratch of the file layer: number in the output, 0 for none
-  unsigned file_marks = 0;    // scratch of the file layer
+  unsigned file_number = 0; // scratch of the file layer: number in the output, 0 for none
+  unsigned file_marks = 0;  // scratch of the file layer
 
   explicit TYPE(KIND);
   virtual ~TYPE();
@@ -134,9 +197,11 @@ public:
   bool is_func() const { return base_kind() == K_FUNC; }
   bool is_csu() const { return unsigned(base_kind()) - K_CLASS < 3; } // class, struct or union
   bool is_union() const { return base_kind() == K_UNION; }
-  bool is_scalar() const { return is_int_or_enum() || is_float() || is_pointer() || base_kind() == K_FIXED; }
-  bool is_bool() const;      // the boolean integer
-  bool is_signed() const;    // integers (through enumerations) and floats; false for pointers
+  bool is_scalar() const {
+    return is_int_or_enum() || is_float() || is_pointer() || base_kind() == K_FIXED;
+  }
+  bool is_bool() const;   // the boolean integer
+  bool is_signed() const; // integers (through enumerations) and floats; false for pointers
   bool is_const() const { return qual_kind(true) & Q_CONST; }
   bool is_volatile() const { return qual_kind(true) & Q_VOLATILE; }
 
@@ -153,12 +218,12 @@ public:
   // The type by which two types are compared for sameness of representation: no typedefs or
   // qualifiers, and one representative for integer types of one width and signedness.
   TYPE* normalized_type();
-  TYPE* enum_underlying() const; // integer type of an enumeration
-  int rank() const;          // conversion rank of an integer kind; dies on other kinds
-  TYPE::IKIND ikind() const; // of this integer node
-  TYPE::FKIND fkind() const; // of this floating node
-  int fraction() const;      // fraction bits of this fixed-point node
-  int ekind() const;         // code of a basic kind for the file's table
+  TYPE* enum_underlying() const;      // integer type of an enumeration
+  int rank() const;                   // conversion rank of an integer kind; dies on other kinds
+  TYPE::IKIND ikind() const;          // of this integer node
+  TYPE::FKIND fkind() const;          // of this floating node
+  int fraction() const;               // fraction bits of this fixed-point node
+  int ekind() const;                  // code of a basic kind for the file's table
   unsigned long storage_size() const; // bits, rounded up to whole units
   bool is_complete() const;
 
@@ -170,7 +235,7 @@ public:
   // Kind-specific record of this very node; dies with "Bad kind:  TYPE::getr()" on a mismatch.
   void* getr(int kind) const;
 
-  std::string str() const;   // C-like spelling, for messages
+  std::string str() const; // C-like spelling, for messages
 };
 
 class TYPE_PKG {
@@ -185,8 +250,8 @@ public:
 
   TYPE* basic[19] = {}; // slots by TYPE::IKIND, then float, double, long double, void, void*
 
-  // Makes a package, counts it in tp_count, and makes it `tp` if there is none. Deleting the package
-  // deletes all its types.
+  // Makes a package, counts it in tp_count, and makes it `tp` if there is none. Deleting the
+  // package deletes all its types.
   static TYPE_PKG* init_type_pkg();
   ~TYPE_PKG();
   void update_basic_types();
@@ -241,8 +306,8 @@ public:
   TYPE* remove_known_qual(TYPE* t, unsigned char qual);
   // An array of as many of the other elements, or a vector of them.
   TYPE* replace_array_elem(TYPE* array, TYPE* elem);
-  // C's rules. Types that they don't cover come back without typedefs and qualifiers; the second dies
-  // on operands that are not arithmetic.
+  // C's rules. Types that they don't cover come back without typedefs and qualifiers; the second
+  // dies on operands that are not arithmetic.
   TYPE* c_integral_promotions(TYPE* t);
   TYPE* c_usual_arith_conv(TYPE* a, TYPE* b);
 

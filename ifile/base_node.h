@@ -1,5 +1,6 @@
 // A tree node as the file layer sees it. The optimiser's NODE and the C front end's trees derive
-// from it; the reader makes nodes through new_node, which the program that links this layer supplies.
+// from it; the reader makes nodes through new_node, which the program that links this layer
+// supplies.
 #pragma once
 
 #include "ifile/opcodes.h"

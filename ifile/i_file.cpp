@@ -132,7 +132,8 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
       for (OPTION_SET* set : option_sets) {
         i_write_uint(set->number);
         i_write_uint(set->strings.size());
-        for (const std::string& s : set->strings) i_write_string(s.c_str());
+        for (const std::string& s : set->strings)
+          i_write_string(s.c_str());
         i_flush(TAG_OPTION_SET);
       }
       i_write_eof();
@@ -150,7 +151,8 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
     failed = written > 0xFFFFFFFFul || fseek(fp, base, SEEK_SET) != 0;
     write_header();
   }
-  for (OPTION_SET* set : option_sets) delete set;
+  for (OPTION_SET* set : option_sets)
+    delete set;
   option_sets.clear();
   types.clear();
   file_names.clear();
@@ -168,21 +170,26 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
 }
 
 I_FILE::~I_FILE() {
-  for (OPTION_SET* set : option_sets) delete set;
+  for (OPTION_SET* set : option_sets)
+    delete set;
   if (fp) fclose(fp);
 }
 
 // ---------------------------------------------------------------------------------------------
 // Positions
 
-unsigned long I_FILE::if_tell() const { return writing ? written : pos; }
+unsigned long I_FILE::if_tell() const {
+  return writing ? written : pos;
+}
 
 void I_FILE::if_seek(unsigned long offset) {
   if (offset > file_size) if_die(INVALID_RECORD);
   pos = offset;
 }
 
-void I_FILE::if_flush() { fflush(fp); }
+void I_FILE::if_flush() {
+  fflush(fp);
+}
 
 void I_FILE::need(unsigned long n) const {
   if (n > bytes_left()) if_die(INVALID_RECORD);
@@ -223,23 +230,33 @@ void I_FILE::end_record() {
   pos = record_end;
 }
 
-unsigned I_FILE::i_read_u8() { return static_cast<unsigned>(get_byte()) & 0xFF; }
-int I_FILE::i_read_s8() { return static_cast<signed char>(get_byte()); }
-bool I_FILE::i_read_bool() { return get_byte() != 0; }
+unsigned I_FILE::i_read_u8() {
+  return static_cast<unsigned>(get_byte()) & 0xFF;
+}
+int I_FILE::i_read_s8() {
+  return static_cast<signed char>(get_byte());
+}
+bool I_FILE::i_read_bool() {
+  return get_byte() != 0;
+}
 
 unsigned I_FILE::i_read_u16() {
   unsigned low = i_read_u8();
   return low | i_read_u8() << 8;
 }
 
-int I_FILE::i_read_s16() { return static_cast<int16_t>(i_read_u16()); }
+int I_FILE::i_read_s16() {
+  return static_cast<int16_t>(i_read_u16());
+}
 
 uint32_t I_FILE::i_read_u32() {
   uint32_t low = i_read_u16();
   return low | static_cast<uint32_t>(i_read_u16()) << 16;
 }
 
-int32_t I_FILE::i_read_s32() { return static_cast<int32_t>(i_read_u32()); }
+int32_t I_FILE::i_read_s32() {
+  return static_cast<int32_t>(i_read_u32());
+}
 
 unsigned long I_FILE::i_read_uint() {
   unsigned long value = 0;
@@ -321,8 +338,12 @@ void I_FILE::i_write_raw(const char* p, int n) {
              reinterpret_cast<const unsigned char*>(p) + n);
 }
 
-void I_FILE::i_write_i8(int v) { buf.push_back(static_cast<unsigned char>(v)); }
-void I_FILE::i_write_bool(bool v) { buf.push_back(v ? 1 : 0); }
+void I_FILE::i_write_i8(int v) {
+  buf.push_back(static_cast<unsigned char>(v));
+}
+void I_FILE::i_write_bool(bool v) {
+  buf.push_back(v ? 1 : 0);
+}
 
 void I_FILE::i_write_i16(int v) {
   if (v < -32768 || v > 65535) if_die(">> Value exceeds size of short");
@@ -331,7 +352,8 @@ void I_FILE::i_write_i16(int v) {
 }
 
 void I_FILE::i_write_i32(int v) {
-  for (int shift = 0; shift < 32; shift += 8) i_write_i8(v >> shift);
+  for (int shift = 0; shift < 32; shift += 8)
+    i_write_i8(v >> shift);
 }
 
 void I_FILE::i_write_uint(unsigned long v) {
@@ -353,8 +375,10 @@ void I_FILE::i_write_sint(long v) {
 }
 
 void I_FILE::i_write_string(const char* text, int n) {
-  if (n >= 0) i_write_raw(text, n);
-  else i_write_raw(text, static_cast<int>(strlen(text)) + 1);
+  if (n >= 0)
+    i_write_raw(text, n);
+  else
+    i_write_raw(text, static_cast<int>(strlen(text)) + 1);
 }
 
 void I_FILE::i_write_psn(PSN* psn) {
@@ -371,7 +395,8 @@ void I_FILE::i_flush(int tag) {
   unsigned char head[11] = {static_cast<unsigned char>(tag)};
   int n = 1;
   unsigned long length = buf.size();
-  for (; length >= 0x80; length >>= 7) head[n++] = static_cast<unsigned char>(length | 0x80);
+  for (; length >= 0x80; length >>= 7)
+    head[n++] = static_cast<unsigned char>(length | 0x80);
   head[n++] = static_cast<unsigned char>(length);
   put_bytes(head, n);
   put_bytes(buf.data(), buf.size());
@@ -430,7 +455,8 @@ void I_FILE::read_options() {
     set->number = static_cast<unsigned>(i_read_uint());
     unsigned long count = i_read_uint();
     need(count); // a string takes a byte at least
-    for (; count; count--) set->strings.emplace_back(i_read_string());
+    for (; count; count--)
+      set->strings.emplace_back(i_read_string());
     end_record();
   }
   pos = back;

@@ -27,13 +27,38 @@ constexpr int ICODE_CPU_ID = 600;
 constexpr unsigned NO_SYMBOL_LEVEL = 0xFFFFFFFFu;
 
 enum ICODE_TAG {
-  TAG_BEGIN_FUNC = 1, TAG_END_FUNC = 2, TAG_BEGIN_BLOCK = 3, TAG_END_BLOCK = 4, TAG_END_ARGS = 5,
-  TAG_END_LOCALS = 6, TAG_HEADER = 8, TAG_LIR = 34, TAG_SYMBOL = 35, TAG_ASM = 36,
-  TAG_LOOP_DEF = 38, TAG_LABEL = 42, TAG_MBANK = 45, TAG_EXPR = 46, TAG_COMMENT = 47,
-  TAG_DD_EDGE = 58, TAG_DD_VECTOR = 59, TAG_CATCH = 63, TAG_FUNC_INFO = 64, TAG_EHT_ENTRY = 91,
-  TAG_EHT = 93, TAG_PRAGMA = 94, TAG_NODE = 101, TAG_INIT = 105, TAG_LDSPEC = 108,
-  TAG_OPTION_SET = 111, TAG_TYPE = 116, TAG_IR_FUNC = 123, TAG_IN_LOOP = 124, TAG_IR_END = 125,
-  TAG_FILE_NAME = 126, TAG_EOF = 255
+  TAG_BEGIN_FUNC = 1,
+  TAG_END_FUNC = 2,
+  TAG_BEGIN_BLOCK = 3,
+  TAG_END_BLOCK = 4,
+  TAG_END_ARGS = 5,
+  TAG_END_LOCALS = 6,
+  TAG_HEADER = 8,
+  TAG_LIR = 34,
+  TAG_SYMBOL = 35,
+  TAG_ASM = 36,
+  TAG_LOOP_DEF = 38,
+  TAG_LABEL = 42,
+  TAG_MBANK = 45,
+  TAG_EXPR = 46,
+  TAG_COMMENT = 47,
+  TAG_DD_EDGE = 58,
+  TAG_DD_VECTOR = 59,
+  TAG_CATCH = 63,
+  TAG_FUNC_INFO = 64,
+  TAG_EHT_ENTRY = 91,
+  TAG_EHT = 93,
+  TAG_PRAGMA = 94,
+  TAG_NODE = 101,
+  TAG_INIT = 105,
+  TAG_LDSPEC = 108,
+  TAG_OPTION_SET = 111,
+  TAG_TYPE = 116,
+  TAG_IR_FUNC = 123,
+  TAG_IN_LOOP = 124,
+  TAG_IR_END = 125,
+  TAG_FILE_NAME = 126,
+  TAG_EOF = 255
 };
 
 struct OPTION_SET {
@@ -44,10 +69,11 @@ struct OPTION_SET {
 // What the reader keeps for a type number.
 struct TYPE_INFO {
   TYPE* type = nullptr;
-  unsigned depth = 0;       // how many derivations it stands on; bounded against hostile input
-  int open_list = -1;       // kind of the list being read, -1 for none
+  unsigned depth = 0;        // how many derivations it stands on; bounded against hostile input
+  int open_list = -1;        // kind of the list being read, -1 for none
   bool complete_def = false; // defined, and not just by a class's short form
-  // A function type whose parameters are being read; `type` is null until the first use of its number.
+  // A function type whose parameters are being read; `type` is null until the first use of its
+  // number.
   std::shared_ptr<FUNC_PARTS> unfinished;
   TYPE* return_type = nullptr;
 };
@@ -103,7 +129,7 @@ public:
   int if_close(bool named_types_too, bool abandon);
   void if_copy_raw(unsigned long offset, unsigned long length, I_FILE* from);
   void if_copy_symbols(I_FILE* from); // enter the globals of `from`, under the same indices
-  bool if_check_lengths();            // walk all records of the function stream; false on a bad frame
+  bool if_check_lengths(); // walk all records of the function stream; false on a bad frame
   void if_enter_option_set(const OPTION_SET& set);
   void if_enter_option_set(unsigned number, unsigned count, char** strings);
 
@@ -185,7 +211,8 @@ public:
   void if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n);
   void if_write_dep_edge(int from, int to, int kind);
   void if_write_mbank(int a, int b, int c, int d, int e);
-  void if_write_ldspec_induct(unsigned id, unsigned a, long stride, TYPE* type, int sym, unsigned b);
+  void if_write_ldspec_induct(unsigned id, unsigned a, long stride, TYPE* type, int sym,
+                              unsigned b);
   void if_write_ldspec_rand(unsigned id, unsigned a, unsigned b, TYPE* type, int sym, unsigned c);
   void if_write_ldspec_region(unsigned id, unsigned label_id);
   void if_write_func_eht(EHT_ENTRY* entries, unsigned count);
@@ -207,7 +234,7 @@ private:
   std::vector<char> text_buffer;
 
   std::vector<unsigned char> buf;
-  unsigned long written = 0; // bytes written so far, from base
+  unsigned long written = 0;                              // bytes written so far, from base
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
   std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
   std::vector<char> type_is_written; // by the same index

@@ -4,6 +4,7 @@
 #include "DIAG/abort.h"
 #include "TYPES/type_pkg.h"
 #include "ifile/i_file.h"
+#include "support/small_stack.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -18,10 +19,14 @@ static int floating_comparison(int op) {
   switch (op) {
   case EQ: return FEQ;
   case NEQ: return FNEQN; // true for an unordered pair, as C's != is
-  case LE: case ULE: return FLE;
-  case LT: case ULT: return FLT;
-  case GE: case UGE: return FGE;
-  case GT: case UGT: return FGT;
+  case LE:
+  case ULE: return FLE;
+  case LT:
+  case ULT: return FLT;
+  case GE:
+  case UGE: return FGE;
+  case GT:
+  case UGT: return FGT;
   default: return op;
   }
 }
@@ -77,7 +82,10 @@ BASE_NODE* I_FILE::read_node_payload(int op, TYPE* type) {
     node->mk_ddnode(id, locale, static_cast<int>(i_read_u8()));
     break;
   }
-  case ICALL: case UICALL: case MCALL: case UMCALL: node->mk_icall(i_read_string()); break;
+  case ICALL:
+  case UICALL:
+  case MCALL:
+  case UMCALL: node->mk_icall(i_read_string()); break;
   case VREG: node->mk_vreg(static_cast<int>(i_read_sint())); break;
   default: break;
   }
@@ -96,7 +104,7 @@ struct OPEN_NODE {
 } // namespace
 
 BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
-  std::vector<OPEN_NODE> open;
+  small_stack<OPEN_NODE> open;
   for (;;) {
     int tag = TAG_NODE, len;
     if (with_header) i_read_header(tag, len);
@@ -105,13 +113,14 @@ BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
     int op = static_cast<int>(i_read_u8());
     if (op >= FIRST_MEMORY_OP || !if_node_info[op].name) if_die(INVALID_RECORD);
     TYPE* type = i_read_typeref();
-    int right_depth =
-        open.empty() ? 0 : open.back().right_depth + (open.back().got == 1 ? 1 : 0);
+    int right_depth = open.empty() ? 0 : open.back().right_depth + (open.back().got == 1 ? 1 : 0);
     if (right_depth > MAX_RIGHT_DEPTH) if_die(INVALID_RECORD);
 
     OPEN_NODE next{nullptr, 0, if_node_info[op].operands, 0, right_depth, nullptr};
-    if (op == EPVAL) next.profile = static_cast<unsigned>(i_read_uint());
-    else next.node = read_node_payload(op, type);
+    if (op == EPVAL)
+      next.profile = static_cast<unsigned>(i_read_uint());
+    else
+      next.node = read_node_payload(op, type);
     end_record();
     open.push_back(next);
 
@@ -129,8 +138,10 @@ BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
       }
       if (open.empty()) return result;
       OPEN_NODE& parent = open.back();
-      if (parent.node) parent.node->set_operand(parent.got, result);
-      else parent.value = result;
+      if (parent.node)
+        parent.node->set_operand(parent.got, result);
+      else
+        parent.value = result;
       parent.got++;
     }
   }
@@ -144,7 +155,8 @@ void I_FILE::if_read_expr_header() {
 
 // Pre-order with an explicit stack: left spines may be long.
 void I_FILE::if_write_expr_node(BASE_NODE* tree) {
-  std::vector<BASE_NODE*> pending{tree};
+  small_stack<BASE_NODE*> pending;
+  pending.push_back(tree);
   while (!pending.empty()) {
     BASE_NODE* node = pending.back();
     pending.pop_back();
@@ -159,8 +171,10 @@ void I_FILE::if_write_expr_node(BASE_NODE* tree) {
     const bool signed_type = node->type && node->type->is_signed();
     bool wide = false;
     if (op == ICON) {
-      if (signed_type) wide = node->icon_svalue() != static_cast<int32_t>(node->icon_svalue());
-      else wide = node->icon_uvalue() > 0xFFFFFFFFul;
+      if (signed_type)
+        wide = node->icon_svalue() != static_cast<int32_t>(node->icon_svalue());
+      else
+        wide = node->icon_uvalue() > 0xFFFFFFFFul;
       if (wide) op = LCON;
     }
     i_write_i8(op);
@@ -175,7 +189,8 @@ void I_FILE::if_write_expr_node(BASE_NODE* tree) {
         break;
       }
       if (sym->index == -1) {
-        std::string text = std::string(">> Symbol ") + sym->sym_name() + " is not in the symbol table";
+        std::string text =
+            std::string(">> Symbol ") + sym->sym_name() + " is not in the symbol table";
         if_die(text.c_str());
       }
       i_write_uint(sym->sym_level());
@@ -187,8 +202,10 @@ void I_FILE::if_write_expr_node(BASE_NODE* tree) {
       i_write_string(node->scon_value(), static_cast<int>(node->scon_length()));
       break;
     case ICON:
-      if (signed_type) i_write_sint(node->icon_svalue());
-      else i_write_uint(node->icon_uvalue());
+      if (signed_type)
+        i_write_sint(node->icon_svalue());
+      else
+        i_write_uint(node->icon_uvalue());
       break;
     case LCON: i_write_string(node->lcon_value()); break;
     case FCON: i_write_string(node->fcon_value()); break;
@@ -209,7 +226,10 @@ void I_FILE::if_write_expr_node(BASE_NODE* tree) {
       i_write_uint(static_cast<unsigned>(node->ddnode_locale()));
       i_write_i8(node->ddnode_flags());
       break;
-    case ICALL: case UICALL: case MCALL: case UMCALL: i_write_string(node->icall_name()); break;
+    case ICALL:
+    case UICALL:
+    case MCALL:
+    case UMCALL: i_write_string(node->icall_name()); break;
     case VREG: i_write_sint(node->vreg_id()); break;
     default: break;
     }
@@ -233,7 +253,8 @@ void I_FILE::if_read_init() {
   end_record();
   I_SYMTAB* sym = find_symref(0, index);
   std::list<BASE_NODE*> roots;
-  do roots.push_back(if_read_expr_node(true));
+  do
+    roots.push_back(if_read_expr_node(true));
   while (roots.back()->op != ENDINIT);
   sym->set_init_list(std::move(roots));
   client->cl_init(sym);
@@ -327,7 +348,8 @@ bool I_FILE::if_read_record() {
   }
   case TAG_MBANK: {
     int words[5];
-    for (int& word : words) word = static_cast<int>(i_read_uint());
+    for (int& word : words)
+      word = static_cast<int>(i_read_uint());
     client->cl_mbank(words[0], words[1], words[2], words[3], words[4]);
     break;
   }
@@ -362,9 +384,7 @@ bool I_FILE::if_read_record() {
     level = 0;
     client->cl_ir_end_func(i_read_psn());
     break;
-  default:
-    printf("\n///ERROR @0x%lx\n\n", at);
-    return true; // goes on right behind the header
+  default: printf("\n///ERROR @0x%lx\n\n", at); return true; // goes on right behind the header
   }
   end_record();
   return true;
@@ -403,7 +423,9 @@ void I_FILE::if_write_end_block(PSN* psn) {
   if_write_control(TAG_END_BLOCK, psn);
 }
 
-void I_FILE::if_write_end_locals(PSN* psn) { if_write_control(TAG_END_LOCALS, psn); }
+void I_FILE::if_write_end_locals(PSN* psn) {
+  if_write_control(TAG_END_LOCALS, psn);
+}
 
 void I_FILE::if_write_label(unsigned number) {
   i_write_uint(number);
@@ -460,12 +482,14 @@ void I_FILE::if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n) {
 }
 
 void I_FILE::if_write_dep_edge(int from, int to, int kind) {
-  for (int word : {from, to, kind}) i_write_uint(static_cast<unsigned>(word));
+  for (int word : {from, to, kind})
+    i_write_uint(static_cast<unsigned>(word));
   i_flush(TAG_DD_EDGE);
 }
 
 void I_FILE::if_write_mbank(int a, int b, int c, int d, int e) {
-  for (int word : {a, b, c, d, e}) i_write_uint(static_cast<unsigned>(word));
+  for (int word : {a, b, c, d, e})
+    i_write_uint(static_cast<unsigned>(word));
   i_flush(TAG_MBANK);
 }
 
@@ -574,7 +598,8 @@ void I_FILE::if_write_eht_hdr(unsigned count) {
 }
 
 void I_FILE::if_write_eht_entry(const EHT_ENTRY& entry) {
-  for (unsigned word : {entry.id, entry.kind, entry.region, entry.count}) i_write_uint(word);
+  for (unsigned word : {entry.id, entry.kind, entry.region, entry.count})
+    i_write_uint(word);
   i_flush(TAG_EHT_ENTRY);
 }
 
@@ -591,7 +616,9 @@ void I_FILE::if_write_func_eht(EHT_ENTRY* entries, unsigned count) {
   if_write_eht_hdr(count);
   for (unsigned k = 0; k < count; k++) {
     if_write_eht_entry(entries[k]);
-    if (entries[k].kind == EHK_CATCH) if_write_eht_catch_entry(*entries[k].catches);
-    else if (entries[k].kind == EHK_CLEANUP) if_write_expr(entries[k].cleanup, nullptr);
+    if (entries[k].kind == EHK_CATCH)
+      if_write_eht_catch_entry(*entries[k].catches);
+    else if (entries[k].kind == EHK_CLEANUP)
+      if_write_expr(entries[k].cleanup, nullptr);
   }
 }

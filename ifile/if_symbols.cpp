@@ -20,7 +20,8 @@ void I_FILE::if_enter_global(I_SYMTAB* sym) {
 }
 
 void I_FILE::if_copy_symbols(I_FILE* from) {
-  for (I_SYMTAB* sym : from->globals) if_enter_global(sym);
+  for (I_SYMTAB* sym : from->globals)
+    if_enter_global(sym);
 }
 
 I_SYMTAB* I_FILE::find_symref(unsigned ref_level, unsigned long index) {
@@ -51,8 +52,10 @@ I_SYMTAB* I_FILE::if_read_sym() {
   I_SYMTAB* sym = client->cl_symbol_create(name.data(), type, cpp_type, size, align, value, sclass,
                                            cqual, psn, location, option_set,
                                            static_cast<I_SYMTAB::RETENTION_POLICY>(policy));
-  if (level != 0) if_enter_local(sym);
-  else if_enter_global(sym);
+  if (level != 0)
+    if_enter_local(sym);
+  else
+    if_enter_global(sym);
 
   for (; pragma_count; pragma_count--) {
     int tag, len;
@@ -64,7 +67,9 @@ I_SYMTAB* I_FILE::if_read_sym() {
   return sym;
 }
 
-void I_FILE::if_read_symbol_def() { client->cl_symbol_def(if_read_sym()); }
+void I_FILE::if_read_symbol_def() {
+  client->cl_symbol_def(if_read_sym());
+}
 
 PRAGMA* I_FILE::if_read_pragma(I_SYMTAB* sym) {
   unsigned long kind = i_read_uint();
@@ -73,10 +78,13 @@ PRAGMA* I_FILE::if_read_pragma(I_SYMTAB* sym) {
   if (kind > INT32_MAX) if_die(INVALID_RECORD);
   auto* pragma = new PRAGMA;
   pragma->kind = static_cast<int>(kind);
-  for (; count; count--) pragma->args.emplace_back(i_read_string());
+  for (; count; count--)
+    pragma->args.emplace_back(i_read_string());
   if (sym) {
-    if (kind == 23 || kind == 52) sym->policy = I_SYMTAB::ALWAYS;
-    else if (kind == 59) sym->policy = I_SYMTAB::NEVER;
+    if (kind == 23 || kind == 52)
+      sym->policy = I_SYMTAB::ALWAYS;
+    else if (kind == 59)
+      sym->policy = I_SYMTAB::NEVER;
   }
   return pragma;
 }
@@ -96,19 +104,22 @@ void I_FILE::if_write_symbol(I_SYMTAB* sym) {
   i_write_psn(sym->sym_psn());
   i_write_i8(sym->policy);
   i_flush(TAG_SYMBOL);
-  for (const PRAGMA* p = sym->sym_pragma(); p; p = p->next) if_write_pragma(p);
+  for (const PRAGMA* p = sym->sym_pragma(); p; p = p->next)
+    if_write_pragma(p);
 }
 
 void I_FILE::if_write_pragma(const PRAGMA* pragma) {
   i_write_uint(pragma->kind);
   i_write_uint(pragma->args.size());
-  for (const std::string& arg : pragma->args) i_write_string(arg.c_str());
+  for (const std::string& arg : pragma->args)
+    i_write_string(arg.c_str());
   i_flush(TAG_PRAGMA);
 }
 
 void I_FILE::if_write_all_globals() {
   if (globals.empty()) return;
   globals_off = static_cast<uint32_t>(written);
-  for (I_SYMTAB* sym : globals) if_write_symbol(sym);
+  for (I_SYMTAB* sym : globals)
+    if_write_symbol(sym);
   i_write_eof();
 }

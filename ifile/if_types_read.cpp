@@ -336,10 +336,9 @@ void I_FILE::read_member(TYPE* csu) {
   if (version > -75) member.fixed_type_id = i_read_u8();
   unsigned long bit_size;
   if (version < -85) {
-    const bool is_bitfield = i_read_bool();
-    bit_size = i_read_uint();
     member.flags[0] = i_read_bool();
-    if (!is_bitfield) bit_size = 0;
+    bit_size = i_read_uint();
+    member.flags[1] = i_read_bool();
   } else {
     bit_size = i_read_uint();
     for (bool& flag : member.flags)

@@ -8,7 +8,9 @@ static std::map<std::string, register_option*>& registry() {
   return map;
 }
 
-register_option::register_option(const char* name) { registry()[name] = this; }
+register_option::register_option(const char* name) {
+  registry()[name] = this;
+}
 
 register_option* register_option::get_option(const std::string& name) {
   auto place = registry().find(name);
@@ -17,7 +19,8 @@ register_option* register_option::get_option(const std::string& name) {
 
 std::map<std::string, int> register_option::get_state() {
   std::map<std::string, int> state;
-  for (auto& [name, option] : registry()) state[name] = option->value;
+  for (auto& [name, option] : registry())
+    state[name] = option->value;
   return state;
 }
 
@@ -27,7 +30,8 @@ void register_option::set_state(const std::map<std::string, int>& state) {
 }
 
 void register_option::reset_state() {
-  for (auto& [name, option] : registry()) option->value = 0;
+  for (auto& [name, option] : registry())
+    option->value = 0;
 }
 
 void process_debug_option(const char* prefix, const char* list) {

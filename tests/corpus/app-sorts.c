@@ -38,7 +38,7 @@ static void whole_quick(int* a, int n) { quick(a, 0, n - 1); }
 
 int main(void) {
   static void (*const sorts[])(int*, int) = {insertion, whole_quick, merge, heap, shell, counting};
-  for (int i = 0; i < N; i++) data[i] = (i * 37 + i * i * 11) % 199 - 99;
+  for (int i = 0; i < N; i++) data[i] = (i * 37 + i * i * 3) % 199 - 99;
   for (int s = 0; s < 6; s++) {
     reset();
     sorts[s](work, N);

@@ -7,6 +7,7 @@ import lit.formats
 config.name = "vrx"
 config.test_format = lit.formats.ShTest(True)
 config.suffixes = [".ict", ".test", ".c"]
+config.excludes = ["Inputs"]
 config.test_source_root = os.path.dirname(__file__)
 
 # Where the programs are: parameter "bin", else the environment's VRX_BIN, else the usual build.

@@ -1,0 +1,183 @@
+// Relations between types: containment, aliasing, volatility, immutability. The first three are
+// remembered, each answer under its own lock.
+
+#include "OPT5/settings.h"
+#include "OPT5/streams.h"
+#include "OPT5/symbol.h"
+#include "OPT5/types.h"
+
+#include <map>
+#include <mutex>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace {
+
+std::mutex cm_lock;  // components
+std::mutex vtm_lock; // volatility
+std::mutex alias_lock;
+std::unordered_map<const TYPE*, std::unordered_set<const TYPE*>> components; // of a whole, by value
+std::unordered_map<const TYPE*, bool> volatility;
+std::map<std::pair<const TYPE*, const TYPE*>, bool> aliasing;
+std::vector<const TYPE*> unions;
+
+// What objects of the type are made of, itself included. Class types hold no type by value in a
+// cycle.
+const std::unordered_set<const TYPE*>& components_of(TYPE* whole) {
+  auto [place, is_new] = components.try_emplace(whole);
+  if (!is_new) return place->second;
+  std::unordered_set<const TYPE*> found;
+  std::vector<TYPE*> pending{whole};
+  while (!pending.empty()) {
+    TYPE* type = pending.back()->underlying_type();
+    pending.pop_back();
+    if (!found.insert(type->normalized_type()).second) continue;
+    if (type->kind == TYPE::K_ARRAY || type->kind == TYPE::K_COMPLEX)
+      pending.push_back(type->elem_type());
+    if (!type->is_csu()) continue;
+    for (const fkMDATA* member : type->csu_parts()->members)
+      if (member->type) pending.push_back(member->type);
+    for (const TYPE_BASE_CLASS& base : type->csu_parts()->bases)
+      if (base.type) pending.push_back(base.type);
+  }
+  return components[whole] = std::move(found);
+}
+
+} // namespace
+
+void init_types() {
+  std::lock_guard<std::mutex> hold(cm_lock);
+  tp->walk_types(
+      [](TYPE* type, void*) {
+        if (type->kind == TYPE::K_UNION) unions.push_back(type);
+        if (!type->is_csu() || type->kind == TYPE::K_QUALIFIED || type->kind == TYPE::K_TYPEDEF)
+          return;
+        if (!print_debug) return;
+        print_if_debug("Type %s is contained in the types:\n", type->str().c_str());
+        std::map<unsigned, const TYPE*> parts; // in the order in which they were made
+        for (const TYPE* part : components_of(type))
+          parts[part->uid] = part;
+        for (const auto& [uid, part] : parts)
+          print_if_debug("  %s\n", part->str().c_str());
+      },
+      nullptr);
+}
+
+void erase_type_caches() {
+  components.clear();
+  volatility.clear();
+  aliasing.clear();
+  unions.clear();
+}
+
+void type_cache_stats() {
+  print_if_debug("\n%zu in is_type_component_of_type() cache.\n", components.size());
+  print_if_debug("%zu in type_may_contain_volatile() cache.\n", volatility.size());
+  print_if_debug("%zu in type_may_alias_type() cache.\n", aliasing.size());
+  print_if_debug("(type_could_be_an_array() we don't have yet.)\n");
+}
+
+bool is_type_component_of_type(TYPE* part, TYPE* whole) {
+  std::lock_guard<std::mutex> hold(cm_lock);
+  return components_of(whole).count(part->normalized_type()) != 0;
+}
+
+bool type_is_contained_in_type(TYPE* part, TYPE* whole) {
+  return part->normalized_type() != whole->normalized_type() &&
+         is_type_component_of_type(part, whole);
+}
+
+bool is_field_member_of_type(const NODE* field, TYPE* type) {
+  return field->mval && field->mval->owner == type->underlying_type();
+}
+
+bool types_contained_in_union(TYPE* a, TYPE* b) {
+  std::lock_guard<std::mutex> hold(cm_lock);
+  for (const TYPE* holder : unions) {
+    const auto& parts = components_of(const_cast<TYPE*>(holder));
+    if (parts.count(a->normalized_type()) && parts.count(b->normalized_type())) return true;
+  }
+  return false;
+}
+
+static bool compute_aliasing(TYPE* a, TYPE* b) {
+  if (a == b || a->is_void() || b->is_void()) return true;
+  // Characters may alias anything; here they have the size of a plain int, which then may too.
+  auto is_character = [](const TYPE* t) {
+    return t == tp->basic[TYPE::I_SCHAR] || t == tp->basic[TYPE::I_UCHAR] ||
+           (chars_alias_other_types && t->is_int() && t->size == tp->basic[TYPE::I_SCHAR]->size);
+  };
+  if (is_character(a) || is_character(b)) return true;
+  if (a->is_int() && b->is_int() && a->size == b->size)
+    return true; // signed and unsigned of one width
+  if (a->is_pointer() && b->is_pointer()) return true;
+  return is_type_component_of_type(a, b) || is_type_component_of_type(b, a) ||
+         types_contained_in_union(a, b);
+}
+
+bool type_may_alias_type(TYPE* a, TYPE* b) {
+  TYPE* x = essential_type(a)->normalized_type();
+  TYPE* y = essential_type(b)->normalized_type();
+  if (y->uid < x->uid) std::swap(x, y); // the question is symmetric
+  {
+    std::lock_guard<std::mutex> hold(alias_lock);
+    auto place = aliasing.find({x, y});
+    if (place != aliasing.end()) return place->second;
+  }
+  const bool answer = compute_aliasing(x, y);
+  std::lock_guard<std::mutex> hold(alias_lock);
+  return aliasing[{x, y}] = answer;
+}
+
+bool type_may_contain_volatile(TYPE* t) {
+  std::lock_guard<std::mutex> hold(vtm_lock);
+  auto [place, is_new] = volatility.try_emplace(t, false);
+  if (!is_new) return place->second;
+  std::unordered_set<const TYPE*> seen;
+  std::vector<TYPE*> pending{t};
+  bool found = false;
+  while (!pending.empty() && !found) {
+    TYPE* type = pending.back();
+    pending.pop_back();
+    if (!seen.insert(type).second) continue;
+    found = type->is_volatile();
+    TYPE* bare = type->underlying_type();
+    if (bare->kind == TYPE::K_ARRAY) pending.push_back(bare->elem_type());
+    if (!bare->is_csu()) continue;
+    if (!bare->csu_parts()->complete) found = true; // nobody knows
+    for (const fkMDATA* member : bare->csu_parts()->members)
+      if (member->type) pending.push_back(member->type);
+  }
+  return volatility[t] = found;
+}
+
+bool bits_of_var_are_immutable(TYPE* type, int first_bit, int bits, bool initialised) {
+  if (!initialised || type->is_volatile()) return false;
+  if (type->is_const()) return true;
+  TYPE* bare = type->underlying_type();
+  if (bare->is_array() && bare->elem_type()->is_const()) return !type_may_contain_volatile(bare);
+  if (!bare->is_csu() || bare->is_union()) return false;
+  for (const fkMDATA* member : bare->csu_parts()->members) {
+    const long width =
+        member->is_bitfield() ? member->bit_size : static_cast<long>(member->type->size);
+    if (member->bit_offset <= first_bit && first_bit + bits <= member->bit_offset + width)
+      return member->type->is_const() && !member->type->is_volatile();
+  }
+  return false;
+}
+
+bool symbol_is_immutable(const SYMTAB* sym) {
+  if (sym->type->is_volatile()) return false;
+  if (sym->type->is_const()) return !type_may_contain_volatile(sym->type);
+  return sym->type->is_array() && sym->type->underlying_type()->elem_type()->is_const() &&
+         !type_may_contain_volatile(sym->type);
+}
+
+bool lvalue_is_immutable(const NODE* lvalue) {
+  for (const NODE* node = lvalue; node->op == STDOT || node->op == NAME; node = node->left) {
+    if (node->op == NAME) return node->u.sym && symbol_is_immutable(node->u.sym);
+    if (node->type->is_volatile()) return false;
+    if (node->right->mval->flags[1]) return false; // declared mutable
+  }
+  return false;
+}

@@ -1,0 +1,104 @@
+// Reading and writing: time and memory of a whole run at level 0 on a generated unit, and on one of
+// a tenth of its size. Linear growth shows as equal MB/s and bytes a node.
+#include "OPT5/driver.h"
+#include "tools/icode_unit.h"
+#include "tools/ict_parse.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <map>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+struct Sample {
+  std::string path;
+  size_t bytes;
+  size_t nodes;
+};
+
+std::string unit_text(int functions) {
+  std::string text =
+      "icode -71 \"generated.c\"\ntype fn.int = fn int (int)\nglobal table: int[100]\n";
+  for (int k = 0; k < functions; k++)
+    text += "global f" + std::to_string(k) + ": fn.int\n";
+  for (int k = 0; k < functions; k++) {
+    const std::string name = "f" + std::to_string(k);
+    text += "func " + name + " @" + std::to_string(k + 1) +
+            ":1 {\n  param n: int\n  auto n.2 \"n\": int\n  auto i: int\n  auto s: int\n"
+            "  ASG(n.2, n)\n  ASG(i, 0)\n  ASG(s, " +
+            std::to_string(k % 1000) +
+            ")\nL1:\n"
+            "  CBRANCH(GE(i, n.2), L2)\n"
+            "  ASG(s, PLUS(s, MULT(UMULT:int(PLUS:int*(UAND:int*(table), i)), MINUS(i, s))))\n"
+            "  CBRANCH(LT(s, 0), L3)\n  ASG(s, XORB(SRL(s, 3), 21))\nL3:\n"
+            "  ASG(i, PLUS(i, 1))\n  BRANCH(L1)\nL2:\n  RETURN(" +
+            name + ", s)\n}\n";
+  }
+  return text;
+}
+
+const Sample& sample(int functions) {
+  static std::map<int, Sample> made;
+  Sample& s = made[functions];
+  if (!s.path.empty()) return s;
+  icode::Unit unit;
+  std::string error;
+  std::string bytes;
+  if (!icode::parse_text(unit_text(functions), "generated.ict", unit, error) ||
+      !icode::encode_unit(unit, bytes, error)) {
+    fprintf(stderr, "%s\n", error.c_str());
+    exit(1);
+  }
+  s = {"/tmp/vrx-bench-" + std::to_string(getpid()) + "-" + std::to_string(functions) + ".icode",
+       bytes.size(), unit.nodes.size()};
+  FILE* fp = fopen(s.path.c_str(), "wb");
+  fwrite(bytes.data(), 1, bytes.size(), fp);
+  fclose(fp);
+  return s;
+}
+
+// A run in a child of its own, so that the peak of its memory can be told. Bytes above `floor`.
+double run_in_child(const std::string& path, long& peak_kib) {
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t child = fork();
+  if (child == 0) {
+    std::string name = "vrx-mid", level = "--opt_level=0", in = path, out = path + ".opt";
+    char* args[] = {name.data(), level.data(), in.data(), out.data(), nullptr};
+    _exit(run_compilation(4, args));
+  }
+  int status = 0;
+  rusage usage{};
+  wait4(child, &status, 0, &usage);
+  if (status != 0) abort();
+  peak_kib = usage.ru_maxrss;
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void BM_ReadWrite(benchmark::State& state) {
+  const Sample& s = sample(static_cast<int>(state.range(0)));
+  static long empty_peak = 0;
+  if (!empty_peak) run_in_child(sample(1).path, empty_peak);
+  long peak = 0;
+  for (auto _ : state)
+    state.SetIterationTime(run_in_child(s.path, peak));
+  state.counters["MB/s"] = benchmark::Counter(static_cast<double>(s.bytes) *
+                                                  static_cast<double>(state.iterations()) / 1e6,
+                                              benchmark::Counter::kIsRate);
+  state.counters["bytes/node"] =
+      static_cast<double>(peak - empty_peak) * 1024 / static_cast<double>(s.nodes);
+  state.counters["nodes"] = static_cast<double>(s.nodes);
+}
+
+} // namespace
+
+BENCHMARK(BM_ReadWrite)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+BENCHMARK_MAIN();

@@ -1,0 +1,220 @@
+// Symbols and graphs: temporaries, lists, building, ordering, surgery.
+#include "tests/unit/ir_fixture.h"
+
+#include "OPT5/stackshare.h"
+#include "OPT5/verify.h"
+
+#include <random>
+
+using Graph = IrTest;
+
+TEST_F(Graph, TemporariesAreNumberedByFunction) {
+  SYMTAB* first = sym_temp('C', -1, tp->mk_plain_int(), nullptr);
+  SYMTAB* second = sym_temp('C', -1, tp->mk_plain_int(), nullptr);
+  EXPECT_STREQ(first->name, "$O$C0");
+  EXPECT_STREQ(second->name, "$O$C1");
+  EXPECT_TRUE(is_optimizer_temp("$O$C12", 'C', 'D'));
+  EXPECT_TRUE(is_optimizer_temp("$O$C", 'C', 'D'));
+  EXPECT_FALSE(is_optimizer_temp("$O$C1x", 'C', 'D'));
+  EXPECT_FALSE(is_optimizer_temp("$O$E1", 'C', 'D'));
+  EXPECT_EQ(first->scope, currfuninfo->scope->level_2_scope());
+}
+
+TEST_F(Graph, SplittingKeepsTheOrderOfDeclaration) {
+  SYMTAB* array = local("array", tp->mk_array(tp->mk_plain_int(), 3));
+  SYMTAB* a = variable("a");
+  SYMTAB* hint = variable("hint");
+  SYMTAB* gone = variable("gone");
+  hint->sclass = SC_REGISTER;
+  gone->sclass = SC_LABEL;
+  SYMTAB* param = local("param", tp->mk_plain_int(), 1);
+  currfuninfo->incoming = revsymtab(currfuninfo->incoming);
+  sym_split(currfuninfo);
+  EXPECT_EQ(currfuninfo->reg_candidates, a);
+  EXPECT_EQ(a->next, hint);
+  EXPECT_EQ(hint->sclass, SC_AUTO);
+  EXPECT_EQ(hint->next, nullptr);
+  EXPECT_EQ(currfuninfo->symbols, array);
+  EXPECT_EQ(array->next, param);
+  EXPECT_EQ(param->next, nullptr);
+}
+
+TEST_F(Graph, GlobalsKeepMarksByFunction) {
+  auto& global = *new GLOBAL_SYM; // owned by the table of all symbols
+  global.name = strdup("g");
+  global.index = 3;
+  FUNINFO other("other");
+  global.set_is_aliased(true);
+  global.inc_bitnum();
+  currfuninfo = &other;
+  EXPECT_FALSE(global.is_aliased());
+  EXPECT_EQ(global.bitnum(), 0);
+  currfuninfo = make_FUNINFO(func);
+  EXPECT_TRUE(global.is_aliased());
+  EXPECT_EQ(global.bitnum(), 1);
+  currfuninfo = nullptr;
+  EXPECT_EXIT((void)global.is_aliased(), ::testing::ExitedWithCode(1), "terminated abnormally");
+  currfuninfo = make_FUNINFO(func);
+}
+
+TEST_F(Graph, AnEmptyBodyIsTheExit) {
+  buildcfg();
+  verify_function("building");
+  // The body's own return leads to the one exit.
+  EXPECT_EQ(currfuninfo->bb_count, 2);
+  EXPECT_EQ(currfuninfo->bb_list->dflink->statements->tree->op, URETURN);
+}
+
+TEST_F(Graph, UnreachableBlocksGo) {
+  SYMTAB* x = variable("x");
+  branch(1);
+  stmt(mk_ASG(name(x), icon(1)));
+  label(2);
+  stmt(mk_ASG(name(x), icon(2)));
+  label(1);
+  stmt(mk_ASG(name(x), icon(3)));
+  buildcfg();
+  verify_function("building");
+  int assignments = 0;
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+    for (LIST* s = bb->statements; s; s = s->next)
+      assignments += s->tree->op == ASG;
+  EXPECT_EQ(assignments, 1);
+}
+
+TEST_F(Graph, EdgesAreSetsAndKeepTheirProbability) {
+  BBLK *a = new BBLK(currfuninfo), *b = new BBLK(currfuninfo);
+  a->dfn = 2;
+  b->dfn = 1;
+  EDGE* list = add_edge(a, nullptr, 0.25);
+  EXPECT_EQ(add_edge(a, list, 0.75), list);
+  EXPECT_EQ(list->prob, 0.25);
+  list = mkedge(b, list);
+  list = mkedge(a, list);
+  EXPECT_EQ(edge_length(list), 3);
+  list = fast_sort_edge_list(list);
+  EXPECT_EQ(edge_length(list), 2);
+  EXPECT_EQ(list->first, b);
+  list = remove_edge(b, list);
+  EXPECT_EQ(list->first, a);
+  erase_edge_list(list);
+  erase_bblock(a);
+  erase_bblock(b);
+}
+
+TEST_F(Graph, CriticalEdgesAreSplit) {
+  // A loop that is left in the middle: the exit has two predecessors.
+  SYMTAB* x = variable("x");
+  label(1);
+  cbranch(name(x), 2);
+  stmt(op(PLUSASG, name(x), icon(1)));
+  cbranch(op(GT, name(x), icon(5)), 1);
+  label(2);
+  stmt(op(PLUSASG, name(x), icon(2)));
+  buildcfg();
+  const int before = currfuninfo->bb_count;
+  split_critical_edges(true);
+  verify_function("splitting");
+  EXPECT_GT(currfuninfo->bb_count, before);
+  int split = 0;
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    split += bb_is_split_critical_edge(bb);
+    if (!bb->successors || !bb->successors->rest) continue;
+    for (EDGE* e = bb->successors; e; e = e->rest)
+      EXPECT_EQ(edge_length(e->first->predecessors), 1);
+  }
+  EXPECT_EQ(split, currfuninfo->bb_count - before);
+  rebuildcfg();
+  verify_function("rebuilding");
+}
+
+TEST_F(Graph, UnknownAndRepeatedLabelsEndTheRun) {
+  branch(7);
+  EXPECT_EXIT(buildcfg(), ::testing::ExitedWithCode(1), "ERROR IN 'find_label', INDEX=7");
+  erase_tree_list(currfuninfo->stmts);
+  currfuninfo->stmts = nullptr;
+  label(1);
+  label(1);
+  EXPECT_EXIT(buildcfg(), ::testing::ExitedWithCode(1), "Label 1 is defined twice");
+}
+
+// Random branches: whatever the graph, blocks come in reverse post-order, edges and branches agree,
+// and nothing is lost by building it again.
+TEST_F(Graph, RandomGraphs) {
+  std::mt19937 random(20261122);
+  for (int round = 0; round < 300; round++) {
+    SYMTAB* x = variable("x");
+    const int labels = 1 + static_cast<int>(random() % 12);
+    for (int k = 0; k < labels; k++) {
+      label(k);
+      stmt(op(PLUSASG, name(x), icon(k)));
+      switch (random() % 5) {
+      case 0: branch(static_cast<int>(random() % labels)); break;
+      case 1: cbranch(op(LT, name(x), icon(k)), static_cast<int>(random() % labels)); break;
+      case 2: stmt(maketree(RETURN, mk_NAME(func), name(x), tp->mk_void())); break;
+      case 3: {
+        NODE* cases = nullptr;
+        for (int n = 0; n < 4; n++) {
+          NODE* item = maketree(CASE, icon(n), label_ref(static_cast<int>(random() % labels)),
+                                tp->mk_void());
+          cases = cases ? maketree(COMMA, cases, item, tp->mk_void()) : item;
+        }
+        stmt(maketree(SWITCH, name(x), cases, tp->mk_void()));
+        break;
+      }
+      default: break;
+      }
+    }
+    buildcfg();
+    verify_function("building");
+    // In reverse post-order each block but the entry has a predecessor that stands before it.
+    for (BBLK* bb = currfuninfo->bb_list->dflink; bb; bb = bb->dflink) {
+      bool entered = false;
+      for (EDGE* e = bb->predecessors; e; e = e->rest)
+        entered |= e->first->dfn < bb->dfn;
+      EXPECT_TRUE(entered) << "round " << round << " " << bb->str();
+    }
+    const int count = currfuninfo->bb_count;
+    rebuildcfg();
+    verify_function("rebuilding");
+    EXPECT_EQ(currfuninfo->bb_count, count);
+    erase_all();
+    currfuninfo->scope = LS::init(nullptr, func);
+  }
+}
+
+TEST_F(Graph, ScopesSideBySideShareTheStack) {
+  SYMTAB* x = local("x", tp->mk_array(tp->mk_plain_int(), 10));
+  SYMTAB* y = local("y", tp->mk_array(tp->mk_long(), 3));
+  SYMTAB* z = local("z", tp->mk_long());
+  begin_stack_sharing_scope(1);
+  add_stack_sharing_variable(x);
+  end_stack_sharing_scope();
+  begin_stack_sharing_scope(2);
+  add_stack_sharing_variable(y);
+  begin_stack_sharing_scope(3);
+  add_stack_sharing_variable(z);
+  end_stack_sharing_scope();
+  end_stack_sharing_scope();
+  stmt(mk_ASG(mk_NAME(z),
+              maketree(UMULT, maketree(UAND, mk_NAME(y), nullptr, tp->mk_ptr(tp->mk_long())),
+                       nullptr, tp->mk_long())));
+  stmt(maketree(UAND, mk_NAME(x), nullptr, tp->mk_ptr(tp->mk_plain_int())));
+  buildcfg();
+  build_stack_sharing_type();
+  verify_function("stack sharing");
+  const LIST* s = currfuninfo->bb_list->statements;
+  EXPECT_EQ(tree_text(s->tree).find("ASG:long(STDOT:long(STDOT:"), 0u) << tree_text(s->tree);
+  const SYMTAB* object = currfuninfo->incoming;
+  // x alone takes 160 bits; y and z, one within the other's scope, 96 + 32.
+  EXPECT_EQ(object->size, 160u);
+  for (const SYMTAB* sym = currfuninfo->incoming; sym; sym = sym->next)
+    EXPECT_STREQ(sym->name, "$O$S0");
+  // One scope alone needs no union.
+  SYMTAB* alone = local("alone", tp->mk_long());
+  begin_stack_sharing_scope(1);
+  add_stack_sharing_variable(alone);
+  end_stack_sharing_scope();
+  build_stack_sharing_type();
+  EXPECT_EQ(currfuninfo->incoming, alone);
+}

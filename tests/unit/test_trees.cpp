@@ -1,0 +1,222 @@
+// Trees: tables, making, copying, comparing, erasing.
+#include "tests/unit/ir_fixture.h"
+
+#include <thread>
+
+using Trees = IrTest;
+
+TEST_F(Trees, TablesAreEachOthersReverse) {
+  int named = 0;
+  for (int code = 0; code < OPCODE_COUNT; code++) {
+    named += node_operator_name[code] != nullptr;
+    if (boolean_inv[code] != ILLOP) {
+      EXPECT_EQ(boolean_inv[boolean_inv[code]], code) << code;
+    }
+    if (commute_inv[code] != ILLOP) {
+      EXPECT_EQ(commute_inv[commute_inv[code]], code) << code;
+    }
+    if (op_of_opASG[code] != ILLOP) {
+      EXPECT_EQ(opASG_of_op[op_of_opASG[code]], code) << code;
+      EXPECT_EQ(side_effects[code], SE_ASSIGNS) << code;
+    }
+  }
+  EXPECT_EQ(named, 115 + 55 + 1 + 3); // EPVAL never stays in memory
+  // The inverse of a floating comparison is true for exactly the other outcomes.
+  for (int code = FEQ; code <= FUNO; code++)
+    EXPECT_EQ(float_op_to_micro_ops[code] ^ float_op_to_micro_ops[boolean_inv[code]], 15) << code;
+}
+
+TEST_F(Trees, ConstantsTakeTheirType) {
+  NODE* pointer = mk_ICON(-1, tp->mk_ptr(tp->mk_plain_int()));
+  EXPECT_TRUE(pointer->type->is_int());
+  EXPECT_FALSE(pointer->type->is_signed());
+  EXPECT_EQ(pointer->icon_uvalue(), 0xFFFFFFFFu);
+  NODE* cut = mk_ICON(0x12345, tp->mk_plain_int());
+  EXPECT_EQ(cut->icon_svalue(), 0x2345);
+  NODE* wide = alloc_node(LCON, tp->basic[TYPE::I_ULLONG]);
+  wide->mk_lcon("18446744073709551615");
+  EXPECT_EQ(wide->op, ICON);
+  EXPECT_EQ(wide->icon_uvalue(), ~0ul);
+  NODE* zero = alloc_node(LCON, tp->mk_long());
+  zero->mk_lcon("-0");
+  EXPECT_EQ(zero->icon_svalue(), 0);
+  NODE* empty = alloc_node(LCON, tp->mk_long());
+  empty->mk_lcon("");
+  EXPECT_EQ(empty->icon_svalue(), 0);
+  for (NODE* node : {pointer, cut, wide, zero, empty})
+    erase_tree(node);
+}
+
+TEST_F(Trees, CopiesAreTheirOwn) {
+  NODE* one = alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT));
+  one->mk_fcon("1.5");
+  EXPECT_STREQ(one->fcon_value(), "0x1.8p+0");
+  NODE* copy = copy_tree(one, true);
+  f_atof("2.0", copy->u.fval);
+  EXPECT_STREQ(one->fcon_value(), "0x1.8p+0");
+  EXPECT_STREQ(copy->fcon_value(), "0x1p+1");
+  NODE* call = mk_ICALL("_abs", icon(3), tp->mk_plain_int());
+  NODE* call_copy = copy_tree(call, false);
+  EXPECT_NE(call->u.callee, call_copy->u.callee);
+  for (NODE* node : {one, copy, call, call_copy})
+    erase_tree(node);
+}
+
+TEST_F(Trees, LongSpinesNeedNoStack) {
+  SYMTAB* x = variable("x");
+  NODE* sum = name(x);
+  for (int k = 0; k < 300000; k++)
+    sum = op(PLUS, sum, icon(k & 7));
+  NODE* copy = copy_tree(sum, true);
+  EXPECT_EQ(count_nodes_in_tree(copy), 600001);
+  EXPECT_TRUE(trees_are_congruent(sum, copy));
+  EXPECT_TRUE(sym_appears_in_tree(x, copy));
+  EXPECT_FALSE(tree_has_side_effects(copy));
+  erase_tree(sum);
+  erase_tree(copy);
+}
+
+TEST_F(Trees, Congruence) {
+  SYMTAB *x = variable("x"), *y = variable("y");
+  auto same = [](NODE* a, NODE* b, bool se_ok = false) {
+    const bool answer = trees_are_congruent(a, b, se_ok);
+    erase_tree(a);
+    erase_tree(b);
+    return answer;
+  };
+  EXPECT_TRUE(same(op(PLUS, name(x), name(y)), op(PLUS, name(y), name(x))));
+  EXPECT_FALSE(same(op(MINUS, name(x), name(y)), op(MINUS, name(y), name(x))));
+  EXPECT_TRUE(same(op(LT, name(x), name(y)), op(GT, name(y), name(x))));
+  EXPECT_FALSE(same(op(LT, name(x), name(y)), op(ULT, name(x), name(y))));
+  EXPECT_FALSE(same(icon(1), mk_ICON(1, tp->mk_long())));
+  auto call = [&] {
+    return maketree(UCALL, maketree(UAND, mk_NAME(func), nullptr, tp->mk_ptr(func->type)), nullptr,
+                    tp->mk_plain_int());
+  };
+  EXPECT_FALSE(same(call(), call()));
+  EXPECT_TRUE(same(call(), call(), true));
+  NODE* once = call();
+  EXPECT_TRUE(trees_are_congruent(once, once));
+  erase_tree(once);
+  TYPE* volatile_int = tp->mk_qual(tp->mk_plain_int(), TYPE::Q_VOLATILE);
+  auto load = [&](TYPE* type) {
+    return maketree(UMULT, mk_NAME(local("p", tp->mk_ptr(type))), nullptr, type);
+  };
+  NODE* p = load(volatile_int);
+  NODE* q = copy_tree(p, true);
+  EXPECT_FALSE(same(p, q));
+}
+
+TEST_F(Trees, AssignmentForms) {
+  SYMTAB *x = variable("x"), *y = variable("y");
+  // x = y + x --> x += y --> x = x + y
+  NODE* asg = ASG_to_opASG(mk_ASG(name(x), op(PLUS, name(y), name(x))));
+  EXPECT_EQ(tree_text(asg), "PLUSASG:int(x, y)");
+  asg = opASG_to_ASG(asg);
+  EXPECT_EQ(tree_text(asg), "ASG:int(x, PLUS:int(x, y))");
+  erase_tree(asg);
+  // y - x is another value.
+  asg = ASG_to_opASG(mk_ASG(name(x), op(MINUS, name(y), name(x))));
+  EXPECT_EQ(asg->op, ASG);
+  erase_tree(asg);
+  // *p++ may not be evaluated twice.
+  SYMTAB* p = local("p", tp->mk_ptr(tp->mk_plain_int()));
+  NODE* step = maketree(PLUSPLUS, mk_NAME(p), icon(1), p->type);
+  asg = op(PLUSASG, op(UMULT, step), icon(2));
+  EXPECT_EQ(opASG_to_ASG(asg)->op, PLUSASG);
+  erase_tree(asg);
+  // A narrow target computes in the common type.
+  SYMTAB* wide = local("wide", tp->mk_long());
+  asg = opASG_to_ASG(op(PLUSASG, name(x), mk_NAME(wide)));
+  EXPECT_EQ(tree_text(asg), "ASG:int(x, SCONV:int(PLUS:long(SCONV:long(x), wide)))");
+  erase_tree(asg);
+}
+
+TEST_F(Trees, PeelingKeepsEffects) {
+  SYMTAB *x = variable("x"), *y = variable("y");
+  EXPECT_EQ(peel_for_effect(op(PLUS, name(x), icon(1))), nullptr);
+  NODE* tree = peel_for_effect(
+      op(PLUS, mk_ASG(name(x), icon(1)), op(MULT, name(y), mk_ASG(name(y), icon(2)))));
+  EXPECT_EQ(tree_text(tree), "COMMAOP:int(ASG:int(x, 1:int), ASG:int(y, 2:int))");
+  erase_tree(tree);
+  // The right side is conditional, so the operator stays.
+  tree = peel_for_effect(op(ANDAND, name(x), mk_ASG(name(y), icon(2))));
+  EXPECT_EQ(tree->op, ANDAND);
+  erase_tree(tree);
+}
+
+TEST_F(Trees, ErasingTwiceIsReported) {
+  NODE* node = icon(1);
+  erase_node(node);
+  EXPECT_EXIT(erase_node(node), ::testing::ExitedWithCode(1), "ERROR IN 'erase_node'");
+}
+
+TEST_F(Trees, NodesMoveBetweenThreads) {
+  std::vector<NODE*> made(1000);
+  std::thread([&] {
+    for (NODE*& node : made)
+      node = icon(7);
+  }).join();
+  for (NODE* node : made)
+    erase_tree(node);
+}
+
+TEST_F(Trees, ArgumentsAndComma) {
+  EXPECT_EQ(arg_list_count(nullptr), 0);
+  NODE* args = op(COMMA, op(COMMA, icon(1), icon(2)), icon(3));
+  EXPECT_EQ(arg_list_count(args), 3);
+  for (int k = 0; k < 3; k++)
+    EXPECT_EQ(arg_list_lookup(args, k)->icon_svalue(), k + 1);
+  EXPECT_EQ(arg_list_lookup(args, 3), nullptr);
+  EXPECT_EQ(arg_list_lookup(args, -1), nullptr);
+  erase_tree(args);
+  NODE* x = icon(1);
+  EXPECT_EQ(mk_COMMAOP(nullptr, x), x);
+  erase_tree(x);
+}
+
+TEST_F(Trees, MandatoryCasts) {
+  SYMTAB* x = variable("x");
+  SYMTAB* wide = local("wide", tp->mk_long());
+  SYMTAB* real = local("real", tp->mk_fltpt(TYPE::F_FLOAT));
+  auto cast = [](NODE* tree) {
+    tree = insert_mandatory_casts(tree);
+    std::string text = tree_text(tree);
+    erase_tree(tree);
+    return text;
+  };
+  EXPECT_EQ(cast(maketree(PLUS, name(x), mk_NAME(wide), tp->mk_long())),
+            "PLUS:long(SCONV:long(x), wide)");
+  EXPECT_EQ(cast(op(LT, name(x), mk_NAME(real))), "LT:int(SCONV:float(x), real)");
+  EXPECT_EQ(cast(op(ULE, name(x), name(x))), "1:int");
+  EXPECT_EQ(cast(op(FLE, mk_NAME(real), mk_NAME(real))), "FLE:int(real, real)"); // false for a NaN
+  EXPECT_EQ(cast(mk_ASG(name(x), name(x))), "x");
+}
+
+TEST_F(Trees, TypeQuestions) {
+  EXPECT_EQ(promoted_type(tp->basic[TYPE::I_SCHAR])->normalized_type(),
+            tp->mk_plain_int()->normalized_type());
+  EXPECT_EQ(next_wider_type(tp->mk_plain_uint()), tp->basic[TYPE::I_ULONG]);
+  EXPECT_EQ(next_wider_type(tp->basic[TYPE::I_LLONG]), nullptr);
+  TYPE* inner = tp->mk_struct("inner");
+  inner->csu_parts()->complete = true;
+  TYPE* outer = tp->mk_struct("outer");
+  outer->csu_parts()->complete = true;
+  fkMDATA member;
+  member.name = "v";
+  member.type = tp->mk_qual(tp->mk_long(), TYPE::Q_VOLATILE);
+  tp->add_member(inner, member);
+  member.name = "i";
+  member.type = tp->mk_array(inner, 3);
+  tp->add_member(outer, member);
+  EXPECT_TRUE(is_type_component_of_type(tp->mk_long(), outer));
+  EXPECT_TRUE(type_is_contained_in_type(inner, outer));
+  EXPECT_FALSE(type_is_contained_in_type(outer, inner));
+  EXPECT_TRUE(type_may_contain_volatile(outer));
+  EXPECT_TRUE(type_may_alias_type(tp->mk_long(), outer));
+  EXPECT_FALSE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), outer));
+  NODE* bit = op(ANDB, icon(6), icon(1));
+  EXPECT_TRUE(returns_1_or_0(bit));
+  EXPECT_TRUE(value_fits_in_type(bit, tp->mk_plain_int(), nullptr));
+  erase_tree(bit);
+}
