@@ -1,0 +1,12 @@
+"""check_docs.py PAGE OPCODES OUT: fails if the page's table of operators differs from the source's, and
+writes the unit that the page shows to OUT."""
+import re
+import sys
+
+page, source = open(sys.argv[1]).read(), open(sys.argv[2]).read()
+wanted = {(code, "LOOP" if name == "LOOP_OP" else name, operands)
+          for code, name, operands in re.findall(r"X\((\d+), ([A-Z0-9_]+), (\d)\)", source)}
+found = set(re.findall(r"^\| (\d+) \| `([A-Z0-9_]+)` \| (\d) \|", page, re.M))
+if wanted != found:
+    sys.exit(f"operators differ: {sorted(wanted ^ found)}")
+open(sys.argv[3], "w").write(re.search(r"```ict\n(.*?)```", page, re.S).group(1))
