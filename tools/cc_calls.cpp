@@ -21,7 +21,8 @@ NODE* LOWERING::call(const clang::CallExpr* e) {
   if (const clang::FunctionDecl* callee = e->getDirectCallee(); callee && callee->getBuiltinID())
     return call_builtin(e, callee);
   NODE* function = value(e->getCallee());
-  if (!is_function_pointer(function->type)) refuse(e->getExprLoc(), "call of this expression is not supported");
+  if (!is_function_pointer(function->type))
+    refuse(e->getExprLoc(), "call of this expression is not supported");
   const TYPE* type = pointee(function->type)->underlying_type();
   const FUNC_PARTS* parts = type->func_parts();
   TYPE* result = value_type(type->return_type());
@@ -98,11 +99,15 @@ NODE* LOWERING::call_builtin(const clang::CallExpr* e, const clang::FunctionDecl
     if (!e->getArg(1)->HasSideEffects(ctx)) return x;
     refuse(at, "expectation with side effects is not supported");
   }
-  case clang::Builtin::BI__builtin_inf: case clang::Builtin::BI__builtin_inff:
-  case clang::Builtin::BI__builtin_infl: case clang::Builtin::BI__builtin_huge_val:
-  case clang::Builtin::BI__builtin_huge_valf: case clang::Builtin::BI__builtin_huge_vall:
+  case clang::Builtin::BI__builtin_inf:
+  case clang::Builtin::BI__builtin_inff:
+  case clang::Builtin::BI__builtin_infl:
+  case clang::Builtin::BI__builtin_huge_val:
+  case clang::Builtin::BI__builtin_huge_valf:
+  case clang::Builtin::BI__builtin_huge_vall:
     return fcon(INFINITY, type_of(callee->getReturnType(), at));
-  case clang::Builtin::BI__builtin_nan: case clang::Builtin::BI__builtin_nanf:
+  case clang::Builtin::BI__builtin_nan:
+  case clang::Builtin::BI__builtin_nanf:
   case clang::Builtin::BI__builtin_nanl: return fcon(NAN, type_of(callee->getReturnType(), at));
   case clang::Builtin::BI__builtin_convertvector: break; // not a call in the parser's tree
   default: break;

@@ -24,7 +24,8 @@ LOWERING::LOWERING(clang::ASTContext& context, I_FILE* file, std::vector<std::st
 
 void LOWERING::error(SourceLocation at, const std::string& text) {
   clang::DiagnosticsEngine& diags = ctx.getDiagnostics();
-  diags.Report(sm.getExpansionLoc(at), diags.getCustomDiagID(clang::DiagnosticsEngine::Error, "%0")) << text;
+  diags.Report(sm.getExpansionLoc(at), diags.getCustomDiagID(clang::DiagnosticsEngine::Error, "%0"))
+      << text;
   failed = true;
 }
 
@@ -35,7 +36,8 @@ void LOWERING::refuse(SourceLocation at, const std::string& text) {
 
 PSN* LOWERING::psn_of(SourceLocation at) {
   const clang::PresumedLoc place = sm.getPresumedLoc(sm.getExpansionLoc(at));
-  return place.isValid() ? make_psn(place.getFilename(), place.getLine(), place.getColumn()) : nullptr;
+  return place.isValid() ? make_psn(place.getFilename(), place.getLine(), place.getColumn())
+                         : nullptr;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -50,8 +52,10 @@ SYMTAB* LOWERING::new_symbol(const std::string& name, TYPE* type, int sclass, So
   sym->align = type->align;
   sym->sclass = sym->orig_class = static_cast<unsigned char>(sclass);
   const TYPE* element = type;
-  while (element->is_array()) element = element->underlying_type()->elem_type();
-  sym->cqual = static_cast<unsigned short>(element->qual_kind(true) & (TYPE::Q_CONST | TYPE::Q_VOLATILE));
+  while (element->is_array())
+    element = element->underlying_type()->elem_type();
+  sym->cqual =
+      static_cast<unsigned short>(element->qual_kind(true) & (TYPE::Q_CONST | TYPE::Q_VOLATILE));
   sym->psn = psn_of(at);
   return sym;
 }
@@ -83,7 +87,8 @@ unsigned LOWERING::option_set_of(const clang::FunctionDecl* decl) {
   if (is_new) {
     if (option_sets.size() == 1 && options.empty()) out->if_enter_option_set(OPTION_SET{0, {}});
     OPTION_SET set{place->second, options};
-    for (std::string& word : words(text)) set.strings.push_back(std::move(word));
+    for (std::string& word : words(text))
+      set.strings.push_back(std::move(word));
     out->if_enter_option_set(set);
   }
   return place->second;
@@ -94,10 +99,16 @@ void LOWERING::attributes_of(const clang::Decl* decl, SYMTAB* sym) {
     for (const clang::Attr* attr : d->attrs()) {
       switch (attr->getKind()) {
       case clang::attr::Used: sym->policy = I_SYMTAB::ALWAYS; break;
-      case clang::attr::Packed: case clang::attr::Aligned: refuse_layout_attributes(d); break;
-      case clang::attr::Alias: case clang::attr::AsmLabel: case clang::attr::Cleanup:
-      case clang::attr::Constructor: case clang::attr::Destructor: case clang::attr::IFunc:
-        refuse(d->getLocation(), std::string("attribute '") + attr->getSpelling() + "' is not supported");
+      case clang::attr::Packed:
+      case clang::attr::Aligned: refuse_layout_attributes(d); break;
+      case clang::attr::Alias:
+      case clang::attr::AsmLabel:
+      case clang::attr::Cleanup:
+      case clang::attr::Constructor:
+      case clang::attr::Destructor:
+      case clang::attr::IFunc:
+        refuse(d->getLocation(),
+               std::string("attribute '") + attr->getSpelling() + "' is not supported");
       default: break;
       }
     }
@@ -112,7 +123,8 @@ SYMTAB* LOWERING::function_symbol(const clang::FunctionDecl* decl) {
     for (const clang::FunctionDecl* d : decl->redecls())
       if (d->hasWrittenPrototype()) best = d;
   const bool is_static =
-      decl->getStorageClass() == clang::SC_Static || decl->getCanonicalDecl()->getStorageClass() == clang::SC_Static ||
+      decl->getStorageClass() == clang::SC_Static ||
+      decl->getCanonicalDecl()->getStorageClass() == clang::SC_Static ||
       // An inline definition is this unit's own.
       (definition && definition->isInlined() && !definition->isInlineDefinitionExternallyVisible());
   const int sclass = is_static ? SC_STATIC : definition ? SC_EXTERN : SC_EXTERN_DECL;
@@ -145,22 +157,26 @@ SYMTAB* LOWERING::global_variable(const clang::VarDecl* decl) {
   if (is_defined && type->is_array() && !type->is_complete())
     type = tp->mk_array(type->elem_type(), 1); // a tentative definition's one element
   if (is_defined) complete(type, best->getLocation());
-  const int sclass = best->getStorageClass() == clang::SC_Static || decl->getStorageClass() == clang::SC_Static
-                         ? SC_STATIC
-                         : is_defined ? SC_EXTERN : SC_EXTERN_DECL;
+  const int sclass =
+      best->getStorageClass() == clang::SC_Static || decl->getStorageClass() == clang::SC_Static
+          ? SC_STATIC
+      : is_defined ? SC_EXTERN
+                   : SC_EXTERN_DECL;
   SYMTAB* sym = new_symbol(decl->getName().str(), type, sclass, best->getLocation());
   symbols[decl] = sym;
   if (is_defined && (sym->cqual & TYPE::Q_CONST) && !(sym->cqual & TYPE::Q_VOLATILE))
     sym->cqual |= CQ_READ_ONLY;
   attributes_of(decl, sym);
   enter_global(sym);
-  if (const clang::Expr* init = is_defined ? best->getInit() : nullptr) static_initialiser(sym, init);
+  if (const clang::Expr* init = is_defined ? best->getInit() : nullptr)
+    static_initialiser(sym, init);
   return sym;
 }
 
 SYMTAB* LOWERING::static_object(const std::string& name, TYPE* type, SourceLocation at) {
   std::string unique = name;
-  for (unsigned k = 2; !static_names.insert(unique).second; k++) unique = name + "$" + std::to_string(k);
+  for (unsigned k = 2; !static_names.insert(unique).second; k++)
+    unique = name + "$" + std::to_string(k);
   SYMTAB* sym = new_symbol(unique, type, SC_STATIC, at);
   enter_global(sym);
   return sym;
@@ -168,7 +184,8 @@ SYMTAB* LOWERING::static_object(const std::string& name, TYPE* type, SourceLocat
 
 SYMTAB* LOWERING::static_local(const clang::VarDecl* decl) {
   TYPE* type = complete(type_of_decl(decl), decl->getLocation());
-  SYMTAB* sym = static_object(decl->getName().str() + "$" + fn->symbol->name, type, decl->getLocation());
+  SYMTAB* sym =
+      static_object(decl->getName().str() + "$" + fn->symbol->name, type, decl->getLocation());
   symbols[decl->getCanonicalDecl()] = sym;
   add_pragma(sym, PRAGMA_STATIC_LOCAL, {fn->symbol->name});
   if ((sym->cqual & TYPE::Q_CONST) && !(sym->cqual & TYPE::Q_VOLATILE)) sym->cqual |= CQ_READ_ONLY;
@@ -242,7 +259,8 @@ void LOWERING::lower_function(const clang::FunctionDecl* decl) {
          sm.isBeforeInTranslationUnit(loop_pragmas[next_loop_pragma].at, decl->getBeginLoc()))
     next_loop_pragma++;
   const auto* body = llvm::cast<clang::CompoundStmt>(decl->getBody());
-  for (const clang::Stmt* s : body->body()) statement(s);
+  for (const clang::Stmt* s : body->body())
+    statement(s);
   const clang::QualType result = decl->getReturnType();
   const bool ends_open = body->body_empty() || !llvm::isa<clang::ReturnStmt>(body->body_back());
   if (decl->isMain() && result->isIntegerType() && ends_open) { // falling off its end gives 0
@@ -257,7 +275,8 @@ void LOWERING::note_addresses(const NODE* tree) {
   walk_preorder(tree, [this](const NODE* node) {
     if (node->op != UAND && node->op != ARGREF) return true;
     const NODE* place = node->left;
-    while (place->op == STDOT || place->op == VFIELD) place = place->left;
+    while (place->op == STDOT || place->op == VFIELD)
+      place = place->left;
     if (place->op == NAME) address_taken.insert(place->u.sym);
     return true;
   });
@@ -303,7 +322,8 @@ void LOWERING::write_function(PSN* begin, PSN* end) {
     }
     out->if_write_end_func(end);
   }
-  for (const ITEM& item : fn->items) erase_tree(item.tree);
+  for (const ITEM& item : fn->items)
+    erase_tree(item.tree);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -338,13 +358,15 @@ void LOWERING::top_level(const clang::Decl* decl) {
 
 void LOWERING::finish_globals() {
   for (SYMTAB* sym : initialised)
-    for (const NODE* root : sym->init_list) note_addresses(root);
+    for (const NODE* root : sym->init_list)
+      note_addresses(root);
   for (SYMTAB* sym : globals)
     if (sym->sclass == SC_STATIC && sym->type->is_scalar() && !address_taken.count(sym))
       sym->cqual |= CQ_NO_ADDRESS;
   for (SYMTAB* sym : initialised) {
     out->if_write_init(sym);
-    for (NODE* root : sym->init_list) out->if_write_expr_node(root);
+    for (NODE* root : sym->init_list)
+      out->if_write_expr_node(root);
   }
 }
 
@@ -356,7 +378,8 @@ bool LOWERING::run() {
       top_level(decl);
     } catch (const REFUSED&) {
       if (fn)
-        for (const ITEM& item : fn->items) erase_tree(item.tree);
+        for (const ITEM& item : fn->items)
+          erase_tree(item.tree);
       fn = nullptr;
     }
   }

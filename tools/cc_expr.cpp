@@ -14,16 +14,26 @@ namespace {
 
 int operator_of(clang::BinaryOperatorKind kind) {
   switch (kind) {
-  case clang::BO_Mul: case clang::BO_MulAssign: return MULT;
-  case clang::BO_Div: case clang::BO_DivAssign: return DIV;
-  case clang::BO_Rem: case clang::BO_RemAssign: return MOD;
-  case clang::BO_Add: case clang::BO_AddAssign: return PLUS;
-  case clang::BO_Sub: case clang::BO_SubAssign: return MINUS;
-  case clang::BO_Shl: case clang::BO_ShlAssign: return SLL;
-  case clang::BO_Shr: case clang::BO_ShrAssign: return SRL;
-  case clang::BO_And: case clang::BO_AndAssign: return ANDB;
-  case clang::BO_Xor: case clang::BO_XorAssign: return XORB;
-  case clang::BO_Or: case clang::BO_OrAssign: return ORB;
+  case clang::BO_Mul:
+  case clang::BO_MulAssign: return MULT;
+  case clang::BO_Div:
+  case clang::BO_DivAssign: return DIV;
+  case clang::BO_Rem:
+  case clang::BO_RemAssign: return MOD;
+  case clang::BO_Add:
+  case clang::BO_AddAssign: return PLUS;
+  case clang::BO_Sub:
+  case clang::BO_SubAssign: return MINUS;
+  case clang::BO_Shl:
+  case clang::BO_ShlAssign: return SLL;
+  case clang::BO_Shr:
+  case clang::BO_ShrAssign: return SRL;
+  case clang::BO_And:
+  case clang::BO_AndAssign: return ANDB;
+  case clang::BO_Xor:
+  case clang::BO_XorAssign: return XORB;
+  case clang::BO_Or:
+  case clang::BO_OrAssign: return ORB;
   case clang::BO_EQ: return EQ;
   case clang::BO_NE: return NEQ;
   case clang::BO_LT: return LT;
@@ -36,7 +46,8 @@ int operator_of(clang::BinaryOperatorKind kind) {
 
 // A place that can be evaluated again without effect or change of meaning.
 bool is_fixed_place(const NODE* place) {
-  while (place->op == STDOT || place->op == VFIELD) place = place->left;
+  while (place->op == STDOT || place->op == VFIELD)
+    place = place->left;
   return place->op == NAME;
 }
 
@@ -59,12 +70,15 @@ NODE* LOWERING::effect(const clang::Expr* e) {
 NODE* LOWERING::lower(const clang::Expr* e) {
   switch (e->getStmtClass()) {
   case clang::Stmt::ParenExprClass: return lower(llvm::cast<clang::ParenExpr>(e)->getSubExpr());
-  case clang::Stmt::ConstantExprClass: return lower(llvm::cast<clang::ConstantExpr>(e)->getSubExpr());
+  case clang::Stmt::ConstantExprClass:
+    return lower(llvm::cast<clang::ConstantExpr>(e)->getSubExpr());
   case clang::Stmt::ExprWithCleanupsClass:
     return lower(llvm::cast<clang::ExprWithCleanups>(e)->getSubExpr());
-  case clang::Stmt::ImplicitCastExprClass: return lower(llvm::cast<clang::ImplicitCastExpr>(e)->getSubExpr());
+  case clang::Stmt::ImplicitCastExprClass:
+    return lower(llvm::cast<clang::ImplicitCastExpr>(e)->getSubExpr());
   case clang::Stmt::CStyleCastExprClass: return explicit_cast(llvm::cast<clang::CStyleCastExpr>(e));
-  case clang::Stmt::DeclRefExprClass: return declaration_reference(llvm::cast<clang::DeclRefExpr>(e));
+  case clang::Stmt::DeclRefExprClass:
+    return declaration_reference(llvm::cast<clang::DeclRefExpr>(e));
   case clang::Stmt::IntegerLiteralClass: {
     auto* literal = llvm::cast<clang::IntegerLiteral>(e);
     return icon(literal->getValue().getZExtValue(), type_of(literal->getType(), e->getExprLoc()));
@@ -85,23 +99,27 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   case clang::Stmt::PredefinedExprClass:
     return string_literal(llvm::cast<clang::PredefinedExpr>(e)->getFunctionName());
   case clang::Stmt::MemberExprClass: return member_expression(llvm::cast<clang::MemberExpr>(e));
-  case clang::Stmt::ArraySubscriptExprClass: return subscript(llvm::cast<clang::ArraySubscriptExpr>(e));
+  case clang::Stmt::ArraySubscriptExprClass:
+    return subscript(llvm::cast<clang::ArraySubscriptExpr>(e));
   case clang::Stmt::ExtVectorElementExprClass:
     return vector_element(llvm::cast<clang::ExtVectorElementExpr>(e));
   case clang::Stmt::UnaryOperatorClass: return unary(llvm::cast<clang::UnaryOperator>(e));
   case clang::Stmt::CompoundAssignOperatorClass:
     return compound_assignment(llvm::cast<clang::CompoundAssignOperator>(e));
   case clang::Stmt::BinaryOperatorClass: return binary(llvm::cast<clang::BinaryOperator>(e));
-  case clang::Stmt::ConditionalOperatorClass: return conditional(llvm::cast<clang::ConditionalOperator>(e));
+  case clang::Stmt::ConditionalOperatorClass:
+    return conditional(llvm::cast<clang::ConditionalOperator>(e));
   case clang::Stmt::UnaryExprOrTypeTraitExprClass:
     return size_or_alignment(llvm::cast<clang::UnaryExprOrTypeTraitExpr>(e));
   case clang::Stmt::OffsetOfExprClass: return offset_of(llvm::cast<clang::OffsetOfExpr>(e));
   case clang::Stmt::CallExprClass: return call(llvm::cast<clang::CallExpr>(e));
   case clang::Stmt::VAArgExprClass: return variable_argument(llvm::cast<clang::VAArgExpr>(e));
-  case clang::Stmt::CompoundLiteralExprClass: return compound_literal(llvm::cast<clang::CompoundLiteralExpr>(e));
+  case clang::Stmt::CompoundLiteralExprClass:
+    return compound_literal(llvm::cast<clang::CompoundLiteralExpr>(e));
   case clang::Stmt::InitListExprClass: {
     auto* list = llvm::cast<clang::InitListExpr>(e);
-    if (list->getType()->isVectorType()) return vector_list(list, value_type(type_of(list->getType(), e->getExprLoc())));
+    if (list->getType()->isVectorType())
+      return vector_list(list, value_type(type_of(list->getType(), e->getExprLoc())));
     if (list->getNumInits() == 1) return lower(list->getInit(0));
     break;
   }
@@ -111,16 +129,21 @@ NODE* LOWERING::lower(const clang::Expr* e) {
     auto* selection = llvm::cast<clang::GenericSelectionExpr>(e);
     const clang::Expr* control = selection->getControllingExpr();
     TYPE* ours = value_type(type_of_expression(control));
-    const bool agrees = !ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc()));
+    const bool agrees =
+        !ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc()));
     if (!agrees) refuse(e->getExprLoc(), "selection by a type that depends on the width of 'char'");
     return lower(selection->getResultExpr());
   }
-  case clang::Stmt::StmtExprClass: refuse(e->getExprLoc(), "statement expressions are not supported");
-  case clang::Stmt::AddrLabelExprClass: refuse(e->getExprLoc(), "addresses of labels are not supported");
-  case clang::Stmt::ImaginaryLiteralClass: refuse(e->getExprLoc(), "complex numbers are not supported");
+  case clang::Stmt::StmtExprClass:
+    refuse(e->getExprLoc(), "statement expressions are not supported");
+  case clang::Stmt::AddrLabelExprClass:
+    refuse(e->getExprLoc(), "addresses of labels are not supported");
+  case clang::Stmt::ImaginaryLiteralClass:
+    refuse(e->getExprLoc(), "complex numbers are not supported");
   default: break;
   }
-  refuse(e->getExprLoc(), std::string("expression '") + e->getStmtClassName() + "' is not supported");
+  refuse(e->getExprLoc(),
+         std::string("expression '") + e->getStmtClassName() + "' is not supported");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -160,7 +183,8 @@ NODE* LOWERING::member_expression(const clang::MemberExpr* e) {
   fkMDATA* m = member(field);
   if (e->isArrow()) return member_at(value(e->getBase()), m);
   NODE* aggregate = lower(e->getBase());
-  if (!is_place(aggregate) && m->type->is_array()) aggregate = in_memory(aggregate, e->getExprLoc());
+  if (!is_place(aggregate) && m->type->is_array())
+    aggregate = in_memory(aggregate, e->getExprLoc());
   return member_of(aggregate, m);
 }
 
@@ -216,7 +240,8 @@ NODE* LOWERING::steady_place(NODE* place, NODE*& setup, SourceLocation at) {
 // Operators
 
 bool LOWERING::is_null_constant(const clang::Expr* e) {
-  return e->isNullPointerConstant(ctx, clang::Expr::NPC_ValueDependentIsNull) != clang::Expr::NPCK_NotNull;
+  return e->isNullPointerConstant(ctx, clang::Expr::NPC_ValueDependentIsNull) !=
+         clang::Expr::NPCK_NotNull;
 }
 
 NODE* LOWERING::unary(const clang::UnaryOperator* e) {
@@ -240,7 +265,8 @@ NODE* LOWERING::unary(const clang::UnaryOperator* e) {
     return object_at(pointer);
   }
   case clang::UO_Plus: return promote(value(sub));
-  case clang::UO_Minus: case clang::UO_Not: {
+  case clang::UO_Minus:
+  case clang::UO_Not: {
     NODE* x = promote(value(sub));
     if (e->getOpcode() == clang::UO_Minus && x->op == ICON) {
       NODE* negative = maketree(UMINUS, x, nullptr, value_type(x->type));
@@ -248,16 +274,20 @@ NODE* LOWERING::unary(const clang::UnaryOperator* e) {
       erase_tree(negative);
       return folded;
     }
-    return maketree(e->getOpcode() == clang::UO_Minus ? UMINUS : NOTB, x, nullptr, value_type(x->type));
+    return maketree(e->getOpcode() == clang::UO_Minus ? UMINUS : NOTB, x, nullptr,
+                    value_type(x->type));
   }
   case clang::UO_LNot: {
     NODE* x = value(sub);
-    if (x->type->is_vector()) return compare(EQ, x, zero_of(value_type(value_type(x->type)->elem_type())));
+    if (x->type->is_vector())
+      return compare(EQ, x, zero_of(value_type(value_type(x->type)->elem_type())));
     TYPE* type = value_type(x->type);
     return type->is_int() ? mk_EXCLAIM(x) : compare(EQ, x, zero_of(type));
   }
-  case clang::UO_PostInc: case clang::UO_PostDec: case clang::UO_PreInc: case clang::UO_PreDec:
-    return increment(e);
+  case clang::UO_PostInc:
+  case clang::UO_PostDec:
+  case clang::UO_PreInc:
+  case clang::UO_PreDec: return increment(e);
   default: refuse(at, "this operator is not supported");
   }
 }
@@ -266,7 +296,8 @@ NODE* LOWERING::increment(const clang::UnaryOperator* e) {
   const SourceLocation at = e->getExprLoc();
   NODE* place = lower(e->getSubExpr());
   TYPE* type = value_type(place->type);
-  if (!type->is_scalar() || !is_place(place)) refuse(at, "increment of this operand is not supported");
+  if (!type->is_scalar() || !is_place(place))
+    refuse(at, "increment of this operand is not supported");
   const bool up = e->isIncrementOp();
   if (type->is_bool()) {
     NODE* setup = nullptr;
@@ -282,9 +313,12 @@ NODE* LOWERING::increment(const clang::UnaryOperator* e) {
     return mk_COMMAOP(mk_COMMAOP(setup, keep), mk_COMMAOP(assign(place, moved), name_node(old)));
   }
   NODE* amount;
-  if (type->is_pointer()) amount = element_units(type, icon(1, ptrdiff_type()));
-  else if (type->is_float()) amount = fcon(1, type);
-  else amount = icon(1, type->size < int_type()->size ? int_type() : type);
+  if (type->is_pointer())
+    amount = element_units(type, icon(1, ptrdiff_type()));
+  else if (type->is_float())
+    amount = fcon(1, type);
+  else
+    amount = icon(1, type->size < int_type()->size ? int_type() : type);
   if (e->isPrefix()) return maketree(up ? PLUSASG : MINUSASG, place, amount, type);
   return maketree(up ? PLUSPLUS : MINMIN, place, amount, type);
 }
@@ -292,7 +326,8 @@ NODE* LOWERING::increment(const clang::UnaryOperator* e) {
 NODE* LOWERING::additive(int op, NODE* left, NODE* right, SourceLocation at) {
   left = decay(left);
   right = decay(right);
-  const bool left_is_pointer = left->type->is_pointer(), right_is_pointer = right->type->is_pointer();
+  const bool left_is_pointer = left->type->is_pointer(),
+             right_is_pointer = right->type->is_pointer();
   if (!left_is_pointer && !right_is_pointer) return arithmetic(op, left, right);
   for (const NODE* side : {left, right})
     if (side->type->is_pointer() && !pointee(side->type)->is_void())
@@ -306,9 +341,16 @@ NODE* LOWERING::additive(int op, NODE* left, NODE* right, SourceLocation at) {
 
 NODE* LOWERING::apply(int op, NODE* left, NODE* right, SourceLocation at) {
   switch (op) {
-  case PLUS: case MINUS: return additive(op, left, right, at);
-  case SLL: case SRL: return shift(op, left, right);
-  case EQ: case NEQ: case LT: case LE: case GT: case GE: return compare(op, left, right);
+  case PLUS:
+  case MINUS: return additive(op, left, right, at);
+  case SLL:
+  case SRL: return shift(op, left, right);
+  case EQ:
+  case NEQ:
+  case LT:
+  case LE:
+  case GT:
+  case GE: return compare(op, left, right);
   default: return arithmetic(op, left, right);
   }
 }
@@ -332,7 +374,8 @@ NODE* LOWERING::binary(const clang::BinaryOperator* e) {
       refuse(at, "assignment to several vector elements is not supported");
     return assign(place, value(e->getRHS()));
   }
-  case clang::BO_LAnd: case clang::BO_LOr:
+  case clang::BO_LAnd:
+  case clang::BO_LOr:
     if (e->getType()->isVectorType()) refuse(at, "this operator is not supported for vectors");
     return logical(e->getOpcode() == clang::BO_LAnd ? ANDAND : OROR, e);
   default: break;
@@ -343,8 +386,8 @@ NODE* LOWERING::binary(const clang::BinaryOperator* e) {
   return apply(op, left, value(e->getRHS()), at);
 }
 
-// One operator where its rule gives C's value. A bit-field that C promotes to int computes in its own
-// type there, which differs where signs matter; a bool and a vector are spelled out too.
+// One operator where its rule gives C's value. A bit-field that C promotes to int computes in its
+// own type there, which differs where signs matter; a bool and a vector are spelled out too.
 NODE* LOWERING::compound_assignment(const clang::CompoundAssignOperator* e) {
   const SourceLocation at = e->getOperatorLoc();
   const int op = operator_of(e->getOpcode());
@@ -357,7 +400,8 @@ NODE* LOWERING::compound_assignment(const clang::CompoundAssignOperator* e) {
     complete(pointee(type)->is_void() ? char_type() : pointee(type), at);
     return maketree(opASG_of_op[op], place, element_units(type, operand), type);
   }
-  const bool is_plain = !type->is_bool() && !type->is_vector() && place->op != VFIELD && !bit_field_of(place);
+  const bool is_plain =
+      !type->is_bool() && !type->is_vector() && place->op != VFIELD && !bit_field_of(place);
   if (is_plain) return maketree(opASG_of_op[op], place, promote(operand), type);
   NODE* setup = nullptr;
   place = steady_place(place, setup, at);
@@ -367,7 +411,8 @@ NODE* LOWERING::compound_assignment(const clang::CompoundAssignOperator* e) {
 
 NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
   const SourceLocation at = e->getQuestionLoc();
-  if (e->getCond()->getType()->isVectorType()) refuse(at, "this operator is not supported for vectors");
+  if (e->getCond()->getType()->isVectorType())
+    refuse(at, "this operator is not supported for vectors");
   NODE* condition = truth(value(e->getCond()));
   NODE *a, *b;
   TYPE* type;
@@ -386,8 +431,10 @@ NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
     if (a->type->is_pointer() || b->type->is_pointer()) {
       // A null constant takes the other's type; else void* wins, and qualifiers add up.
       TYPE *x = value_type(a->type), *y = value_type(b->type);
-      if (!x->is_pointer() || is_null_constant(e->getTrueExpr())) type = y;
-      else if (!y->is_pointer() || is_null_constant(e->getFalseExpr())) type = x;
+      if (!x->is_pointer() || is_null_constant(e->getTrueExpr()))
+        type = y;
+      else if (!y->is_pointer() || is_null_constant(e->getFalseExpr()))
+        type = x;
       else {
         TYPE* to = pointee(y)->is_void() ? pointee(y) : pointee(x);
         type = tp->mk_ptr(qualified(to, pointee(x)->qual_kind(true) | pointee(y)->qual_kind(true)));
@@ -433,13 +480,16 @@ NODE* LOWERING::explicit_cast(const clang::CStyleCastExpr* e) {
 
 NODE* LOWERING::size_or_alignment(const clang::UnaryExprOrTypeTraitExpr* e) {
   const SourceLocation at = e->getOperatorLoc();
-  TYPE* type = e->isArgumentType() ? type_of(e->getArgumentTypeInfo()) : type_of_expression(e->getArgumentExpr());
+  TYPE* type = e->isArgumentType() ? type_of(e->getArgumentTypeInfo())
+                                   : type_of_expression(e->getArgumentExpr());
   switch (e->getKind()) {
   case clang::UETT_SizeOf:
     if (type->is_void() || type->is_func()) return icon(1, size_type());
     return icon(size_in_units(complete(type, at)), size_type());
-  case clang::UETT_AlignOf: case clang::UETT_PreferredAlignOf: {
-    while (type->is_array()) type = type->underlying_type()->elem_type();
+  case clang::UETT_AlignOf:
+  case clang::UETT_PreferredAlignOf: {
+    while (type->is_array())
+      type = type->underlying_type()->elem_type();
     return icon(complete(type, at)->align / UNIT_BITS, size_type());
   }
   default: refuse(at, "this operator is not supported");
@@ -454,12 +504,14 @@ NODE* LOWERING::offset_of(const clang::OffsetOfExpr* e) {
     if (node.getKind() == clang::OffsetOfNode::Field) {
       const fkMDATA* m = member(node.getField());
       if (m->is_bitfield()) refuse(e->getExprLoc(), "offset of a bit-field");
-      offset = arithmetic(PLUS, offset, icon(m->bit_offset / static_cast<long>(UNIT_BITS), size_type()));
+      offset =
+          arithmetic(PLUS, offset, icon(m->bit_offset / static_cast<long>(UNIT_BITS), size_type()));
       type = m->type;
     } else if (node.getKind() == clang::OffsetOfNode::Array) {
       type = type->underlying_type()->elem_type();
       NODE* index = convert(value(e->getIndexExpr(node.getArrayExprIndex())), size_type());
-      offset = arithmetic(PLUS, offset, arithmetic(MULT, index, icon(size_in_units(type), size_type())));
+      offset =
+          arithmetic(PLUS, offset, arithmetic(MULT, index, icon(size_in_units(type), size_type())));
     } else {
       refuse(e->getExprLoc(), "this member is not supported");
     }

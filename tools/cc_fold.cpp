@@ -13,8 +13,10 @@ using RESULT = std::optional<CONSTANT>;
 
 RESULT integer(INT65 v, TYPE* type) {
   CONSTANT c;
-  if (type->is_bool()) c.integer = !v.is_zero();
-  else c.integer = truncate_to_type(v, type->is_pointer() ? size_type() : type);
+  if (type->is_bool())
+    c.integer = !v.is_zero();
+  else
+    c.integer = truncate_to_type(v, type->is_pointer() ? size_type() : type);
   return c;
 }
 
@@ -58,11 +60,10 @@ RESULT converted(const CONSTANT& c, TYPE* to) {
     return c;
   }
   if (to->is_float())
-    return floating(c.kind == CONSTANT::FLOATING
-                        ? c.floating
-                        : to->size == 32 && !c.integer.is_negative() ? static_cast<float>(c.integer.low)
-                          : to->size == 32 ? static_cast<float>(static_cast<int64_t>(c.integer.low))
-                                           : as_double(c.integer),
+    return floating(c.kind == CONSTANT::FLOATING                 ? c.floating
+                    : to->size == 32 && !c.integer.is_negative() ? static_cast<float>(c.integer.low)
+                    : to->size == 32 ? static_cast<float>(static_cast<int64_t>(c.integer.low))
+                                     : as_double(c.integer),
                     to);
   return integer(c.kind == CONSTANT::FLOATING ? truncated(c.floating) : c.integer, to);
 }
@@ -91,9 +92,12 @@ RESULT compared(int op, const CONSTANT& a, const CONSTANT& b) {
   switch (op) {
   case EQ: return truth_value(x == y);
   case NEQ: return truth_value(x != y);
-  case LE: case ULE: return truth_value(x <= y);
-  case LT: case ULT: return truth_value(x < y);
-  case GE: case UGE: return truth_value(x >= y);
+  case LE:
+  case ULE: return truth_value(x <= y);
+  case LT:
+  case ULT: return truth_value(x < y);
+  case GE:
+  case UGE: return truth_value(x >= y);
   default: return truth_value(x > y);
   }
 }
@@ -159,7 +163,8 @@ RESULT address(const NODE* place) {
     return c;
   }
   case UMULT: return evaluate(place->left);
-  case STDOT: case STREF: {
+  case STDOT:
+  case STREF: {
     RESULT c = place->op == STDOT ? address(place->left) : evaluate(place->left);
     if (!c || place->right->mval->is_bitfield()) return {};
     c->integer += INT65(place->right->mval->bit_offset / static_cast<long>(UNIT_BITS));
@@ -187,11 +192,14 @@ RESULT evaluate(const NODE* tree) {
     return c;
   }
   case UAND: return address(tree->left);
-  case SCONV: case PCONV: case ACONV: {
+  case SCONV:
+  case PCONV:
+  case ACONV: {
     RESULT c = evaluate(tree->left);
     return c ? converted(*c, type) : c;
   }
-  case UMINUS: case NOTB: {
+  case UMINUS:
+  case NOTB: {
     if (type->is_vector()) return {};
     RESULT c = evaluate(tree->left);
     if (!c || c->kind == CONSTANT::ADDRESS) return {};
@@ -202,7 +210,8 @@ RESULT evaluate(const NODE* tree) {
     RESULT c = evaluate(tree->left);
     return c ? truth_value(!is_true(*c)) : c;
   }
-  case ANDAND: case OROR: {
+  case ANDAND:
+  case OROR: {
     RESULT a = evaluate(tree->left);
     if (!a) return {};
     if (is_true(*a) == (tree->op == OROR)) return truth_value(tree->op == OROR);
@@ -214,19 +223,36 @@ RESULT evaluate(const NODE* tree) {
     if (!c) return {};
     return evaluate(is_true(*c) ? tree->right->left : tree->right->right);
   }
-  case EQ: case NEQ: case LE: case LT: case GE: case GT: case ULE: case ULT: case UGE: case UGT: {
+  case EQ:
+  case NEQ:
+  case LE:
+  case LT:
+  case GE:
+  case GT:
+  case ULE:
+  case ULT:
+  case UGE:
+  case UGT: {
     if (type->is_vector()) return {};
     RESULT a = evaluate(tree->left), b = evaluate(tree->right);
     if (!a || !b) return {};
     RESULT result = compared(tree->op, *a, *b);
     return result ? converted(*result, type) : result;
   }
-  case SLL: case SRL: {
+  case SLL:
+  case SRL: {
     RESULT a = evaluate(tree->left), b = evaluate(tree->right);
     if (!a || !b || a->kind != CONSTANT::INTEGER || b->kind != CONSTANT::INTEGER) return {};
     return type->is_int() ? shifted(tree->op, a->integer, b->integer, type) : RESULT();
   }
-  case PLUS: case MINUS: case MULT: case DIV: case MOD: case ANDB: case ORB: case XORB: {
+  case PLUS:
+  case MINUS:
+  case MULT:
+  case DIV:
+  case MOD:
+  case ANDB:
+  case ORB:
+  case XORB: {
     if (type->is_vector()) return {};
     RESULT a = evaluate(tree->left), b = evaluate(tree->right);
     if (!a || !b) return {};
@@ -247,7 +273,8 @@ std::optional<INT65> evaluate_integer(const NODE* tree) {
 static NODE* cast_address(NODE* tree, TYPE* type) {
   TYPE* from = value_type(tree->type);
   if (from == type) return tree;
-  const bool is_same = type->is_pointer() && pointee(from)->underlying_type() == pointee(type)->underlying_type();
+  const bool is_same =
+      type->is_pointer() && pointee(from)->underlying_type() == pointee(type)->underlying_type();
   return is_same ? tree : maketree(PCONV, tree, nullptr, type);
 }
 

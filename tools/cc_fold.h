@@ -1,5 +1,5 @@
-// Values of constant expressions, computed on trees: so sizes, promotions and widths are the target's
-// by construction.
+// Values of constant expressions, computed on trees: so sizes, promotions and widths are the
+// target's by construction.
 #pragma once
 
 #include "OPT5/node.h"
@@ -11,7 +11,7 @@ namespace cc {
 // A constant: a number, or an address given as an object and a distance in units.
 struct CONSTANT {
   enum KIND { INTEGER, FLOATING, ADDRESS } kind = INTEGER;
-  INT65 integer = 0;    // of ADDRESS: the distance
+  INT65 integer = 0; // of ADDRESS: the distance
   double floating = 0;
   const NODE* base = nullptr; // of ADDRESS: NAME or SCON in the tree that was evaluated
 };

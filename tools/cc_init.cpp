@@ -43,8 +43,10 @@ const clang::Expr* plain(const clang::Expr* e) {
 NODE* place_at(SYMTAB* sym, const std::vector<STEP>& path) {
   NODE* place = name_node(sym);
   for (const STEP& s : path) {
-    if (s.field) place = member_of(place, s.field);
-    else place = object_at(step(PLUS, decay(place), icon(INT65(s.index), ptrdiff_type())));
+    if (s.field)
+      place = member_of(place, s.field);
+    else
+      place = object_at(step(PLUS, decay(place), icon(INT65(s.index), ptrdiff_type())));
   }
   return place;
 }
@@ -65,7 +67,8 @@ public:
 
   // The roots for an object of that size.
   std::list<BASE_NODE*> roots(unsigned long units) {
-    for (const auto& [at, word] : bits) trees[at] = icon(word, tp->mk_plain_uint());
+    for (const auto& [at, word] : bits)
+      trees[at] = icon(word, tp->mk_plain_uint());
     std::list<BASE_NODE*> list;
     unsigned long next = 0;
     for (const auto& [at, tree] : trees) {
@@ -136,10 +139,12 @@ private:
   void walk_array(TYPE* type, unsigned long at, const clang::InitListExpr* list) {
     if (list->isStringLiteralInit()) return walk(type, at, nullptr, list->getInit(0));
     const TYPE* array = type->underlying_type();
-    if (!array->is_complete()) low.refuse(list->getExprLoc(), "initialiser of a flexible array member");
+    if (!array->is_complete())
+      low.refuse(list->getExprLoc(), "initialiser of a flexible array member");
     const unsigned long count = array->array_parts()->count;
     TYPE* elem = array->elem_type();
-    if (list->getNumInits() > count) low.refuse(list->getExprLoc(), "excess elements in the initialiser");
+    if (list->getNumInits() > count)
+      low.refuse(list->getExprLoc(), "excess elements in the initialiser");
     if (list->getNumInits() < count) leaves_zeros = true;
     if (const clang::Expr* filler = list->getArrayFiller();
         filler && list->getNumInits() < count && !llvm::isa<clang::ImplicitValueInitExpr>(filler) &&
@@ -155,15 +160,18 @@ private:
   void walk_member(unsigned long at, const clang::FieldDecl* field, const clang::Expr* e) {
     fkMDATA* m = low.member(field);
     path.push_back({m, 0});
-    walk(m->type, at + static_cast<unsigned long>(m->bit_offset), m->is_bitfield() ? m : nullptr, e);
+    walk(m->type, at + static_cast<unsigned long>(m->bit_offset), m->is_bitfield() ? m : nullptr,
+         e);
     path.pop_back();
   }
 
   void walk_record(unsigned long at, const clang::InitListExpr* list) {
-    const clang::RecordDecl* record = list->getType()->castAs<clang::RecordType>()->getDecl()->getDefinition();
+    const clang::RecordDecl* record =
+        list->getType()->castAs<clang::RecordType>()->getDecl()->getDefinition();
     if (record->isUnion()) {
       leaves_zeros = true; // the first member may be narrower than the others
-      if (const clang::FieldDecl* field = list->getInitializedFieldInUnion(); field && list->getNumInits())
+      if (const clang::FieldDecl* field = list->getInitializedFieldInUnion();
+          field && list->getNumInits())
         walk_member(at, field, list->getInit(0));
       return;
     }
@@ -174,7 +182,8 @@ private:
         leaves_zeros = true;
         return;
       }
-      if (field->getType()->isIncompleteArrayType()) { // a flexible array member has no initial value
+      if (field->getType()
+              ->isIncompleteArrayType()) { // a flexible array member has no initial value
         if (list->getInit(k) && !llvm::isa<clang::ImplicitValueInitExpr>(list->getInit(k)))
           low.refuse(list->getInit(k)->getExprLoc(), "initialiser of a flexible array member");
         k++;
@@ -202,7 +211,8 @@ void LOWERING::check_designators(const clang::InitListExpr* list) {
     if (!designated) continue;
     for (const clang::DesignatedInitExpr::Designator& d : designated->designators()) {
       if (d.isFieldDesignator()) continue;
-      if (d.isArrayRangeDesignator()) refuse(designated->getExprLoc(), "designator of a range is not supported");
+      if (d.isArrayRangeDesignator())
+        refuse(designated->getExprLoc(), "designator of a range is not supported");
       const clang::Expr* index = designated->getArrayIndex(d);
       if (constant_of(index) != INT65(index->EvaluateKnownConstInt(ctx).getExtValue()))
         refuse(index->getExprLoc(), "designator depends on the width of 'char'");
@@ -235,10 +245,14 @@ void LOWERING::static_initialiser(SYMTAB* sym, const clang::Expr* init) {
     }
     NODE* tree = convert(value(leaf.value), leaf.type);
     const std::optional<CONSTANT> c = evaluate(tree);
-    if (!c || leaf.type->is_csu() || leaf.type->is_vector()) refuse(at, "initialiser is not a constant");
-    if (!leaf.bit_field) contents.add(leaf, constant_tree(*c, leaf.type));
-    else if (c->kind == CONSTANT::INTEGER) contents.add_bits(leaf, c->integer);
-    else refuse(at, "initialiser of a bit-field is not a number");
+    if (!c || leaf.type->is_csu() || leaf.type->is_vector())
+      refuse(at, "initialiser is not a constant");
+    if (!leaf.bit_field)
+      contents.add(leaf, constant_tree(*c, leaf.type));
+    else if (c->kind == CONSTANT::INTEGER)
+      contents.add_bits(leaf, c->integer);
+    else
+      refuse(at, "initialiser of a bit-field is not a number");
     erase_tree(tree);
   }
   sym->set_init_list(contents.roots(size_in_units(sym->type)));
@@ -267,17 +281,21 @@ void LOWERING::initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE
     NODE* place = place_at(sym, leaf.path);
     NODE* store = assign(place, value(leaf.value));
     const bool is_simple = !leaf.type->is_csu() && !leaf.type->is_vector();
-    const std::optional<CONSTANT> c = copies_constant && is_simple ? evaluate(store->right) : std::nullopt;
+    const std::optional<CONSTANT> c =
+        copies_constant && is_simple ? evaluate(store->right) : std::nullopt;
     if (!c || (leaf.bit_field && c->kind != CONSTANT::INTEGER)) {
       assignments.push_back(store);
       continue;
     }
-    if (leaf.bit_field) contents.add_bits(leaf, c->integer);
-    else contents.add(leaf, constant_tree(*c, leaf.type));
+    if (leaf.bit_field)
+      contents.add_bits(leaf, c->integer);
+    else
+      contents.add(leaf, constant_tree(*c, leaf.type));
     erase_tree(store);
   }
   if (!copies_constant) return;
-  SYMTAB* image = static_object(std::string("$init$") + fn->symbol->name, type->underlying_type(), init->getBeginLoc());
+  SYMTAB* image = static_object(std::string("$init$") + fn->symbol->name, type->underlying_type(),
+                                init->getBeginLoc());
   image->cqual |= CQ_READ_ONLY;
   image->set_init_list(contents.roots(size_in_units(type)));
   initialised.push_back(image);
@@ -296,21 +314,25 @@ NODE* LOWERING::compound_literal(const clang::CompoundLiteralExpr* e) {
     static_initialiser(sym, e->getInitializer());
     return name_node(sym);
   }
-  SYMTAB* sym = add_local("$literal" + std::to_string(fn->next_temp++), type, SC_AUTO, e->getExprLoc());
+  SYMTAB* sym =
+      add_local("$literal" + std::to_string(fn->next_temp++), type, SC_AUTO, e->getExprLoc());
   std::vector<NODE*> assignments;
   initialise(sym, e->getInitializer(), assignments);
   NODE* all = nullptr;
-  for (NODE* tree : assignments) all = mk_COMMAOP(all, tree);
+  for (NODE* tree : assignments)
+    all = mk_COMMAOP(all, tree);
   return object_at(mk_COMMAOP(all, address_of(name_node(sym))));
 }
 
 NODE* LOWERING::vector_list(const clang::InitListExpr* list, TYPE* type) {
   TYPE* lane = type->elem_type();
   const unsigned long count = type->array_parts()->count;
-  if (list->getNumInits() == 1 && list->getInit(0)->getType()->isVectorType()) return lower(list->getInit(0));
+  if (list->getNumInits() == 1 && list->getInit(0)->getType()->isVectorType())
+    return lower(list->getInit(0));
   NODE* lanes = nullptr;
   for (unsigned long k = 0; k < count; k++) {
-    NODE* x = k < list->getNumInits() ? value(list->getInit(static_cast<unsigned>(k))) : zero_of(lane);
+    NODE* x =
+        k < list->getNumInits() ? value(list->getInit(static_cast<unsigned>(k))) : zero_of(lane);
     if (x->type->is_vector() || list->getNumInits() > count)
       refuse(list->getExprLoc(), "vectors among the elements of a vector are not supported");
     x = convert(x, lane);

@@ -1,11 +1,11 @@
 // The lowering of a parsed unit to icode.
 //
-// Types of expressions are computed bottom up on the target's types: of the parser's tree only names,
-// operators, declarations and types as written count. Its implicit conversions are passed over, since
-// they follow from widths that the target doesn't have.
+// Types of expressions are computed bottom up on the target's types: of the parser's tree only
+// names, operators, declarations and types as written count. Its implicit conversions are passed
+// over, since they follow from widths that the target doesn't have.
 //
-// A construct that is refused is reported where it stands and throws REFUSED, which ends the statement
-// or declaration; no exception crosses the parser's frames.
+// A construct that is refused is reported where it stands and throws REFUSED, which ends the
+// statement or declaration; no exception crosses the parser's frames.
 #pragma once
 
 #include "clang/AST/ASTContext.h"
@@ -42,14 +42,14 @@ struct LOOP_PRAGMA {
 constexpr int PRAGMA_STATIC_LOCAL = '3', PRAGMA_ALWAYS_INLINE = 'X', PRAGMA_UNROLL = 'U',
               PRAGMA_MUST_ITERATE = 'M';
 
-// A place in a function's record list. Kept until the function's end, because the symbols of a block
-// stand before its statements and some of them turn up late.
+// A place in a function's record list. Kept until the function's end, because the symbols of a
+// block stand before its statements and some of them turn up late.
 struct ITEM {
   enum KIND { EXPRESSION, LABEL_RECORD, BLOCK_BEGIN, BLOCK_END, LOOP_NOTE } kind;
   NODE* tree = nullptr;
   PSN* psn = nullptr;
   int label = 0;
-  size_t block = 0;    // of BLOCK_BEGIN: index in FUNCTION::blocks
+  size_t block = 0; // of BLOCK_BEGIN: index in FUNCTION::blocks
   const LOOP_PRAGMA* note = nullptr;
 };
 
@@ -91,7 +91,7 @@ private:
   clang::ASTContext& ctx;
   clang::SourceManager& sm;
   I_FILE* out;
-  std::vector<std::string> options;       // of option set 0
+  std::vector<std::string> options;            // of option set 0
   std::map<std::string, unsigned> option_sets; // by the text of the attribute
   std::vector<LOOP_PRAGMA> loop_pragmas;
   size_t next_loop_pragma = 0;
@@ -137,7 +137,7 @@ private:
   const ENUM_VALUE& value_of(const clang::EnumConstantDecl* decl);
   // Members from `record` to the field, through unnamed structures.
   fkMDATA* member(const clang::FieldDecl* decl);
-  INT65 constant_of(const clang::Expr* e); // refuses what is not an integer constant
+  INT65 constant_of(const clang::Expr* e);              // refuses what is not an integer constant
   TYPE* complete(TYPE* type, clang::SourceLocation at); // refuses an incomplete type
 
   // --- Symbols and declarations (cc_decl.cpp)
@@ -212,7 +212,8 @@ private:
   NODE* offset_of(const clang::OffsetOfExpr* e);
   NODE* vector_element(const clang::ExtVectorElementExpr* e);
   NODE* in_memory(NODE* aggregate, clang::SourceLocation at); // a place with that value
-  // Makes a place that may be named twice: `setup` gets what must be evaluated first, or stays null.
+  // Makes a place that may be named twice: `setup` gets what must be evaluated first, or stays
+  // null.
   NODE* steady_place(NODE* place, NODE*& setup, clang::SourceLocation at);
   NODE* call(const clang::CallExpr* e);
   NODE* call_builtin(const clang::CallExpr* e, const clang::FunctionDecl* callee);

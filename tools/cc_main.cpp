@@ -61,9 +61,12 @@ int complain(const std::string& text) {
 bool take(const char* name, int argc, char** argv, int& k, std::string& value) {
   const size_t n = strlen(name);
   if (strncmp(argv[k], name, n) != 0) return false;
-  if (argv[k][n]) value = argv[k] + n;
-  else if (k + 1 < argc) value = argv[++k];
-  else return false;
+  if (argv[k][n])
+    value = argv[k] + n;
+  else if (k + 1 < argc)
+    value = argv[++k];
+  else
+    return false;
   return true;
 }
 
@@ -100,7 +103,8 @@ bool read_command(int argc, char** argv, COMMAND& command, std::string& fault) {
   if (command.input.empty()) fault = "expected an input file; try --help";
   if (command.output.empty())
     command.output = std::filesystem::path(command.input).replace_extension(".icode").string();
-  if (command.output == command.input) fault = command.input + ": the output would overwrite the input";
+  if (command.output == command.input)
+    fault = command.input + ": the output would overwrite the input";
   return fault.empty();
 }
 
@@ -112,31 +116,37 @@ public:
   LOOP_PRAGMA_HANDLER(const char* name, int pragma_kind, size_t most, std::vector<LOOP_PRAGMA>& to)
       : PragmaHandler(name), kind(pragma_kind), max_args(most), pragmas(to) {}
 
-  void HandlePragma(clang::Preprocessor& pp, clang::PragmaIntroducer, clang::Token& first) override {
+  void HandlePragma(clang::Preprocessor& pp, clang::PragmaIntroducer,
+                    clang::Token& first) override {
     LOOP_PRAGMA pragma{first.getLocation(), kind, {""}};
     clang::Token token;
     pp.Lex(token);
     bool is_good = token.is(clang::tok::l_paren);
     for (pp.Lex(token); is_good && token.isNot(clang::tok::r_paren); pp.Lex(token)) {
       uint64_t v;
-      if (token.is(clang::tok::comma)) pragma.args.emplace_back();
+      if (token.is(clang::tok::comma))
+        pragma.args.emplace_back();
       else if (token.is(clang::tok::numeric_constant) && pragma.args.back().empty() &&
                pp.parseSimpleIntegerLiteral(token, v)) {
         pragma.args.back() = std::to_string(v);
-        if (token.is(clang::tok::comma)) pragma.args.emplace_back(); // the literal's successor was read
+        if (token.is(clang::tok::comma))
+          pragma.args.emplace_back(); // the literal's successor was read
         if (token.is(clang::tok::r_paren)) break;
-      } else is_good = false;
+      } else
+        is_good = false;
       if (token.is(clang::tok::eod)) is_good = false;
     }
     if (!is_good || pragma.args.size() > max_args) {
       clang::DiagnosticsEngine& diags = pp.getDiagnostics();
-      diags.Report(first.getLocation(), diags.getCustomDiagID(clang::DiagnosticsEngine::Error,
-                                                              "pragma '%0' takes up to %1 integers in parentheses"))
+      diags.Report(first.getLocation(),
+                   diags.getCustomDiagID(clang::DiagnosticsEngine::Error,
+                                         "pragma '%0' takes up to %1 integers in parentheses"))
           << getName() << static_cast<unsigned>(max_args);
     } else {
       pragmas.push_back(std::move(pragma));
     }
-    while (token.isNot(clang::tok::eod)) pp.Lex(token);
+    while (token.isNot(clang::tok::eod))
+      pp.Lex(token);
   }
 
 private:
@@ -165,7 +175,8 @@ public:
     const bool is_sound = lowering.run();
     if (out->if_close(true, !is_sound) != 0 && is_sound)
       complain(command.output + ": cannot write: " + strerror(errno));
-    else succeeded = is_sound;
+    else
+      succeeded = is_sound;
     delete out;
     if (!succeeded) remove_output();
   }
@@ -186,7 +197,8 @@ std::string header_folder() {
 bool uses_coff_abi(const std::vector<std::string>& options) {
   bool result = false;
   for (const std::string& option : options)
-    if (const size_t at = option.find("abi="); at != std::string::npos && option.find_first_not_of('-') == at)
+    if (const size_t at = option.find("abi=");
+        at != std::string::npos && option.find_first_not_of('-') == at)
       result = option.substr(at + 4) == "coffabi";
   return result;
 }
@@ -202,16 +214,23 @@ int compile(const COMMAND& command) {
   // Its warnings speak of the parser's widths.
   diags.setSeverityForAll(clang::diag::Flavor::WarningOrError, clang::diag::Severity::Ignored);
   const clang::SourceLocation everywhere;
-  diags.setSeverity(clang::diag::ext_implicit_function_decl, clang::diag::Severity::Error, everywhere);
-  diags.setSeverity(clang::diag::warn_implicit_function_decl, clang::diag::Severity::Error, everywhere);
-  diags.setSeverity(clang::diag::warn_multichar_character_literal, clang::diag::Severity::Error, everywhere);
-  diags.setSeverity(clang::diag::warn_four_char_character_literal, clang::diag::Severity::Error, everywhere);
+  diags.setSeverity(clang::diag::ext_implicit_function_decl, clang::diag::Severity::Error,
+                    everywhere);
+  diags.setSeverity(clang::diag::warn_implicit_function_decl, clang::diag::Severity::Error,
+                    everywhere);
+  diags.setSeverity(clang::diag::warn_multichar_character_literal, clang::diag::Severity::Error,
+                    everywhere);
+  diags.setSeverity(clang::diag::warn_four_char_character_literal, clang::diag::Severity::Error,
+                    everywhere);
   // Checked again with the target's sizes.
-  diags.setSeverity(clang::diag::err_static_assert_failed, clang::diag::Severity::Ignored, everywhere);
-  diags.setSeverity(clang::diag::err_static_assert_requirement_failed, clang::diag::Severity::Ignored, everywhere);
+  diags.setSeverity(clang::diag::err_static_assert_failed, clang::diag::Severity::Ignored,
+                    everywhere);
+  diags.setSeverity(clang::diag::err_static_assert_requirement_failed,
+                    clang::diag::Severity::Ignored, everywhere);
 
   clang::LangOptions& language = instance.getLangOpts();
-  clang::TargetInfo* target = make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
+  clang::TargetInfo* target =
+      make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
   std::vector<std::string> implicit_includes;
   clang::CompilerInvocation::setLangDefaults(language, clang::Language::C, target->getTriple(),
                                              implicit_includes, clang::LangStandard::lang_gnu99);
@@ -224,11 +243,13 @@ int compile(const COMMAND& command) {
   instance.createFileManager();
   instance.createSourceManager(instance.getFileManager());
   clang::HeaderSearchOptions& search = instance.getHeaderSearchOpts();
-  search.UseBuiltinIncludes = search.UseStandardSystemIncludes = search.UseStandardCXXIncludes = false;
+  search.UseBuiltinIncludes = search.UseStandardSystemIncludes = search.UseStandardCXXIncludes =
+      false;
   for (const std::string& dir : command.include_dirs)
     search.AddPath(dir, clang::frontend::Angled, false, true);
   search.AddPath(header_folder(), clang::frontend::System, false, true);
-  for (const std::string& macro : command.macros) instance.getPreprocessorOpts().addMacroDef(macro);
+  for (const std::string& macro : command.macros)
+    instance.getPreprocessorOpts().addMacroDef(macro);
   instance.createPreprocessor(clang::TU_Complete);
   clang::Preprocessor& pp = instance.getPreprocessor();
   pp.getBuiltinInfo().initializeBuiltins(pp.getIdentifierTable(), language);
@@ -274,4 +295,6 @@ int run_compiler(int argc, char** argv) {
 
 } // namespace cc
 
-int main(int argc, char** argv) { return cc::run_compiler(argc, argv); }
+int main(int argc, char** argv) {
+  return cc::run_compiler(argc, argv);
+}

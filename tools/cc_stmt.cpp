@@ -17,7 +17,8 @@ constexpr unsigned long MAX_CASE_RANGE = 1024; // values of one `case a ... b`
 
 void LOWERING::emit(NODE* tree, PSN* psn) {
   if (const char* fault = verify_statement(tree)) {
-    const clang::SourceLocation at = sm.translateLineCol(sm.getMainFileID(), psn ? psn->line : 1, 1);
+    const clang::SourceLocation at =
+        sm.translateLineCol(sm.getMainFileID(), psn ? psn->line : 1, 1);
     refuse(at, std::string("internal error: ") + fault + ": " + tree_text(tree));
   }
   ITEM item{ITEM::EXPRESSION};
@@ -47,7 +48,9 @@ int LOWERING::label_of(const clang::LabelDecl* decl) {
   return label;
 }
 
-void LOWERING::emit_branch(int label, PSN* psn) { emit(branch(label), psn); }
+void LOWERING::emit_branch(int label, PSN* psn) {
+  emit(branch(label), psn);
+}
 
 void LOWERING::branch_if(NODE* condition, int label, PSN* psn) {
   emit(maketree(CBRANCH, truth(condition), label_node(label), tp->mk_void()), psn);
@@ -84,7 +87,8 @@ void LOWERING::loop_notes(SourceLocation loop) {
 // A statement that is refused doesn't keep the following ones from being looked at.
 void LOWERING::statement(const clang::Stmt* s) {
   const std::vector<size_t> open = fn->open_blocks;
-  const size_t breaks = fn->breaks.size(), continues = fn->continues.size(), switches = fn->switches.size();
+  const size_t breaks = fn->breaks.size(), continues = fn->continues.size(),
+               switches = fn->switches.size();
   try {
     lower_statement(s);
   } catch (const REFUSED&) {
@@ -96,7 +100,8 @@ void LOWERING::statement(const clang::Stmt* s) {
 }
 
 static bool is_loop(const clang::Stmt* s) {
-  return llvm::isa<clang::ForStmt>(s) || llvm::isa<clang::WhileStmt>(s) || llvm::isa<clang::DoStmt>(s);
+  return llvm::isa<clang::ForStmt>(s) || llvm::isa<clang::WhileStmt>(s) ||
+         llvm::isa<clang::DoStmt>(s);
 }
 
 void LOWERING::lower_statement(const clang::Stmt* s) {
@@ -129,13 +134,15 @@ void LOWERING::lower_statement(const clang::Stmt* s) {
   }
   case clang::Stmt::AttributedStmtClass:
     return lower_statement(llvm::cast<clang::AttributedStmt>(s)->getSubStmt());
-  case clang::Stmt::GCCAsmStmtClass: case clang::Stmt::MSAsmStmtClass:
-    refuse(s->getBeginLoc(), "inline assembly is not supported");
-  case clang::Stmt::IndirectGotoStmtClass: refuse(s->getBeginLoc(), "computed goto is not supported");
+  case clang::Stmt::GCCAsmStmtClass:
+  case clang::Stmt::MSAsmStmtClass: refuse(s->getBeginLoc(), "inline assembly is not supported");
+  case clang::Stmt::IndirectGotoStmtClass:
+    refuse(s->getBeginLoc(), "computed goto is not supported");
   default: break;
   }
   if (auto* e = llvm::dyn_cast<clang::Expr>(s)) return emit_for_effect(e, psn);
-  refuse(s->getBeginLoc(), std::string("statement '") + s->getStmtClassName() + "' is not supported");
+  refuse(s->getBeginLoc(),
+         std::string("statement '") + s->getStmtClassName() + "' is not supported");
 }
 
 void LOWERING::emit_for_effect(const clang::Expr* e, PSN* psn) {
@@ -144,15 +151,18 @@ void LOWERING::emit_for_effect(const clang::Expr* e, PSN* psn) {
 
 void LOWERING::compound(const clang::CompoundStmt* s) {
   begin_block(s->getLBracLoc());
-  for (const clang::Stmt* inner : s->body()) statement(inner);
+  for (const clang::Stmt* inner : s->body())
+    statement(inner);
   end_block(s->getRBracLoc());
 }
 
 void LOWERING::declarations(const clang::DeclStmt* s) {
   for (const clang::Decl* decl : s->decls()) {
     if (auto* variable = llvm::dyn_cast<clang::VarDecl>(decl)) {
-      if (variable->isStaticLocal()) static_local(variable);
-      else if (variable->hasLocalStorage()) local_variable(variable);
+      if (variable->isStaticLocal())
+        static_local(variable);
+      else if (variable->hasLocalStorage())
+        local_variable(variable);
     } else if (!llvm::isa<clang::FunctionDecl>(decl)) {
       top_level(decl);
     }
@@ -168,7 +178,8 @@ void LOWERING::local_variable(const clang::VarDecl* decl) {
   if (!decl->getInit()) return;
   std::vector<NODE*> assignments;
   initialise(sym, decl->getInit(), assignments);
-  for (NODE* tree : assignments) emit(tree, psn_of(decl->getLocation()));
+  for (NODE* tree : assignments)
+    emit(tree, psn_of(decl->getLocation()));
 }
 
 void LOWERING::if_statement(const clang::IfStmt* s) {
@@ -217,8 +228,10 @@ void LOWERING::do_statement(const clang::DoStmt* s) {
 void LOWERING::for_statement(const clang::ForStmt* s) {
   PSN* psn = psn_of(s->getForLoc());
   begin_block(s->getForLoc());
-  if (auto* variables = llvm::dyn_cast_or_null<clang::DeclStmt>(s->getInit())) declarations(variables);
-  else if (s->getInit()) emit_for_effect(llvm::cast<clang::Expr>(s->getInit()), psn);
+  if (auto* variables = llvm::dyn_cast_or_null<clang::DeclStmt>(s->getInit()))
+    declarations(variables);
+  else if (s->getInit())
+    emit_for_effect(llvm::cast<clang::Expr>(s->getInit()), psn);
   loop_notes(s->getForLoc());
   JUMPS end{0}, next{0};
   const int top = new_label();
@@ -233,7 +246,8 @@ void LOWERING::for_statement(const clang::ForStmt* s) {
 }
 
 void LOWERING::switch_statement(const clang::SwitchStmt* s) {
-  if (s->getInit() || s->getConditionVariable()) refuse(s->getSwitchLoc(), "this switch is not supported");
+  if (s->getInit() || s->getConditionVariable())
+    refuse(s->getSwitchLoc(), "this switch is not supported");
   PSN* psn = psn_of(s->getSwitchLoc());
   NODE* selector = promote(value(s->getCond()));
   SWITCH_STATE state{value_type(selector->type), {}, {}, 0};

@@ -11,10 +11,10 @@ namespace cc {
 
 namespace {
 
-// The base class keeps its options to itself and gives them to targets of its own list only, but the
-// parser asks for them here and there. An explicit instantiation may name the member.
+// The base class keeps its options to itself and gives them to targets of its own list only, but
+// the parser asks for them here and there. An explicit instantiation may name the member.
 std::shared_ptr<clang::TargetOptions>& options_of(clang::TargetInfo& target);
-template <std::shared_ptr<clang::TargetOptions> clang::TargetInfo::* MEMBER> struct OPTIONS_ACCESS {
+template <std::shared_ptr<clang::TargetOptions> clang::TargetInfo::*MEMBER> struct OPTIONS_ACCESS {
   friend std::shared_ptr<clang::TargetOptions>& options_of(clang::TargetInfo& target) {
     return target.*MEMBER;
   }
@@ -23,8 +23,7 @@ template struct OPTIONS_ACCESS<&clang::TargetInfo::TargetOpts>;
 
 class ULM200_TARGET : public clang::TargetInfo {
 public:
-  explicit ULM200_TARGET(unsigned double_bits)
-      : TargetInfo(llvm::Triple("ulm200-unknown-elf")) {
+  explicit ULM200_TARGET(unsigned double_bits) : TargetInfo(llvm::Triple("ulm200-unknown-elf")) {
     options_of(*this) = std::make_shared<clang::TargetOptions>();
     BigEndian = false;
     TLSSupported = false;
@@ -58,14 +57,15 @@ public:
 
   // The widths that the parser believes in don't show in macros.
   void getTargetDefines(const clang::LangOptions&, clang::MacroBuilder& builder) const override {
-    for (const char* name : {"__CHAR_BIT__", "__SCHAR_MAX__", "__CHAR_UNSIGNED__", "__INT8_TYPE__",
-                             "__INT8_MAX__", "__UINT8_TYPE__", "__UINT8_MAX__",
-                             "__INT_FAST8_TYPE__", "__INT_LEAST8_TYPE__", "__UINT_FAST8_TYPE__",
-                             "__UINT_LEAST8_TYPE__", "__SIZEOF_INT__", "__SIZEOF_SHORT__",
-                             "__SIZEOF_LONG__", "__SIZEOF_LONG_LONG__", "__SIZEOF_FLOAT__",
-                             "__SIZEOF_DOUBLE__", "__SIZEOF_LONG_DOUBLE__", "__SIZEOF_POINTER__",
-                             "__SIZEOF_SIZE_T__", "__SIZEOF_PTRDIFF_T__", "__SIZEOF_WCHAR_T__",
-                             "__SIZEOF_WINT_T__", "__BIGGEST_ALIGNMENT__"})
+    for (const char* name :
+         {"__CHAR_BIT__",        "__SCHAR_MAX__",        "__CHAR_UNSIGNED__",
+          "__INT8_TYPE__",       "__INT8_MAX__",         "__UINT8_TYPE__",
+          "__UINT8_MAX__",       "__INT_FAST8_TYPE__",   "__INT_LEAST8_TYPE__",
+          "__UINT_FAST8_TYPE__", "__UINT_LEAST8_TYPE__", "__SIZEOF_INT__",
+          "__SIZEOF_SHORT__",    "__SIZEOF_LONG__",      "__SIZEOF_LONG_LONG__",
+          "__SIZEOF_FLOAT__",    "__SIZEOF_DOUBLE__",    "__SIZEOF_LONG_DOUBLE__",
+          "__SIZEOF_POINTER__",  "__SIZEOF_SIZE_T__",    "__SIZEOF_PTRDIFF_T__",
+          "__SIZEOF_WCHAR_T__",  "__SIZEOF_WINT_T__",    "__BIGGEST_ALIGNMENT__"})
       builder.undefineMacro(name);
     builder.defineMacro("__CHAR_BIT__", "16");
     builder.defineMacro("__SCHAR_MAX__", "32767");
@@ -82,6 +82,8 @@ public:
 
 } // namespace
 
-clang::TargetInfo* make_target(unsigned double_bits) { return new ULM200_TARGET(double_bits); }
+clang::TargetInfo* make_target(unsigned double_bits) {
+  return new ULM200_TARGET(double_bits);
+}
 
 } // namespace cc

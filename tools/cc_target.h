@@ -1,5 +1,5 @@
-// The target as the parser sees it. Its `char` is 8 bits wide there, because the parser knows no other;
-// every size that reaches the output comes from the type package instead.
+// The target as the parser sees it. Its `char` is 8 bits wide there, because the parser knows no
+// other; every size that reaches the output comes from the type package instead.
 #pragma once
 
 #include "clang/Basic/TargetInfo.h"

@@ -7,7 +7,9 @@
 
 namespace cc {
 
-TYPE* float_type(TYPE::FKIND kind) { return tp->mk_fltpt(kind); }
+TYPE* float_type(TYPE::FKIND kind) {
+  return tp->mk_fltpt(kind);
+}
 
 TYPE* value_type(TYPE* t) {
   t = t->underlying_type();
@@ -23,9 +25,13 @@ TYPE* qualified(TYPE* t, int quals) {
   return tp->mk_qual(t, static_cast<unsigned char>(quals));
 }
 
-unsigned long size_in_units(const TYPE* t) { return t->storage_size() / UNIT_BITS; }
+unsigned long size_in_units(const TYPE* t) {
+  return t->storage_size() / UNIT_BITS;
+}
 
-bool is_function_pointer(const TYPE* t) { return t->is_pointer() && pointee(t)->is_func(); }
+bool is_function_pointer(const TYPE* t) {
+  return t->is_pointer() && pointee(t)->is_func();
+}
 
 NODE* icon(INT65 value, TYPE* type) {
   type = value_type(type);
@@ -43,7 +49,9 @@ NODE* fcon(double value, TYPE* type) {
   return node;
 }
 
-NODE* name_node(SYMTAB* sym) { return mk_NAME(sym); }
+NODE* name_node(SYMTAB* sym) {
+  return mk_NAME(sym);
+}
 
 NODE* label_node(int number) {
   NODE* node = alloc_node(LABEL, tp->mk_void());
@@ -51,17 +59,32 @@ NODE* label_node(int number) {
   return node;
 }
 
-NODE* branch(int label) { return maketree(BRANCH, label_node(label), nullptr, tp->mk_void()); }
+NODE* branch(int label) {
+  return maketree(BRANCH, label_node(label), nullptr, tp->mk_void());
+}
 
-NODE* zero_of(TYPE* type) { return type->is_float() ? fcon(0, type) : icon(0, type); }
+NODE* zero_of(TYPE* type) {
+  return type->is_float() ? fcon(0, type) : icon(0, type);
+}
 
 const fkMDATA* bit_field_of(const NODE* node) {
   switch (node->op) {
-  case STDOT: case STREF: case STFIELD:
-    return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
-  case ASG: case PLUSASG: case MINUSASG: case MULTASG: case DIVASG: case MODASG: case SLLASG:
-  case SRLASG: case ANDBASG: case ORBASG: case XORBASG: case PLUSPLUS: case MINMIN:
-    return bit_field_of(node->left);
+  case STDOT:
+  case STREF:
+  case STFIELD: return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
+  case ASG:
+  case PLUSASG:
+  case MINUSASG:
+  case MULTASG:
+  case DIVASG:
+  case MODASG:
+  case SLLASG:
+  case SRLASG:
+  case ANDBASG:
+  case ORBASG:
+  case XORBASG:
+  case PLUSPLUS:
+  case MINMIN: return bit_field_of(node->left);
   case COMMAOP: return bit_field_of(node->right);
   default: return nullptr;
   }
@@ -74,8 +97,9 @@ static NODE* retyped(NODE* node, TYPE* type) {
 
 NODE* decay(NODE* node) {
   if (node->type->is_func())
-    return node->op == NAME ? maketree(UAND, node, nullptr, tp->mk_ptr(node->type->underlying_type()))
-                            : node;
+    return node->op == NAME
+               ? maketree(UAND, node, nullptr, tp->mk_ptr(node->type->underlying_type()))
+               : node;
   if (!node->type->is_array()) return node;
   TYPE* to = tp->mk_ptr(node->type->underlying_type()->elem_type());
   if (node->op != UMULT) return maketree(UAND, node, nullptr, to);
@@ -83,7 +107,11 @@ NODE* decay(NODE* node) {
   node->left = nullptr;
   erase_node(node);
   switch (pointer->op) {
-  case PLUS: case MINUS: case UAND: case SCON: case PCONV: return retyped(pointer, to);
+  case PLUS:
+  case MINUS:
+  case UAND:
+  case SCON:
+  case PCONV: return retyped(pointer, to);
   default: return maketree(PCONV, pointer, nullptr, to);
   }
 }
@@ -138,8 +166,12 @@ static NODE* convert_value(NODE* node, TYPE* to, int op, bool keep_compatible_po
   return scalar_conversion(op, node, to);
 }
 
-NODE* convert(NODE* node, TYPE* to, int op) { return convert_value(node, to, op, true); }
-NODE* cast(NODE* node, TYPE* to) { return convert_value(node, to, SCONV, false); }
+NODE* convert(NODE* node, TYPE* to, int op) {
+  return convert_value(node, to, op, true);
+}
+NODE* cast(NODE* node, TYPE* to) {
+  return convert_value(node, to, SCONV, false);
+}
 
 NODE* truth(NODE* node) {
   node = decay(node);
@@ -204,8 +236,10 @@ NODE* compare(int op, NODE* left, NODE* right) {
   left = decay(left);
   right = decay(right);
   if (left->type->is_pointer() || right->type->is_pointer()) {
-    if (!left->type->is_pointer()) left = cast(left, right->type);
-    else right = convert(right, left->type);
+    if (!left->type->is_pointer())
+      left = cast(left, right->type);
+    else
+      right = convert(right, left->type);
     return maketree(unsigned_comparison(op), left, right, int_type());
   }
   TYPE* type = common_type(left, right);
@@ -215,7 +249,9 @@ NODE* compare(int op, NODE* left, NODE* right) {
   if (lane->is_int() && !lane->is_signed()) op = unsigned_comparison(op);
   if (!type->is_vector()) return maketree(op, left, right, int_type());
   // A true lane is all ones in the source language, 1 here.
-  TYPE::IKIND kind = lane->size <= 16 ? TYPE::I_INT : lane->size <= 32 ? TYPE::I_LONG : TYPE::I_LLONG;
+  TYPE::IKIND kind = lane->size <= 16   ? TYPE::I_INT
+                     : lane->size <= 32 ? TYPE::I_LONG
+                                        : TYPE::I_LLONG;
   TYPE* mask = tp->replace_array_elem(type, tp->basic[kind]);
   return maketree(UMINUS, maketree(op, left, right, mask), nullptr, mask);
 }
@@ -254,7 +290,10 @@ NODE* pointer_difference(NODE* left, NODE* right) {
 
 bool is_place(const NODE* node) {
   switch (node->op) {
-  case NAME: case UMULT: case STDOT: case STREF: return true;
+  case NAME:
+  case UMULT:
+  case STDOT:
+  case STREF: return true;
   case VFIELD: return is_place(node->left);
   default: return false;
   }

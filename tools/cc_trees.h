@@ -1,5 +1,5 @@
-// Trees by C's rules over the target's types: promotions, conversions, arithmetic, addresses. Nothing
-// here knows the parser; types are computed from the operands' own, bottom up.
+// Trees by C's rules over the target's types: promotions, conversions, arithmetic, addresses.
+// Nothing here knows the parser; types are computed from the operands' own, bottom up.
 //
 // All makers take ownership of their operands.
 #pragma once
@@ -11,10 +11,18 @@ namespace cc {
 
 constexpr unsigned UNIT_BITS = 16;
 
-inline TYPE* int_type() { return tp->mk_plain_int(); }
-inline TYPE* size_type() { return tp->basic[TYPE::I_ULONG]; }
-inline TYPE* ptrdiff_type() { return tp->mk_ptrdiff(); }
-inline TYPE* char_type() { return tp->mk_char(); }
+inline TYPE* int_type() {
+  return tp->mk_plain_int();
+}
+inline TYPE* size_type() {
+  return tp->basic[TYPE::I_ULONG];
+}
+inline TYPE* ptrdiff_type() {
+  return tp->mk_ptrdiff();
+}
+inline TYPE* char_type() {
+  return tp->mk_char();
+}
 TYPE* float_type(TYPE::FKIND kind);
 
 // The type of a value read from an object of type t: no qualifiers, integers for enumerations.
@@ -22,7 +30,9 @@ TYPE* value_type(TYPE* t);
 // t with more qualifiers; those of an array go to its elements.
 TYPE* qualified(TYPE* t, int quals);
 unsigned long size_in_units(const TYPE* t);
-inline TYPE* pointee(const TYPE* pointer) { return pointer->underlying_type()->elem_type(); }
+inline TYPE* pointee(const TYPE* pointer) {
+  return pointer->underlying_type()->elem_type();
+}
 bool is_function_pointer(const TYPE* t);
 
 NODE* icon(INT65 value, TYPE* type); // integer or pointer type
@@ -53,12 +63,12 @@ TYPE* common_type(NODE*& left, NODE*& right); // promotes both and gives the typ
 NODE* arithmetic(int op, NODE* left, NODE* right);
 NODE* shift(int op, NODE* left, NODE* right);
 NODE* compare(int op, NODE* left, NODE* right); // op is a signed comparison
-NODE* step(int op, NODE* pointer, NODE* index);  // PLUS or MINUS of whole elements
+NODE* step(int op, NODE* pointer, NODE* index); // PLUS or MINUS of whole elements
 NODE* pointer_difference(NODE* left, NODE* right);
-NODE* element_units(TYPE* pointer, NODE* index);  // the index in units, as a long
+NODE* element_units(TYPE* pointer, NODE* index); // the index in units, as a long
 
 NODE* address_of(NODE* place);
-NODE* object_at(NODE* pointer); // what it points to
+NODE* object_at(NODE* pointer);                    // what it points to
 NODE* member_of(NODE* aggregate, fkMDATA* member); // of a place, or of a value
 NODE* member_at(NODE* pointer, fkMDATA* member);
 bool is_place(const NODE* node);

@@ -17,7 +17,9 @@ namespace {
 
 constexpr unsigned long MAX_OBJECT_BITS = 1ul << 36; // of a 32-bit space of 16-bit units
 
-unsigned long round_up(unsigned long n, unsigned long to) { return (n + to - 1) / to * to; }
+unsigned long round_up(unsigned long n, unsigned long to) {
+  return (n + to - 1) / to * to;
+}
 
 int quals_of(clang::Qualifiers q) {
   return (q.hasConst() ? TYPE::Q_CONST : 0) | (q.hasVolatile() ? TYPE::Q_VOLATILE : 0) |
@@ -31,7 +33,9 @@ TYPE* LOWERING::basic_type(const clang::BuiltinType* type, SourceLocation at) {
   switch (type->getKind()) {
   case BT::Void: return tp->mk_void();
   case BT::Bool: return tp->basic[TYPE::I_BOOL];
-  case BT::Char_U: case BT::Char_S: case BT::SChar: return tp->basic[TYPE::I_SCHAR];
+  case BT::Char_U:
+  case BT::Char_S:
+  case BT::SChar: return tp->basic[TYPE::I_SCHAR];
   case BT::UChar: return tp->basic[TYPE::I_UCHAR];
   case BT::Short: return tp->basic[TYPE::I_SHORT];
   case BT::UShort: return tp->basic[TYPE::I_USHORT];
@@ -44,7 +48,8 @@ TYPE* LOWERING::basic_type(const clang::BuiltinType* type, SourceLocation at) {
   case BT::Float: return float_type(TYPE::F_FLOAT);
   case BT::Double: return float_type(TYPE::F_DOUBLE);
   case BT::LongDouble: return float_type(TYPE::F_LDOUBLE);
-  default: refuse(at, "type '" + type->getName(ctx.getPrintingPolicy()).str() + "' is not supported");
+  default:
+    refuse(at, "type '" + type->getName(ctx.getPrintingPolicy()).str() + "' is not supported");
   }
 }
 
@@ -82,11 +87,13 @@ TYPE* LOWERING::type_of(clang::TypeLoc loc) {
   switch (loc.getTypeLocClass()) {
   case clang::TypeLoc::Qualified: {
     auto inner = loc.castAs<clang::QualifiedTypeLoc>();
-    return qualified(type_of(inner.getUnqualifiedLoc()), quals_of(loc.getType().getLocalQualifiers()));
+    return qualified(type_of(inner.getUnqualifiedLoc()),
+                     quals_of(loc.getType().getLocalQualifiers()));
   }
   case clang::TypeLoc::Pointer:
     return tp->mk_ptr(type_of(loc.castAs<clang::PointerTypeLoc>().getPointeeLoc()));
-  case clang::TypeLoc::ConstantArray: case clang::TypeLoc::IncompleteArray:
+  case clang::TypeLoc::ConstantArray:
+  case clang::TypeLoc::IncompleteArray:
   case clang::TypeLoc::VariableArray: {
     auto array = loc.castAs<clang::ArrayTypeLoc>();
     TYPE* elem = type_of(array.getElementLoc());
@@ -96,8 +103,8 @@ TYPE* LOWERING::type_of(clang::TypeLoc loc) {
     complete(elem, at);
     return tp->mk_array(elem, 0, 0, elem->align, false, false);
   }
-  case clang::TypeLoc::FunctionProto: case clang::TypeLoc::FunctionNoProto:
-    return function_type(loc.castAs<clang::FunctionTypeLoc>());
+  case clang::TypeLoc::FunctionProto:
+  case clang::TypeLoc::FunctionNoProto: return function_type(loc.castAs<clang::FunctionTypeLoc>());
   case clang::TypeLoc::Paren: return type_of(loc.castAs<clang::ParenTypeLoc>().getInnerLoc());
   case clang::TypeLoc::Elaborated:
     return type_of(loc.castAs<clang::ElaboratedTypeLoc>().getNamedTypeLoc());
@@ -105,7 +112,8 @@ TYPE* LOWERING::type_of(clang::TypeLoc loc) {
     return type_of(loc.castAs<clang::AttributedTypeLoc>().getModifiedLoc());
   case clang::TypeLoc::MacroQualified:
     return type_of(loc.castAs<clang::MacroQualifiedTypeLoc>().getInnerLoc());
-  case clang::TypeLoc::Decayed: case clang::TypeLoc::Adjusted:
+  case clang::TypeLoc::Decayed:
+  case clang::TypeLoc::Adjusted:
     return type_of(loc.castAs<clang::AdjustedTypeLoc>().getOriginalLoc());
   case clang::TypeLoc::Typedef:
     return type_of_typedef(loc.castAs<clang::TypedefTypeLoc>().getTypedefNameDecl());
@@ -113,7 +121,8 @@ TYPE* LOWERING::type_of(clang::TypeLoc loc) {
     return type_of(loc.castAs<clang::TypeOfTypeLoc>().getUnderlyingTInfo());
   case clang::TypeLoc::TypeOfExpr:
     return type_of_expression(loc.castAs<clang::TypeOfExprTypeLoc>().getUnderlyingExpr());
-  case clang::TypeLoc::Vector: case clang::TypeLoc::ExtVector: {
+  case clang::TypeLoc::Vector:
+  case clang::TypeLoc::ExtVector: {
     auto vector = loc.castAs<clang::VectorTypeLoc>();
     return vector_type(type_of(vector.getElementLoc()), vector.getTypePtr()->getNumElements(), at);
   }
@@ -131,7 +140,8 @@ TYPE* LOWERING::type_of(clang::QualType type, SourceLocation at) {
   if (auto* pointer = llvm::dyn_cast<clang::PointerType>(t))
     return tp->mk_ptr(type_of(pointer->getPointeeType(), at));
   if (auto* record = llvm::dyn_cast<clang::RecordType>(t)) return record_type(record->getDecl());
-  if (auto* enumeration = llvm::dyn_cast<clang::EnumType>(t)) return enum_type(enumeration->getDecl());
+  if (auto* enumeration = llvm::dyn_cast<clang::EnumType>(t))
+    return enum_type(enumeration->getDecl());
   if (auto* array = llvm::dyn_cast<clang::ConstantArrayType>(t))
     return array_type(type_of(array->getElementType(), at), array->getSize().getZExtValue(), at);
   if (auto* vector = llvm::dyn_cast<clang::VectorType>(t))
@@ -156,8 +166,10 @@ TYPE* LOWERING::type_of_typedef(const clang::TypedefNameDecl* decl) {
   TYPE* type = decl->isImplicit() || !decl->getTypeSourceInfo()
                    ? type_of(decl->getUnderlyingType(), decl->getLocation())
                    : type_of(decl->getTypeSourceInfo());
-  // The attribute of a vector stands behind the declarator, in the type but not in its written form.
-  if (auto* vector = decl->getUnderlyingType()->getAs<clang::VectorType>(); vector && !type->is_vector())
+  // The attribute of a vector stands behind the declarator, in the type but not in its written
+  // form.
+  if (auto* vector = decl->getUnderlyingType()->getAs<clang::VectorType>();
+      vector && !type->is_vector())
     type = vector_type(type, vector->getNumElements(), decl->getLocation());
   return declared_types[decl] = type;
 }
@@ -183,7 +195,8 @@ TYPE* LOWERING::parameter_type(const clang::ParmVarDecl* decl) {
 
 TYPE* LOWERING::function_type(clang::FunctionTypeLoc loc) {
   TYPE* result = type_of(loc.getReturnLoc());
-  if (result->is_array() || result->is_func()) refuse(loc.getBeginLoc(), "function result of this type");
+  if (result->is_array() || result->is_func())
+    refuse(loc.getBeginLoc(), "function result of this type");
   auto* proto = llvm::dyn_cast<clang::FunctionProtoType>(loc.getTypePtr());
   std::vector<TYPE_PARAM> params;
   for (unsigned k = 0; k < loc.getNumParams(); k++)
@@ -294,14 +307,16 @@ TYPE* LOWERING::enum_type(const clang::EnumDecl* decl) {
     most = std::max(most, value_of(constant).value);
   }
   TYPE* under = nullptr;
-  for (TYPE::IKIND k : {TYPE::I_INT, TYPE::I_UINT, TYPE::I_LONG, TYPE::I_ULONG, TYPE::I_LLONG, TYPE::I_ULLONG}) {
+  for (TYPE::IKIND k :
+       {TYPE::I_INT, TYPE::I_UINT, TYPE::I_LONG, TYPE::I_ULONG, TYPE::I_LLONG, TYPE::I_ULLONG}) {
     TYPE* type = tp->basic[k];
     if (most <= int_type_max(type) && least >= int_type_min(type)) {
       under = type;
       break;
     }
   }
-  if (!under) refuse(definition->getLocation(), "no integer type holds all values of the enumeration");
+  if (!under)
+    refuse(definition->getLocation(), "no integer type holds all values of the enumeration");
   const std::string name = definition->getName().str();
   TYPE* type = tp->mk_enum(name.c_str(), under, under->size, under->align);
   type->enum_parts()->psn = psn_of(definition->getLocation());
