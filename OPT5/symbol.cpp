@@ -184,6 +184,15 @@ SYMTAB* revsymtab(SYMTAB* list) {
 SYMLIST* revsymlist(SYMLIST* list) {
   return reverse(list);
 }
+SYMALIST* revsymalist(SYMALIST* list) {
+  return reverse(list);
+}
+
+const SYMPAIRLIST* find_sym_in_sympairlist(const SYMTAB* sym, const SYMPAIRLIST* list) {
+  while (list && list->first != sym)
+    list = list->next;
+  return list;
+}
 
 SYMLIST* find_sym_in_symlist(const SYMTAB* sym, SYMLIST* list) {
   while (list && list->sym != sym)
