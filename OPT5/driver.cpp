@@ -215,7 +215,7 @@ void emit_cmd_line_text() {
   std::string text = ";\t";
   for (int k = 0; k < arg_count; k++)
     text += std::string(args[k]) + " ";
-  wrasmr(47, text.c_str(), nullptr);
+  wrasmr(TAG_COMMENT, text.c_str(), nullptr);
   for (const OPTION_SET& set : icode_optionlist) {
     print_if_debug("Option set %d%s:\n", set.number,
                    set.number == 0 ? " (file-level options)" : "");
@@ -236,7 +236,6 @@ void open_files(int argc, char** argv) {
   const int names = walk_arguments();
   answer_questions();
   if (names == 0) fail("Usage: %s [-options] filename\n%s", argv[0], "");
-  if (names > 2) fail("\n>>>> OPTIMIZER ERROR: Garbage on command line\n\n%s%s", "", "");
 
   FILE* in = fopen(i_file_name, "rb");
   if (!in)
@@ -263,6 +262,7 @@ void open_files(int argc, char** argv) {
     const std::string path = fn_delext(i_file_name) + ".opt";
     copy_path(o_file_name, path.c_str());
   }
+  if (names > 2) fail("\n>>>> OPTIMIZER ERROR: Garbage on command line\n\n%s%s", "", "");
   open_info_file();
   if (file_options->isset(OPT_print_debug)) {
     open_debug_file(1, nullptr, nullptr);

@@ -62,9 +62,6 @@ bool level_2_fusion() {
 bool ip_mvp() {
   return do_IP_MVP;
 }
-bool level_2_int_mvp() {
-  return level_2() && do_int_MVP;
-}
 bool stack_sharing_wanted() {
   // The low bit of fpu64's value tells it from the others.
   const long fpu = file_options ? file_options->getnumarg(OPT_float_support, 0) : 0;
@@ -129,6 +126,10 @@ void disclose_vectors() {
   disclose_vector_operations(false);
 }
 
+void intraprocedural_MVP() {
+  print_if_debug("~~~#MAIN#1 do_int_MVP=%d %s()\n", do_int_MVP, currfuninfo->name.c_str());
+}
+
 void value_propagation_for_SIMD() {
   simpcfg(false, false);
   rebuildcfg();
@@ -167,7 +168,7 @@ const STEP_ROW early_steps[] = {
     {"early LIR", PASS, step<always, nothing>},
     {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
     {"MVP global assertions", PASS, step<ip_mvp, nothing>},
-    {"intraprocedural MVP", PASS, step<level_2_int_mvp, nothing>},
+    {"intraprocedural MVP", PASS, step<level_2, intraprocedural_MVP>},
     {"value propagation for SIMD", PASS, step<level_2_cd_ok, value_propagation_for_SIMD>},
     {"explode auto structs", PASS, step<level_2, nothing>},
     {"non-DD clone SSA NASSERTs", PASS, step<level_2, nothing>},

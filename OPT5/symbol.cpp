@@ -7,6 +7,7 @@
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
+#include "OPT5/types.h"
 #include "options/option_obj.h"
 
 #include <atomic>
@@ -104,7 +105,7 @@ SYMTAB* find_global_symbol(const char* name) {
 // What a threaded run keeps per function
 
 static FUNINFO* record_of_current_function() {
-  CHECK(currfuninfo != nullptr);
+  CHECK(currfuninfo != NULL);
   return currfuninfo;
 }
 
@@ -182,6 +183,15 @@ SYMTAB* revsymtab(SYMTAB* list) {
 }
 SYMLIST* revsymlist(SYMLIST* list) {
   return reverse(list);
+}
+SYMALIST* revsymalist(SYMALIST* list) {
+  return reverse(list);
+}
+
+const SYMPAIRLIST* find_sym_in_sympairlist(const SYMTAB* sym, const SYMPAIRLIST* list) {
+  while (list && list->first != sym)
+    list = list->next;
+  return list;
 }
 
 SYMLIST* find_sym_in_symlist(const SYMTAB* sym, SYMLIST* list) {
@@ -277,8 +287,7 @@ static const char TEMP_PREFIX[] = "$O";
 SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope) {
   if (number < 0) number = currfuninfo->temp_counter++;
   if (type->is_enum()) type = tp->mk_plain_int();
-  type = type->type_qualified();
-  if (type->kind == TYPE::K_QUALIFIED) type = type->underlying_type();
+  type = essential_type(type);
 
   auto* sym = new SYMTAB;
   char text[64];

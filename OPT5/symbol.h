@@ -140,6 +140,9 @@ SYMPAIRLIST* mk_symplist(SYMTAB*, SYMTAB*, SYMPAIRLIST* next, int info);
 void free_symlist(SYMLIST*);
 SYMTAB* revsymtab(SYMTAB* list); // in place, by `next`
 SYMLIST* revsymlist(SYMLIST* list);
+SYMALIST* revsymalist(SYMALIST* list);
+// By the first of the pair.
+const SYMPAIRLIST* find_sym_in_sympairlist(const SYMTAB*, const SYMPAIRLIST*);
 SYMLIST* find_sym_in_symlist(const SYMTAB*, SYMLIST*);
 SYMLIST* remove_sym_from_symlist(const SYMTAB*, SYMLIST*);
 bool symbol_in_list(const SYMTAB* sym, const SYMTAB* list);

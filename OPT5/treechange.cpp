@@ -155,11 +155,8 @@ void subst_sym_for_sym_in_tree(SYMTAB* to, SYMTAB* from, NODE* tree) {
 void subst_sym_pairs_in_tree(const SYMPAIRLIST* pairs, NODE* tree) {
   walk_postorder(tree, [pairs](NODE*& node) {
     if (node->op != NAME) return;
-    for (const SYMPAIRLIST* pair = pairs; pair; pair = pair->next)
-      if (pair->first == node->u.sym) {
-        node->u.sym = pair->second;
-        break;
-      }
+    if (const SYMPAIRLIST* pair = find_sym_in_sympairlist(node->u.sym, pairs))
+      node->u.sym = pair->second;
   });
 }
 

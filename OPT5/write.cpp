@@ -35,8 +35,10 @@ void wrstcr(int tag, PSN* psn) {
 
 void wrasmr(int code, const char* text, PSN* psn) {
   print_if_debug("%s\n", text);
-  (void)code; // comments and instructions are one record
-  o_file->if_write_assembly(text, psn);
+  if (code == TAG_COMMENT)
+    o_file->if_write_comment(text);
+  else
+    o_file->if_write_assembly(text, psn);
 }
 
 void wrbdlr(LBL* label) {
@@ -83,7 +85,7 @@ void wrexpr(LIST* stmt) {
     if (tree->node_flags[NF_COMMENT])
       o_file->if_write_comment(tree->text);
     else
-      wrasmr(36, tree->text, stmt->psn);
+      wrasmr(TAG_ASM, tree->text, stmt->psn);
     return;
   case PPRAGMA:
     print_if_debug("%c[Pragma] %d %d", '^', tree->pragma->kind,
@@ -454,7 +456,7 @@ void finish_global_symbols() {
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next) {
     if (first)
       print_if_debug(
-          "\n\f\nGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
+          "\n\fGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
           "policy;\n");
     first = false;
     if (print_debug) log_global(sym);

@@ -18,6 +18,11 @@ TEST_F(Graph, TemporariesAreNumberedByFunction) {
   EXPECT_FALSE(is_optimizer_temp("$O$C1x", 'C', 'D'));
   EXPECT_FALSE(is_optimizer_temp("$O$E1", 'C', 'D'));
   EXPECT_EQ(first->scope, currfuninfo->scope->level_2_scope());
+  // Temporaries are written, whatever the qualifiers of what they stand for.
+  TYPE* ints = tp->mk_array(tp->mk_plain_int(), 3);
+  TYPE* consts = tp->mk_array(tp->mk_qual(tp->mk_plain_int(), TYPE::Q_CONST), 3);
+  EXPECT_EQ(sym_temp('C', -1, consts, nullptr)->type, ints);
+  EXPECT_EQ(sym_temp('C', -1, tp->mk_qual(ints, TYPE::Q_VOLATILE), nullptr)->type, ints);
 }
 
 TEST_F(Graph, SplittingKeepsTheOrderOfDeclaration) {
