@@ -29,18 +29,18 @@ void process_debug_option(const char* prefix, const char* list);
 // The switches: prefix, name of the object's tail, name in the option.
 #define FOR_EACH_SWITCH(X)                                                                                               \
   X(debug, NLC)                                                                                                          \
-  X(debug, SIMD) X(debug, abort) X(debug, aggressive_vec) X(debug, cfg_folding) X(                                       \
-      debug, conservative_vec) X(debug, dump_full_types) X(debug, dump_infix) X(debug,                                   \
-                                                                                dump_infix_regs)                         \
-      X(debug, dump_infix_types) X(debug, dump_minimal) X(debug, dump_otypes) X(                                         \
-          debug, dump_psn) X(debug, dump_scope) X(debug, dump_serial) X(debug, dump_sym_addr)                            \
-          X(debug, dump_tree_hint) X(debug, dump_trees) X(debug, dumprules) X(debug, help) X(                            \
-              debug, inline_benefit_call) X(debug, inline_benefit_fold) X(debug,                                         \
-                                                                          inline_benefit_pressure)                       \
-              X(debug, inline_commentary) X(debug, inline_n) X(debug, inline_pressure_limit) X(                          \
-                  debug, inline_restrict) X(debug, inline_small_limit) X(debug,                                          \
-                                                                         inline_static_limit)                            \
-                  X(debug, lir_compare) X(debug, lir_no_sym_prefix) X(debug, lir_revert_dump_dag) X(                     \
+  X(debug, SIMD)                                                                                                         \
+  X(debug, abort) X(debug, aggressive_vec) X(debug, cfg_folding) X(debug, conservative_vec) X(                           \
+      debug, dump_full_types) X(debug, dump_infix) X(debug, dump_infix_regs) X(debug,                                    \
+                                                                               dump_infix_types)                         \
+      X(debug, dump_minimal) X(debug, dump_otypes) X(debug, dump_psn) X(debug, dump_scope) X(                            \
+          debug, dump_serial) X(debug, dump_sym_addr) X(debug, dump_tree_hint)                                           \
+          X(debug, dump_trees) X(debug, dumprules) X(debug, help) X(debug, inline_benefit_call) X(                       \
+              debug, inline_benefit_fold) X(debug, inline_benefit_pressure) X(debug,                                     \
+                                                                              inline_commentary)                         \
+              X(debug, inline_n) X(debug, inline_pressure_limit) X(debug, inline_restrict) X(                            \
+                  debug, inline_small_limit) X(debug, inline_static_limit) X(debug, lir_compare)                         \
+                  X(debug, lir_no_sym_prefix) X(debug, lir_revert_dump_dag) X(                                           \
                       debug, lir_serial_compact) X(debug, lir_show)                                                      \
                       X(debug, lir_time) X(debug, list_passes) X(debug, max_unroll_size) X(                              \
                           debug, mdebug) X(debug,                                                                        \

@@ -19,8 +19,7 @@ constexpr int MAX_NESTING = 100; // of calls from the library, each of which tak
 } // namespace
 
 Machine::Machine(Program& p)
-    : program(p), memory(p.memory),
-      registers(fresh_pages<uint64_t>(REGISTERS)),
+    : program(p), memory(p.memory), registers(fresh_pages<uint64_t>(REGISTERS)),
       stack_top(p.memory.stack_begin) {
   free_registers = registers.get();
   registers_end = free_registers + REGISTERS;
