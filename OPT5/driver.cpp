@@ -133,6 +133,7 @@ void answer_questions() {
   if (cmdline_options->isset(OPT_list_passes)) {
     setup_passes(false);
     list_passes(stderr);
+    erase_all_passes();
     exit(0);
   }
   if (cmdline_options->isset(OPT_toolversion)) {

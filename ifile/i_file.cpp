@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <unistd.h>
 
 static const char ICODE_MAGIC[] = "!<icode>\n";
 
@@ -17,7 +18,9 @@ void (*if_death_hook)();
 void if_die(const char* message) {
   fprintf(stderr, "%s\n", message);
   if (if_death_hook) if_death_hook();
-  exit(1);
+  // The reader is in the middle of something: nothing is taken apart.
+  fflush(stdout);
+  _exit(1);
 }
 
 void if_enter_node(int code, const char* name, int operands) {

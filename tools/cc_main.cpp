@@ -290,7 +290,11 @@ int run_compiler(int argc, char** argv) {
   if (!read_command(argc, argv, command, fault)) return complain(fault);
   set_abort_handler(end_failing_run);
   if_death_hook = tp_death_hook = remove_output;
-  return compile(command);
+  const int status = compile(command);
+  erase_all_symbols();
+  delete tp; // with all its types
+  tp = nullptr;
+  return status;
 }
 
 } // namespace cc
