@@ -3,9 +3,10 @@ writes the unit that the page shows to OUT."""
 import re
 import sys
 
-page, source = open(sys.argv[1]).read(), open(sys.argv[2]).read()
+page = open(sys.argv[1]).read()
+source = re.sub(r"\s*\\\n\s*", " ", open(sys.argv[2]).read())  # entries may run over lines
 wanted = {(code, "LOOP" if name == "LOOP_OP" else name, operands)
-          for code, name, operands in re.findall(r"X\((\d+), ([A-Z0-9_]+), (\d)\)", source)}
+          for code, name, operands in re.findall(r"X\((\d+),\s*([A-Z0-9_]+),\s*(\d)\)", source)}
 found = set(re.findall(r"^\| (\d+) \| `([A-Z0-9_]+)` \| (\d) \|", page, re.M))
 if wanted != found:
     sys.exit(f"operators differ: {sorted(wanted ^ found)}")
