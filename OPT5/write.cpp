@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_set>
 
 I_FILE* i_file;
 I_FILE* o_file;
