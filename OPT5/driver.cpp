@@ -3,8 +3,10 @@
 #include "DIAG/abort.h"
 #include "DIAG/diag.h"
 #include "DIAG/signals.h"
+#include "OPT5/ddepends.h"
 #include "OPT5/fileopt.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/mdparser.h"
 #include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
 #include "OPT5/passes.h"
@@ -296,6 +298,7 @@ void init_fileopts() {
   no_outside_writers = file_closed_to_writers;
   file_funinfo = make_FUNINFO(" ? ");
   currfuninfo = file_funinfo;
+  inline_blocks_limit = 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -415,11 +418,13 @@ int run_compilation(int argc, char** argv) {
   init_BIF_descriptors();
   setup_passes(true);
   if (pass_debug_parser) {
+    parse_md_file(false);
     close_files();
     return 0;
   }
   const bool timed = print_debug || pass_enable_time_stats;
   const clock_t start = timed ? clock() : 0;
+  if (print_debug) do_DVE_unit_testing();
   choose_thread_count();
   i_file->if_read_file();
   o_file->if_copy_symbols(i_file);
@@ -427,6 +432,7 @@ int run_compilation(int argc, char** argv) {
     analyze_global_symbols();
   else
     run_all_steps();
+  dump_psnrefs();
   currfunc = nullptr;
   currfuninfo = file_funinfo;
   finish_global_symbols();

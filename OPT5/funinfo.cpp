@@ -28,6 +28,8 @@ FUNINFO::~FUNINFO() {
   erase_tree_list(stmts);
   erase_tree_list(global_assertions);
   erase_stack_sharing(sharing_root);
+  free_symplist(widened);
+  free_symplist(shortened);
   delete dominators;
 }
 

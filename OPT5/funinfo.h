@@ -62,6 +62,9 @@ public:
   SYMTAB* symbols = nullptr;        // general
   SYMTAB* reg_candidates = nullptr; // scalar and not volatile
 
+  SYMPAIRLIST* widened = nullptr;   // locals and their partners in a wider type, owned
+  SYMPAIRLIST* shortened = nullptr; // and in a narrower type, owned
+
   STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
   STACK_SHARING_SCOPE* sharing_open = nullptr;
 

@@ -3,6 +3,7 @@
 
 class FUNINFO;
 
+// Blocks that a function may have to be copied into callers without being asked for.
 extern int inline_blocks_limit;
 
 void init_proc_integration();
@@ -12,3 +13,6 @@ void check_for_synonym_function_in_pass_1();
 void check_integrable_definition(FUNINFO* fi);
 // Summaries for the inliner: calls and uses in the body.
 void preprocess_fundef(FUNINFO* fi);
+// Lists, when debugging, the functions that positions of inlined code belong to. Nothing is inlined
+// yet, so there are none.
+void dump_psnrefs();

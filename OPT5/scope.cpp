@@ -12,18 +12,6 @@ LS* LS::init(PSN* psn, SYMTAB* func) {
   return root;
 }
 
-void LS::erase(LS* root) {
-  std::vector<LS*> pending{root};
-  while (!pending.empty()) {
-    LS* scope = pending.back();
-    pending.pop_back();
-    if (!scope) continue;
-    for (LS* child = scope->first_child; child; child = child->sibling)
-      pending.push_back(child);
-    delete scope;
-  }
-}
-
 void LS::check_is_current_root() const {
   CHECK(currfuninfo && currfuninfo->scope == this);
 }
@@ -43,15 +31,22 @@ LS* LS::level_2_scope() {
   return first_child ? first_child->first_child : nullptr;
 }
 
-void LS::open(PSN* psn, SYMTAB*, unsigned) {
-  LS* outer = innermost_open();
+void LS::adopt(LS* child) {
+  child->parent = this;
+  (last_child ? last_child->sibling : first_child) = child;
+  last_child = child;
+}
+
+LS* LS::common_open(PSN* psn) {
   auto* scope = new LS;
-  scope->parent = outer;
-  scope->level = outer->level + 1;
+  scope->level = level + 1;
   scope->opened = psn;
-  (outer->last_child ? outer->last_child->sibling : outer->first_child) = scope;
-  outer->last_child = scope;
-  open_scopes.push_back(scope);
+  adopt(scope);
+  return scope;
+}
+
+void LS::open(PSN* psn, SYMTAB*, unsigned) {
+  open_scopes.push_back(innermost_open()->common_open(psn));
 }
 
 void LS::close(PSN* psn, SYMTAB*, unsigned) {
@@ -86,6 +81,45 @@ bool LS::object_may_be_live_in_scope(const SYMTAB* sym) const {
   return !sym->scope || sym->scope->encloses(this) || encloses(sym->scope);
 }
 
+template <class VISIT> static void for_each_scope(LS* root, VISIT visit) {
+  std::vector<LS*> pending{root};
+  while (!pending.empty()) {
+    LS* scope = pending.back();
+    pending.pop_back();
+    for (LS* child = scope->first_child; child; child = child->sibling)
+      pending.push_back(child);
+    visit(scope);
+  }
+}
+
+void LS::erase(LS* root) {
+  if (root) for_each_scope(root, [](LS* scope) { delete scope; });
+}
+
+LS* LS::copy_scope_tree(std::map<const LS*, LS*>& copies) const {
+  // Outer scopes come before inner ones, and a scope's children in order, so each copy finds its
+  // parent's copy and the order of siblings stays.
+  std::vector<const LS*> order{this};
+  for (size_t k = 0; k < order.size(); k++)
+    for (const LS* child = order[k]->first_child; child; child = child->sibling)
+      order.push_back(child);
+  for (const LS* scope : order) {
+    auto* copy = new LS;
+    copy->level = scope->level;
+    copy->opened = scope->opened;
+    copy->closed = scope->closed;
+    copies[scope] = copy;
+    if (scope != this) copies[scope->parent]->adopt(copy);
+  }
+  return copies[this];
+}
+
+void LS::splice_scope(LS* graft, int levels) {
+  CHECK(!graft->parent && graft->level + levels == level + 1);
+  adopt(graft);
+  for_each_scope(graft, [levels](LS* scope) { scope->level += levels; });
+}
+
 void LS::add_symbol(SYMTAB* sym) {
   symbols.push_back(sym);
   sym->scope = this;
@@ -109,15 +143,26 @@ void LS::initialize_scopes_and_ptrs_from_tree(NODE* tree) {
 }
 
 void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
-  fprintf(to, "%*sscope level %d", indent, "", level);
-  if (opened) fprintf(to, ", lines %u to %u", opened->line, closed ? closed->line : 0);
-  fprintf(to, "\n");
-  if (with_symbols)
-    for (const SYMTAB* sym : symbols)
-      fprintf(to, "%*s  %s\n", indent, "", sym->name);
-  if (recursive)
-    for (const LS* child = first_child; child; child = child->sibling)
-      child->print(with_symbols, to, indent + 2, recursive);
+  // Without recursion: blocks may be nested as deep as a file likes.
+  const int own_level = level;
+  for (const LS* scope = this; scope;) {
+    const int width = indent + 2 * (scope->level - own_level);
+    fprintf(to, "%*sscope level %d", width, "", scope->level);
+    if (scope->opened)
+      fprintf(to, ", lines %u to %u", scope->opened->line, scope->closed ? scope->closed->line : 0);
+    fprintf(to, "\n");
+    if (with_symbols)
+      for (const SYMTAB* sym : scope->symbols)
+        fprintf(to, "%*s  %s\n", width, "", sym->name);
+    if (!recursive) return;
+    if (scope->first_child) {
+      scope = scope->first_child;
+      continue;
+    }
+    while (scope != this && !scope->sibling)
+      scope = scope->parent;
+    scope = scope == this ? nullptr : scope->sibling;
+  }
 }
 
 void LS::validate() const {

@@ -3,6 +3,7 @@
 
 #include "OPT5/symbol.h"
 
+#include <map>
 #include <vector>
 
 class LS {
@@ -34,6 +35,12 @@ public:
   bool encloses(const LS* inner) const;            // also itself
   bool is_strictly_contained_by(const LS* outer) const;
   bool object_may_be_live_in_scope(const SYMTAB* sym) const;
+  // A copy of this scope and of all within it, without symbols, not yet part of a tree. `copies`
+  // takes each scope to its copy.
+  LS* copy_scope_tree(std::map<const LS*, LS*>& copies) const;
+  // Makes `graft`, a tree of its own, the last scope within this one; all its levels grow by
+  // `levels`, which must bring its root to the level below this scope's.
+  void splice_scope(LS* graft, int levels);
   void add_symbol(SYMTAB* sym);
   void assign_scope_to_tree(NODE* tree);
   void initialize_scopes_and_ptrs_from_tree(NODE* tree);
@@ -43,4 +50,6 @@ public:
 private:
   std::vector<LS*> open_scopes; // of the root
   void check_is_current_root() const;
+  LS* common_open(PSN* psn); // what each opening does: a new last child of this scope
+  void adopt(LS* child);
 };

@@ -5,6 +5,7 @@
 #include "DIAG/abort.h"
 #include "OPT5/driver.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/mdparser.h"
 #include "OPT5/opt_client.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
@@ -239,6 +240,7 @@ void run_all_steps() {
       FDEBUG = kept;
     }
   }
+  matcher_init();
   for (;;) {
     const bool work_left = std::any_of(functions.begin(), functions.end(),
                                        [](SYMTAB* sym) { return !steps_table[sym].empty(); });

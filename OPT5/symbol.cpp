@@ -11,6 +11,7 @@
 #include "options/option_obj.h"
 
 #include <atomic>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -159,12 +160,19 @@ SYMPAIRLIST* mk_symplist(SYMTAB* a, SYMTAB* b, SYMPAIRLIST* next, int info) {
   return new SYMPAIRLIST{a, b, info, next};
 }
 
-void free_symlist(SYMLIST* list) {
+template <class CELL> static void free_cells(CELL* list) {
   while (list) {
-    SYMLIST* next = list->next;
+    CELL* next = list->next;
     delete list;
     list = next;
   }
+}
+
+void free_symlist(SYMLIST* list) {
+  free_cells(list);
+}
+void free_symplist(SYMPAIRLIST* list) {
+  free_cells(list);
 }
 
 template <class CELL> static CELL* reverse(CELL* list) {
@@ -284,15 +292,12 @@ void sym_split(FUNINFO* fi) {
 
 static const char TEMP_PREFIX[] = "$O";
 
-SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope) {
-  if (number < 0) number = currfuninfo->temp_counter++;
+// A new automatic local of the outermost block, or of `scope`, under a name of its own.
+static SYMTAB* new_local(const char* name, TYPE* type, LS* scope) {
   if (type->is_enum()) type = tp->mk_plain_int();
   type = essential_type(type);
-
   auto* sym = new SYMTAB;
-  char text[64];
-  snprintf(text, sizeof text, "%s$%c%ld", TEMP_PREFIX, kind, static_cast<long>(number));
-  sym->name = strdup(text);
+  sym->name = strdup(name);
   sym->type = sym->otype = sym->cpp_type = type;
   sym->size = type->size;
   sym->align = type->align;
@@ -303,6 +308,79 @@ SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope) {
   sym->scope = scope ? scope : currfuninfo->scope ? currfuninfo->scope->level_2_scope() : nullptr;
   if (sym->scope) sym->scope->add_symbol(sym);
   return sym;
+}
+
+static int next_if_negative(int number) {
+  return number < 0 ? currfuninfo->temp_counter++ : number;
+}
+
+SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope) {
+  char text[64];
+  snprintf(text, sizeof text, "%s$%c%ld", TEMP_PREFIX, kind,
+           static_cast<long>(next_if_negative(number)));
+  return new_local(text, type, scope);
+}
+
+SYMTAB* clone_symbol(SYMTAB* sym, int number) {
+  // The name up to a "$<digits>" that ends it.
+  size_t length = strlen(sym->name);
+  size_t digits = length;
+  while (digits > 0 && isdigit(static_cast<unsigned char>(sym->name[digits - 1])))
+    digits--;
+  if (digits > 1 && digits < length && sym->name[digits - 1] == '$') length = digits - 1;
+  std::string text(sym->name, length);
+  char suffix[32];
+  snprintf(suffix, sizeof suffix, "$%03d", next_if_negative(number));
+  return new_local((text + suffix).c_str(), sym->type, sym->scope);
+}
+
+SYMTAB* new_vt_sym_temp(TYPE* type, const char* base, int number) {
+  TYPE* element = type->is_vector() ? type->elem_type() : type;
+  const char kind = element->is_float() ? 'f' : element->is_signed() ? 's' : 'u';
+  const auto width = static_cast<unsigned>(element->size);
+  char suffix[64];
+  number = next_if_negative(number);
+  if (type->is_vector())
+    snprintf(suffix, sizeof suffix, "$%03d$%c%ux%u", number, kind, width,
+             static_cast<unsigned>(type->size / element->size));
+  else
+    snprintf(suffix, sizeof suffix, "$%03d$%c%u", number, kind, width);
+  return new_local((std::string(TEMP_PREFIX) + base + suffix).c_str(), type, nullptr);
+}
+
+SYMTAB* gen_operator_new_temp(TYPE* type) {
+  return sym_temp('N', -1, type, nullptr);
+}
+
+bool is_operator_new_symbol(const SYMTAB* sym) {
+  return is_optimizer_temp(sym->name, 'N', 'N');
+}
+
+// Finds or makes the partner of sym on one of the function's two lists of partners.
+static SYMTAB* partner(SYMTAB* sym, TYPE* type, int kind, SYMPAIRLIST*& list) {
+  if (const SYMPAIRLIST* entry = find_sym_in_sympairlist(sym, list)) return entry->second;
+  SYMTAB* other = sym_temp(kind, -1, type, sym->scope);
+  list = mk_symplist(sym, other, list, 0);
+  return other;
+}
+
+static SYMTAB* second_of(const SYMPAIRLIST* entry) {
+  return entry ? entry->second : nullptr;
+}
+
+SYMTAB* make_widened_symbol_entry(SYMTAB* sym, TYPE* wider) {
+  CHECK(wider->size > sym->size);
+  return partner(sym, wider, 'W', currfuninfo->widened);
+}
+SYMTAB* find_widened_symbol_entry(const SYMTAB* sym) {
+  return second_of(find_sym_in_sympairlist(sym, currfuninfo->widened));
+}
+SYMTAB* make_shortened_symbol_entry(SYMTAB* sym, TYPE* narrower) {
+  CHECK(narrower->size < sym->size);
+  return partner(sym, narrower, 'Y', currfuninfo->shortened);
+}
+SYMTAB* find_shortened_symbol_entry(const SYMTAB* sym) {
+  return second_of(find_sym_in_sympairlist(sym, currfuninfo->shortened));
 }
 
 SYMTAB* sym_def(SYMTAB* sym) {

@@ -138,6 +138,7 @@ SYMLIST* mk_symlist(SYMTAB*, SYMLIST* next);
 SYMALIST* mk_symalist(SYMTAB*, NODE*, SYMALIST* next, int info);
 SYMPAIRLIST* mk_symplist(SYMTAB*, SYMTAB*, SYMPAIRLIST* next, int info);
 void free_symlist(SYMLIST*);
+void free_symplist(SYMPAIRLIST*);
 SYMTAB* revsymtab(SYMTAB* list); // in place, by `next`
 SYMLIST* revsymlist(SYMLIST* list);
 SYMALIST* revsymalist(SYMALIST* list);
@@ -166,6 +167,21 @@ void sym_split(FUNINFO* fi);
 // A new local "$O$<kind><number>"; a negative number takes the function's next one. scope may be
 // null for the outermost block.
 SYMTAB* sym_temp(int kind, int number, TYPE* type, LS* scope);
+// A local "<base>$<number>" of sym's type, where base is sym's name less a number that an earlier
+// clone gave it. A negative number takes the function's next one.
+SYMTAB* clone_symbol(SYMTAB* sym, int number);
+// A local for a value of a vector type or a scalar: "$O<base>$<number>$<kind><width>", and for a
+// vector "x<elements>"; the kind is f, s or u (float, signed, unsigned), the width is in bits.
+SYMTAB* new_vt_sym_temp(TYPE* type, const char* base, int number);
+// A local that holds the result of an `operator new` until its constructor has run.
+SYMTAB* gen_operator_new_temp(TYPE* type);
+bool is_operator_new_symbol(const SYMTAB* sym);
+// Partners of a local that hold its value in a wider or a narrower type. At most one of each a
+// symbol; find gives null if there is none, make gives the one there is.
+SYMTAB* make_widened_symbol_entry(SYMTAB* sym, TYPE* wider);
+SYMTAB* find_widened_symbol_entry(const SYMTAB* sym);
+SYMTAB* make_shortened_symbol_entry(SYMTAB* sym, TYPE* narrower);
+SYMTAB* find_shortened_symbol_entry(const SYMTAB* sym);
 SYMTAB* sym_def(SYMTAB* sym);
 // The definition among the globals that a declaration of the same name stands for; sym itself if
 // none.

@@ -6,6 +6,7 @@
 #include "OPT5/types.h"
 
 #include <cstring>
+#include <vector>
 
 // ---------------------------------------------------------------------------------------------
 // Congruence
@@ -231,23 +232,11 @@ NODE* opASG_to_ASG(NODE* asg) {
 // ---------------------------------------------------------------------------------------------
 // Peeling
 
-// Keeps what a tree does and drops what it yields.
-NODE* peel_for_effect(NODE* tree) {
-  if (!tree) return nullptr;
-  if (!tree_has_side_effects(tree)) {
-    erase_tree(tree);
-    return nullptr;
-  }
-  switch (tree->op) {
+// Operators without an effect of their own whose operands are always evaluated.
+static bool only_combines_its_operands(const NODE* node) {
+  switch (node->op) {
   case COMMAOP:
-  case PCOMMA: {
-    NODE* first = peel_for_effect(tree->left);
-    NODE* second = peel_for_effect(tree->right);
-    tree->left = tree->right = nullptr;
-    erase_node(tree);
-    return second ? mk_COMMAOP(first, second) : first;
-  }
-  // Operators without an effect of their own whose operands are always evaluated.
+  case PCOMMA:
   case PLUS:
   case MINUS:
   case MULT:
@@ -270,13 +259,29 @@ NODE* peel_for_effect(NODE* tree) {
   case ULE:
   case ULT:
   case UGE:
-  case UGT: {
-    NODE* first = peel_for_effect(tree->left);
-    NODE* second = peel_for_effect(tree->right);
-    tree->left = tree->right = nullptr;
-    erase_node(tree);
-    return second ? mk_COMMAOP(first, second) : first;
+  case UGT: return true;
+  default: return false;
   }
-  default: return tree;
+}
+
+// a + f(b) * *volatile_c  -->  f(b), *volatile_c
+NODE* peel_for_effect(NODE* tree) {
+  NODE* peeled = nullptr;
+  std::vector<NODE*> pending{tree}; // the next one to look at is the last
+  while (!pending.empty()) {
+    NODE* node = pending.back();
+    pending.pop_back();
+    if (!node) continue;
+    if (only_combines_its_operands(node)) {
+      pending.push_back(node->right);
+      pending.push_back(node->left);
+      node->left = node->right = nullptr;
+      erase_node(node);
+    } else if (!tree_has_side_effects(node)) {
+      erase_tree(node);
+    } else {
+      peeled = peeled ? mk_COMMAOP(peeled, node) : node;
+    }
   }
+  return peeled;
 }

@@ -223,3 +223,47 @@ TEST_F(Graph, ScopesSideBySideShareTheStack) {
   build_stack_sharing_type();
   EXPECT_EQ(currfuninfo->incoming, alone);
 }
+
+TEST_F(Graph, NewLocalsAreNamedAfterTheirOriginAndType) {
+  SYMTAB* sum = local("sum", tp->mk_long());
+  EXPECT_STREQ(clone_symbol(sum, 7)->name, "sum$007");
+  const SYMTAB* again = clone_symbol(clone_symbol(sum, 7), 12);
+  EXPECT_STREQ(again->name, "sum$012") << "numbers don't pile up";
+  EXPECT_EQ(again->type, sum->type);
+  EXPECT_STREQ(clone_symbol(local("$5", sum->type), 1)->name, "$5$001");
+
+  TYPE* pair = tp->mk_vector(tp->mk_plain_int(), false, 2, 32, 32);
+  EXPECT_STREQ(new_vt_sym_temp(pair, "v", 3)->name, "$Ov$003$s16x2");
+  EXPECT_STREQ(new_vt_sym_temp(tp->mk_fltpt(TYPE::F_FLOAT), "v", 4)->name, "$Ov$004$f32");
+  EXPECT_TRUE(is_operator_new_symbol(gen_operator_new_temp(tp->mk_ptr(sum->type))));
+  EXPECT_FALSE(is_operator_new_symbol(sum));
+
+  SYMTAB* count = variable("count");
+  EXPECT_EQ(find_widened_symbol_entry(count), nullptr);
+  const SYMTAB* wide = make_widened_symbol_entry(count, tp->mk_long());
+  EXPECT_EQ(make_widened_symbol_entry(count, tp->mk_long()), wide);
+  EXPECT_EQ(find_widened_symbol_entry(count), wide);
+  EXPECT_EQ(find_shortened_symbol_entry(count), nullptr);
+  const SYMTAB* narrow = make_shortened_symbol_entry(sum, tp->mk_plain_int());
+  EXPECT_EQ(find_shortened_symbol_entry(sum), narrow);
+  EXPECT_EQ(narrow->size, 16u);
+}
+
+TEST_F(Graph, AScopeTreeIsCopiedAndGraftedDeeper) {
+  LS* root = currfuninfo->scope;
+  root->open(nullptr, func, 0);
+  LS* inner = root->innermost_open();
+  root->open(nullptr, func, 0);
+  root->close(nullptr, func, 0);
+  root->open(nullptr, func, 0); // two scopes side by side within `inner`
+  std::map<const LS*, LS*> copies;
+  LS* copy = inner->copy_scope_tree(copies);
+  EXPECT_EQ(copies.size(), 3u);
+  inner->splice_scope(copy, 1);
+  root->validate();
+  EXPECT_EQ(copy->parent, inner);
+  EXPECT_EQ(inner->last_child, copy);
+  EXPECT_EQ(copy->first_child->sibling, copies[inner->first_child->sibling]);
+  EXPECT_EQ(copy->first_child->level, inner->level + 2);
+  EXPECT_TRUE(inner->encloses(copy->last_child));
+}

@@ -1,0 +1,3 @@
+#include "OPT5/ddepends.h"
+
+void do_DVE_unit_testing() {}
