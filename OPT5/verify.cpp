@@ -307,7 +307,7 @@ const char* check_tree(const NODE* tree, PLACE place) {
       return "unknown operator";
     if (node->op == ILLOP) return "erased node";
     if (const char* fault = check_place(node, place)) return fault;
-    const int operands = number_of_operands[node->op];
+    const auto operands = number_of_operands[node->op]; // -1 for any number
     if (node->op == UMULT ? !node->left
                           : operands >= 0 && (operands >= 1) + (operands >= 2) !=
                                                  (node->left != nullptr) + (node->right != nullptr))

@@ -56,15 +56,15 @@ std::string spell(const TYPE* t, std::string declarator, int nesting) {
     case TYPE::K_PTM: {
       std::string mark = t->kind == TYPE::K_POINTER ? "*" : "&";
       if (t->kind == TYPE::K_PTM) mark = std::string(t->extra->name) + "::*";
-      declarator = mark + declarator;
+      declarator.insert(0, mark);
       if (t->base->kind == TYPE::K_ARRAY || t->base->kind == TYPE::K_FUNC)
-        declarator = "(" + declarator + ")";
+        declarator.insert(0, "(").append(")");
       break;
     }
     case TYPE::K_QUALIFIED:
       // A qualifier of a pointer stands behind the asterisk.
       if (t->base->kind == TYPE::K_POINTER)
-        declarator = qual_text(t->qual_kind(false)) + declarator;
+        declarator.insert(0, qual_text(t->qual_kind(false)));
       else
         prefix += qual_text(t->qual_kind(false));
       break;
