@@ -38,6 +38,7 @@ int arg_count;
 char** args;
 int next_arg_index;
 bool output_is_open; // the output file exists and must go if the run fails
+bool command_line_is_written;
 
 constexpr const char* VERSION_TEXT = "1.0";
 
@@ -212,9 +213,8 @@ void open_output() {
 }
 
 void emit_cmd_line_text() {
-  static bool done;
-  if (done) return;
-  done = true;
+  if (command_line_is_written) return;
+  command_line_is_written = true;
   std::string text = ";\t";
   for (int k = 0; k < arg_count; k++)
     text += std::string(args[k]) + " ";
@@ -354,14 +354,20 @@ void time_report(clock_t start) {
     fprintf(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
 }
 
+// Leaves nothing behind, so that another run can follow in the same process.
 void release_everything() {
   erase_all_passes();
+  steps_table.clear();
+  functions.clear();
+  icode_optionlist.clear();
+  command_line_is_written = false;
   erase_all_FUNINFOs();
   erase_all_symbols();
   erase_type_caches();
   call_graph.clear();
   for (option_obj* options : all_option_sets)
     delete options;
+  all_option_sets.clear();
   delete cmdline_options;
   if (--TYPE_PKG::tp_count == 0) {
     delete tp; // with the tree of all its types

@@ -1,7 +1,7 @@
 // fuzz [--seed S] [--count N] [--jobs J] [--keep DIR] FILE.icode...
 //
-// Sends mutated copies of the given files through vrx-mid, icode-dis and icode-run, each in a child
-// process, and checks how they end: status 0 or 1 (125 too for icode-run, a program's own fault),
+// Sends mutated copies of the given files through icode-dis, icode-run and vrx-mid in child
+// processes, and checks how they end: status 0 or 1 (125 too for icode-run, a program's own fault),
 // within two seconds, and with status 1 no output. What vrx-mid writes must be a well-formed file.
 // A case that breaks a rule is kept in DIR (default ".") under its number; the same seed makes the
 // same cases.
@@ -15,8 +15,9 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <new>
 #include <string>
-#include <sys/resource.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -103,8 +104,6 @@ void mutate(Bytes& bytes, const std::vector<Bytes>& seeds, Random& random) {
 enum Tool { MID, DIS, RUN, TOOL_COUNT };
 const char* const tool_names[] = {"vrx-mid", "icode-dis", "icode-run"};
 
-volatile long current_case; // for a debugger
-
 struct Paths {
   std::string in, out;
 };
@@ -143,34 +142,35 @@ bool exists(const std::string& path) {
   return access(path.c_str(), F_OK) == 0;
 }
 
-// What is wrong with how the tool ended, or an empty text.
-std::string try_tool(Tool tool, const Paths& paths) {
-  unlink(paths.out.c_str());
-  const double start = now();
-  const pid_t child = fork();
-  if (child == 0) {
-    const int null = open("/dev/null", O_RDWR);
-    const int log = open((paths.in + ".log").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(null, 0);
-    dup2(null, 1);
-    dup2(log, 2);
-    alarm(10);
-    // Whatever calls exit() leaves at once: taking the sanitizer down costs more than the case.
-    on_exit([](int code, void*) { fflush(nullptr), _exit(code); }, nullptr);
-    const int status = run_tool(tool, paths);
-    fflush(nullptr);
-    _exit(status);
+// What a worker's runner tells the worker, in memory that both see.
+struct Progress {
+  long case_number; // the case at work
+  Tool tool;        // the tool at work; TOOL_COUNT ahead of the first one of a case
+  double start;     // of that tool
+  char fault[700];  // what is wrong with a tool that came back
+};
+
+Bytes case_bytes(long number, uint64_t seed, const std::vector<Bytes>& seeds) {
+  Random random(seed + static_cast<uint64_t>(number) * 7919);
+  Bytes bytes = seeds[random.below(seeds.size())];
+  // Half of them with one change only: most changes are refused early, and what gets through a few
+  // of them seldom goes deep.
+  for (size_t n = random.below(2) ? 1 : 1 + random.below(4); n; n--)
+    mutate(bytes, seeds, random);
+  return bytes;
+}
+
+void write_bytes(const std::string& path, const Bytes& bytes) {
+  if (FILE* to = fopen(path.c_str(), "wb")) {
+    fwrite(bytes.data(), 1, bytes.size(), to);
+    fclose(to);
   }
-  int status = 0;
-  waitpid(child, &status, 0);
-  const double seconds = now() - start;
-  if (WIFSIGNALED(status)) return "killed by signal " + std::to_string(WTERMSIG(status));
-  const int code = WEXITSTATUS(status);
-  if (code != 0 && code != 1 && tool != RUN) return "status " + std::to_string(code);
-  const Bytes log = read_bytes((paths.in + ".log").c_str());
-  const std::string text(log.begin(), log.end());
-  for (const char* report : {"AddressSanitizer", "runtime error:", "INTERNAL ERROR: C/C++"})
-    if (text.find(report) != std::string::npos) return text.substr(0, 600);
+}
+
+// What is wrong with a run that ended with that status after these seconds, or an empty text.
+std::string judge(Tool tool, int code, double seconds, const Paths& paths) {
+  if (code != 0 && code != 1 && !(tool == RUN && code >= 0))
+    return "status " + std::to_string(code);
   if (seconds > 2) return std::to_string(seconds) + " seconds";
   if (tool != MID) return "";
   if (code == 1) return exists(paths.out) ? "output behind status 1" : "";
@@ -181,43 +181,79 @@ std::string try_tool(Tool tool, const Paths& paths) {
   return "";
 }
 
+// Runs cases one after another until one of them ends the process, which vrx-mid does when it
+// refuses a file. To start a process takes longer than a case: so icode-dis and icode-run, which
+// always come back, run first, and what vrx-mid accepts leaves a process that can go on.
+[[noreturn]] void run_cases(Progress& progress, long step, long count, uint64_t seed,
+                            const std::vector<Bytes>& seeds, const Paths& paths) {
+  const int null = open("/dev/null", O_RDWR);
+  const int log = open((paths.in + ".log").c_str(), O_RDWR | O_CREAT | O_TRUNC | O_APPEND, 0600);
+  dup2(null, 0);
+  dup2(null, 1);
+  dup2(log, 2);
+  // Whatever calls exit() leaves at once: taking the sanitizer down costs more than the case.
+  on_exit([](int code, void*) { fflush(nullptr), _exit(code); }, nullptr);
+  for (; progress.case_number < count; progress.case_number += step) {
+    write_bytes(paths.in, case_bytes(progress.case_number, seed, seeds));
+    unlink(paths.out.c_str());
+    for (Tool tool : {DIS, RUN, MID}) {
+      if (ftruncate(2, 0) != 0) _exit(3);
+      progress.tool = tool;
+      progress.start = now();
+      alarm(10);
+      const int code = run_tool(tool, paths);
+      fflush(nullptr);
+      const std::string fault = judge(tool, code, now() - progress.start, paths);
+      if (fault.empty()) continue;
+      snprintf(progress.fault, sizeof progress.fault, "%s", fault.c_str());
+      _exit(0);
+    }
+  }
+  _exit(0);
+}
+
+// How the runner's process ended: what is wrong with the case at work, or an empty text.
+std::string end_of_runner(int status, const Progress& progress, const Paths& paths) {
+  if (progress.fault[0]) return progress.fault;
+  if (WIFSIGNALED(status)) return "killed by signal " + std::to_string(WTERMSIG(status));
+  const Bytes log = read_bytes((paths.in + ".log").c_str());
+  const std::string text(log.begin(), log.end());
+  for (const char* report : {"AddressSanitizer", "runtime error:", "INTERNAL ERROR: C/C++"})
+    if (size_t at = text.find(report); at != std::string::npos) return text.substr(at, 600);
+  return judge(progress.tool, WEXITSTATUS(status), now() - progress.start, paths);
+}
+
 int fuzz(uint64_t seed, long first, long step, long count, const std::string& keep,
          const std::vector<Bytes>& seeds) {
   char folder[] = "/tmp/fuzzXXXXXX";
   if (!mkdtemp(folder)) return 1;
   const Paths paths{std::string(folder) + "/in.icode", std::string(folder) + "/out.icode"};
+  void* shared =
+      mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (shared == MAP_FAILED) return 1;
+  auto& progress = *new (shared) Progress{};
   int faults = 0;
-  for (long k = first; k < count; k += step) {
-    Random random(seed + static_cast<uint64_t>(k) * 7919);
-    Bytes bytes = seeds[random.below(seeds.size())];
-    for (size_t n = 1 + random.below(4); n; n--)
-      mutate(bytes, seeds, random);
-    FILE* fp = fopen(paths.in.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), fp);
-    fclose(fp);
-    current_case = k;
-    bool unreadable = false;
-    for (int tool = 0; tool < TOOL_COUNT; tool++) {
-      // icode-dis has no state and never exits from within: it needs no process of its own, whose
-      // start is what costs the time. A crash there shows as the worker's, with the case in
-      // `current_case`. What it refuses, icode-run refuses by the same reader; one such case in
-      // eight is run all the same.
-      std::string fault;
-      if (tool == DIS)
-        unreadable = run_tool(DIS, paths) != 0;
-      else if (tool == MID || !unreadable || k % 8 == 0)
-        fault = try_tool(static_cast<Tool>(tool), paths);
-      if (fault.empty()) continue;
-      faults++;
-      printf("case %ld: %s: %s\n", k, tool_names[tool], fault.c_str());
-      fflush(stdout);
-      const std::string copy = keep + "/case-" + std::to_string(k) + ".icode";
-      if (FILE* to = fopen(copy.c_str(), "wb")) {
-        fwrite(bytes.data(), 1, bytes.size(), to);
-        fclose(to);
-      }
-    }
+  for (progress.case_number = first; progress.case_number < count; progress.case_number += step) {
+    const long number = progress.case_number;
+    progress.fault[0] = 0;
+    progress.tool = TOOL_COUNT;
+    const pid_t child = fork();
+    if (child == 0) run_cases(progress, step, count, seed, seeds, paths);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (progress.case_number >= count) break;
+    const std::string fault = end_of_runner(status, progress, paths);
+    if (fault.empty()) continue;
+    faults++;
+    // What an earlier case of the same process left behind may be at fault: the kept file tells.
+    printf("case %ld: %s: %s\n", progress.case_number,
+           progress.tool < TOOL_COUNT ? tool_names[progress.tool] : "start", fault.c_str());
+    if (progress.case_number != number) printf("    behind other cases since %ld\n", number);
+    fflush(stdout);
+    write_bytes(keep + "/case-" + std::to_string(progress.case_number) + ".icode",
+                case_bytes(progress.case_number, seed, seeds));
   }
+  munmap(shared, sizeof(Progress));
   for (const std::string& path : {paths.in, paths.out, paths.in + ".log"})
     unlink(path.c_str());
   rmdir(folder);
