@@ -52,9 +52,14 @@ NODE* replace(NODE* tree, NODE* constant) {
 // ---------------------------------------------------------------------------------------------
 // Integers
 
-// A constant as an operand of that integer type.
-INT65 int_operand(const NODE* constant, TYPE* type) {
-  return truncate_to_type(constant->ival, type);
+// An ICON's value: a truth value is 0 or 1, whatever the constant's bits.
+INT65 value_of(const NODE* icon) {
+  return icon->type->is_bool() ? INT65(icon->ival.is_zero() ? 0 : 1) : icon->ival;
+}
+
+// The same as an operand of that integer type.
+INT65 int_operand(const NODE* icon, TYPE* type) {
+  return truncate_to_type(value_of(icon), type);
 }
 
 INT65 as_unsigned(INT65 v, const TYPE* type) {
@@ -126,14 +131,14 @@ NODE* fold_int(const NODE* tree) {
   if (right && !right->type->is_int_or_enum()) return UNFOLDED;
   if (boolean_result[tree->op]) {
     if (!right || left->type->size != right->type->size) return UNFOLDED;
-    const int truth = compare_ints(tree->op, left->ival, right->ival, left->type);
+    const int truth = compare_ints(tree->op, value_of(left), value_of(right), left->type);
     return truth < 0 ? UNFOLDED : mk_ICON(truth, type);
   }
   // A truth value isn't computed with: the low bit of a sum is not its truth.
   if (type->is_bool()) return UNFOLDED;
   const bool is_shift = tree->op == SLL || tree->op == SRL;
   INT65 b = 0;
-  if (right) b = is_shift ? as_unsigned(right->ival, right->type) : int_operand(right, type);
+  if (right) b = is_shift ? as_unsigned(value_of(right), right->type) : int_operand(right, type);
   INT65 result;
   return compute_int(tree->op, int_operand(left, type), b, &result) ? mk_ICON(result, type)
                                                                     : UNFOLDED;
@@ -153,7 +158,7 @@ simul_fval float_operand(const NODE* constant) {
   if (constant->op == FCON)
     v = *constant->u.fval;
   else
-    int_to_float(constant->ival, &v);
+    int_to_float(value_of(constant), &v);
   truncate_fval_to_target(&v, constant->type);
   return v;
 }
