@@ -200,7 +200,7 @@ int f_acvt(const simul_fval* v, int count, int* exp, int* sign, std::string* dig
       ++*exp;
     }
     for (size_t k = 0; k <= kept; k++)
-      (*digits)[k] = "0123456789abcdef"[static_cast<int>(hex[k])];
+      (*digits)[k] = "0123456789abcdef"[static_cast<unsigned char>(hex[k])];
   }
   if (count < 0)
     drop_trailing_zeros(digits);
