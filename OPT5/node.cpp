@@ -198,8 +198,6 @@ void NODE::mk_lcon(const char* digits) {
   ival = type->is_int_or_enum() ? truncate_to_type(wide, type) : wide;
 }
 
-static std::mutex atof_lock;
-
 void NODE::mk_fcon(const char* digits) {
   if (!type->is_float()) if_die(INVALID_RECORD);
   auto* value = new simul_fval;

@@ -170,7 +170,9 @@ void agree_sides(NODE* tree) {
 // x = x --> x;  x == x --> 1, x < x --> 0 for values that are equal to themselves
 NODE* without_redundancy(NODE* tree) {
   const bool assignment = tree->op == ASG;
-  if (!assignment && !is_integer_comparison(tree->op)) return tree;
+  // A NaN is not equal to itself.
+  if (!assignment && (!is_integer_comparison(tree->op) || tree->left->type->is_float()))
+    return tree;
   if (tree_has_side_effects(tree->left) || !trees_are_congruent(tree->left, tree->right))
     return tree;
   print_if_debug(assignment ? "\n\tREDUNDANT ASSIGNMENT ELIMINATED:\n"

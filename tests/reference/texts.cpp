@@ -1,0 +1,102 @@
+// Decimal text, both ways, against the host's library.
+#include "tests/reference/host_float.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+std::string random_text(RANDOM& random) {
+  std::string text;
+  auto digits = [&](size_t n) {
+    for (; n; n--)
+      text += static_cast<char>('0' + random() % 10);
+  };
+  digits(1 + random() % 20);
+  if (random() & 1) {
+    text += '.';
+    digits(random() % 30);
+  }
+  if (random() & 1) text += "e" + std::to_string(static_cast<int>(random() % 680) - 345);
+  return text;
+}
+
+// The point halfway between two neighbours in full, at times with something behind it.
+template <class T> std::string midpoint_text(T a, RANDOM& random) {
+  char text[1400];
+  const long double mid = (static_cast<long double>(a) + std::nextafter(a, T(0))) / 2;
+  snprintf(text, sizeof text, "%.1200Lf", mid);
+  std::string digits = text;
+  const unsigned kind = random() % 3;
+  if (kind == 1) digits += "1";
+  if (kind == 2) {
+    // just below: the last digit that isn't zero goes down by one, nines follow
+    const size_t last = digits.find_last_not_of("0.");
+    if (last != std::string::npos) {
+      digits[last]--;
+      digits += "9";
+    }
+  }
+  return digits;
+}
+
+template <class T> T host_number(const char* text) {
+  if constexpr (is_double<T>)
+    return strtod(text, nullptr);
+  else
+    return strtof(text, nullptr);
+}
+
+template <class T> void compare_reading(ROW& row, const std::string& text) {
+  simul_fval v;
+  const int status = f_atof(text.c_str(), &v);
+  row.compare(status == 0 && is_same(on_host<T>(v), host_number<T>(text.c_str())),
+              [&] { return text; });
+}
+
+template <class T> void compare_writing(ROW& row, ROW& shortest, T a, RANDOM& random) {
+  const simul_fval v = simulated(a);
+  std::string got;
+  const char letter = "efga"[random() % 4];
+  int precision = static_cast<int>(random() % (letter == 'f' ? 60 : 30));
+  if (letter == 'a') precision = -1;
+  char format[8] = "%.*e", want[512];
+  format[3] = letter;
+  if (precision < 0) snprintf(format, sizeof format, "%%a");
+  if (precision < 0)
+    snprintf(want, sizeof want, format, static_cast<double>(a));
+  else
+    snprintf(want, sizeof want, format, precision, static_cast<double>(a));
+  f_f2ascii(&v, letter, precision, &got);
+  // The host writes a denormal in hexadecimal without a leading one; its value must agree.
+  const bool same = letter == 'a' ? is_same(host_number<T>(got.c_str()), a) : got == want;
+  row.compare(same, [&] { return got + ", not " + want; });
+
+  f_ftoa(&v, is_double<T>, &got);
+  shortest.compare(is_same(host_number<T>(got.c_str()), a), [&] { return got; });
+}
+
+template <class T> uint64_t run(const std::string& type, uint64_t count, RANDOM& random) {
+  ROW reading(type + " from text"), writing(type + " to text"),
+      shortest(type + " to shortest text");
+  std::vector<T> special = special_values<T>();
+  for (uint64_t i = 0; i < count + special.size(); i++) {
+    const T a = i < special.size() ? special[i] : random_value<T>(random);
+    compare_reading<T>(reading, random_text(random));
+    if (!std::isfinite(a)) continue;
+    if (i < special.size() || i % 16 == 0) compare_reading<T>(reading, midpoint_text(a, random));
+    if (i < special.size() || i % 4 == 0) compare_writing(writing, shortest, a, random);
+  }
+  uint64_t bad = 0;
+  for (const ROW* row : {&reading, &writing, &shortest}) {
+    row->print();
+    bad += row->mismatches;
+  }
+  return bad;
+}
+
+} // namespace
+
+uint64_t compare_texts(uint64_t count, RANDOM& random) {
+  return run<float>("float", count, random) + run<double>("double", count, random);
+}
