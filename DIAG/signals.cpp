@@ -1,15 +1,23 @@
 #include "DIAG/signals.h"
 
+#include "DIAG/support.h"
+
+#include <atomic>
 #include <csignal>
-#include <cstdio>
+#include <cstdarg>
+#include <cstdint>
 #include <cstring>
+#include <pthread.h>
 #include <unistd.h>
 
-const char* tool_name = "C/C++ Optimizer";
-
 static void (*end_callback)();
+static thread_local const char* signal_note;
 
-static const char* fault_text(int signal) {
+namespace {
+
+constexpr unsigned SECONDS_TO_END = 20;
+
+const char* fault_text(int signal) {
   switch (signal) {
   case SIGILL: return "executed an illegal instruction";
   case SIGABRT: return "had an internal inconsistency and aborted";
@@ -24,31 +32,116 @@ static const char* fault_text(int signal) {
   }
 }
 
+// A fault while the first one is being told ends the process; another thread that gets here waits
+// for the first to end it.
+void enter_once() {
+  static std::atomic<bool> entered;
+  static std::atomic<pthread_t> first;
+  if (!entered.exchange(true)) {
+    first = pthread_self();
+    return;
+  }
+  if (pthread_equal(first, pthread_self())) _exit(1);
+  for (;;)
+    pause();
+}
+
+void end_at_once(int) {
+  _exit(1);
+}
+
+} // namespace
+
+void sigstrnappend(char* buffer, size_t size, const char* format, ...) {
+  size_t used = strnlen(buffer, size);
+  if (used >= size) return;
+  auto put = [&](char c) {
+    if (used + 1 < size) buffer[used++] = c;
+  };
+  va_list args;
+  va_start(args, format);
+  for (const char* p = format; *p; p++) {
+    if (*p != '%' || p[1] == 0) {
+      put(*p);
+      continue;
+    }
+    switch (*++p) {
+    case 's': {
+      const char* text = va_arg(args, const char*);
+      if (reinterpret_cast<uintptr_t>(text) < 100001) break;
+      while (*text)
+        put(*text++);
+      break;
+    }
+    case 'd': {
+      const int n = va_arg(args, int);
+      unsigned rest = n < 0 ? 0u - static_cast<unsigned>(n) : static_cast<unsigned>(n);
+      char digits[16];
+      int count = 0;
+      do {
+        digits[count++] = static_cast<char>('0' + rest % 10);
+      } while (rest /= 10);
+      if (n < 0) put('-');
+      while (count)
+        put(digits[--count]);
+      break;
+    }
+    default: put(*p);
+    }
+  }
+  va_end(args);
+  buffer[used] = 0;
+}
+
+void try_gen_corefile(int) {}
+
+void set_signal_note(const char* note) {
+  signal_note = note;
+}
+
 void common_signal_end(int signal) {
-  static char text[2048]; // built without allocating
+  enter_once();
+  // The end of the run may wait for a lock that the interrupted code holds; then this ends it.
+  struct sigaction last {};
+  last.sa_handler = end_at_once;
+  sigaction(SIGALRM, &last, nullptr);
+  alarm(SECONDS_TO_END);
+
+  static char text[2048];
+  text[0] = 0;
   if (signal == SIGTERM || signal == SIGHUP)
-    snprintf(text, sizeof text, "[%s received a terminate signal]\n", tool_name);
+    sigstrnappend(text, sizeof text, "[%s received a terminate signal]\n", tool_name);
   else if (signal == SIGINT)
-    snprintf(text, sizeof text, "[%s forced exit]\n", tool_name);
-  else
-    snprintf(text, sizeof text, "\nINTERNAL ERROR: %s %s\n", tool_name, fault_text(signal));
-  ssize_t ignored = write(STDERR_FILENO, text, strlen(text));
-  (void)ignored;
+    sigstrnappend(text, sizeof text, "[%s forced exit]\n", tool_name);
+  else {
+    sigstrnappend(text, sizeof text, "\nINTERNAL ERROR: %s %s\n", tool_name, fault_text(signal));
+    if (signal_note) sigstrnappend(text, sizeof text, "                  %s\n", signal_note);
+    try_gen_corefile(signal);
+  }
+  if (write(STDERR_FILENO, text, strlen(text)) < 0) {
+    // Nobody listens; the status still tells.
+  }
   if (end_callback) end_callback();
   _exit(1);
 }
 
-void install_common_handlers(void (*handler)(int), void (*callback)()) {
-  end_callback = callback;
-  // A stack of its own, so that a fault of the stack can be told too.
-  static char signal_stack[65536];
+void give_thread_a_signal_stack() {
+  static thread_local char signal_stack[65536];
   stack_t stack{};
   stack.ss_sp = signal_stack;
   stack.ss_size = sizeof signal_stack;
   sigaltstack(&stack, nullptr);
+}
+
+void install_common_handlers(void (*handler)(int), void (*callback)()) {
+  end_callback = callback;
+#if !defined(__SANITIZE_ADDRESS__)
+  give_thread_a_signal_stack(); // the sanitizer has its own
+#endif
   struct sigaction action {};
   action.sa_handler = handler;
-  action.sa_flags = SA_ONSTACK;
+  // A fault in the handler must arrive, so that the process can end.
+  action.sa_flags = SA_ONSTACK | SA_NODEFER;
   static const int signals[] = {SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM, SIGINT,
                                 SIGHUP, SIGTRAP, SIGBUS, SIGSYS,  SIGXCPU, SIGXFSZ};
   for (int signal : signals) {
@@ -60,4 +153,6 @@ void install_common_handlers(void (*handler)(int), void (*callback)()) {
 #endif
     sigaction(signal, &action, nullptr);
   }
+  // A closed pipe is a failed write, which ends the run with a message and without an output.
+  signal(SIGPIPE, SIG_IGN);
 }

@@ -2,7 +2,9 @@
 
 #include "DIAG/abort.h"
 #include "DIAG/diag.h"
+#include "DIAG/safemalloc.h"
 #include "DIAG/signals.h"
+#include "DIAG/support.h"
 #include "OPT5/ddepends.h"
 #include "OPT5/fileopt.h"
 #include "OPT5/funinfo.h"
@@ -16,11 +18,13 @@
 #include "OPT5/target.h"
 #include "OPT5/types.h"
 #include "OPT5/write.h"
+#include "options/option_doc.h"
 #include "options/option_obj.h"
 #include "options/register_option.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -39,6 +43,7 @@ char** args;
 int next_arg_index;
 bool output_is_open; // the output file exists and must go if the run fails
 bool command_line_is_written;
+std::string debug_file_path, info_file_path;
 
 constexpr const char* VERSION_TEXT = "1.0";
 
@@ -90,7 +95,10 @@ void end_failing_run(const char* msg) {
   }
   if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);
   print_support_message();
-  if (pass_debug_abort) abort();
+  if (pass_debug_abort) {
+    signal(SIGABRT, SIG_DFL); // for a core file; the end was told
+    abort();
+  }
   fflush(stdout);
   _exit(1);
 }
@@ -99,8 +107,14 @@ void end_after_signal() {
   end_failing_run(nullptr);
 }
 
+// What was traced so far must be on disk, and this thread writes no more of it. The stream itself
+// isn't taken apart: other threads may be using it, and freeing memory in a handler may never
+// return. The end of the process closes the file.
 void debug_signal_handler(int signal) {
-  if (FDEBUG) fflush(FDEBUG);
+  if (FDEBUG) {
+    fflush(FDEBUG);
+    FDEBUG = nullptr;
+  }
   common_signal_end(signal);
 }
 
@@ -112,11 +126,18 @@ void copy_path(char (&to)[512], const char* from) {
   strcpy(to, from);
 }
 
+// Bad options were reported one by one; here they end the run.
+void end_if_errors() {
+  if (DIAGNOSTIC::error_count_m == 0) return;
+  remove_output();
+  exit(1);
+}
+
 int walk_arguments() {
   int names = 0;
   for (next_arg_index = 1; next_arg_index < arg_count;) {
     const char* arg = args[next_arg_index++];
-    if (arg[0] == '-' && arg[1]) {
+    if (arg[0] == '-' && !cmdline_options->isset(OPT_end_of_options)) {
       cmdline_options->process_option(arg + 1);
       continue;
     }
@@ -129,23 +150,47 @@ int walk_arguments() {
               o_file_name, arg);
     }
   }
+  end_if_errors();
   return names;
 }
 
-void answer_questions() {
+// What was printed on standard output must have arrived; a failed run leaves no output.
+void check_standard_output() {
+  errno = 0;
+  if (fflush(stdout) == 0 && !ferror(stdout)) return;
+  fprintf(stderr, "\n>> Cannot Write Standard Output, %s, Aborting\n",
+          strerror(errno ? errno : EIO));
+  remove_output();
+  _exit(1);
+}
+
+[[noreturn]] void end_answered() {
+  check_standard_output();
+  exit(0);
+}
+
+void answer_questions(int names) {
   if (cmdline_options->isset(OPT_list_passes)) {
     setup_passes(false);
     list_passes(stderr);
     erase_all_passes();
-    exit(0);
+    end_answered();
   }
   if (cmdline_options->isset(OPT_toolversion)) {
     print_toolversion(stdout);
-    exit(0);
+    end_answered();
   }
-  if (cmdline_options->isset(OPT_help) || cmdline_options->isset(OPT_usage)) {
+  if (cmdline_options->isset(OPT_help)) {
     option_obj::print_help();
-    exit(0);
+    end_answered();
+  }
+  if (cmdline_options->isset(OPT_usage)) {
+    option_obj::print_usage();
+    end_answered();
+  }
+  if (pass_debug_help && names == 0) { // with an input the list is printed on the way
+    print_switches();
+    end_answered();
   }
 }
 
@@ -153,7 +198,6 @@ void answer_questions() {
 void build_option_sets() {
   for (OPTION_SET* set : i_file->option_sets)
     icode_optionlist.push_back(*set);
-  const std::vector<std::string> from_command_line = cmdline_options->export_option_pairs();
   if (icode_optionlist.empty()) {
     all_option_sets.push_back(new option_obj(*cmdline_options));
   } else {
@@ -161,17 +205,19 @@ void build_option_sets() {
     for (const OPTION_SET& set : icode_optionlist) {
       if (set.number >= all_option_sets.size() || all_option_sets[set.number])
         if_die(INVALID_RECORD);
-      auto* options = new option_obj;
+      auto* options = new option_obj(cmdline_options->isset(OPT_option_trace));
       all_option_sets[set.number] = options;
+      options->is_stored_set = true;
+      options->file_name = "option set " + std::to_string(set.number) + " of " + i_file_name;
       option_obj::next_arg = nullptr;
       if (!cmdline_options->isset(OPT_ignore_stored_options))
         for (const std::string& text : set.strings)
           if (!text.empty()) options->process_option(text.c_str() + 1);
-      for (const std::string& text : from_command_line)
-        options->process_option(text.c_str());
+      options->override_by(*cmdline_options);
     }
   }
   file_options = all_option_sets[0];
+  end_if_errors();
 }
 
 bool is_size_goal() {
@@ -195,6 +241,7 @@ void open_info_file() {
   }
   const char* given = file_options->getstrarg(OPT_opt_info_filename, 0);
   const std::string path = given ? given : fn_delext(i_file_name) + ".nfo";
+  info_file_path = path;
   finfo = fopen(path.c_str(), "w");
   if (!finfo)
     fail("\n>> Cannot Open Info File, %s : %s, Aborting\n", strerror(errno), path.c_str());
@@ -228,16 +275,18 @@ void emit_cmd_line_text() {
 }
 
 void open_files(int argc, char** argv) {
+  set_abort_handler(end_failing_run);
+  if_death_hook = tp_death_hook = remove_output;
+  DIAGNOSTIC::exit_hook_m = remove_output;
+  install_common_handlers(debug_signal_handler, end_after_signal);
+  install_out_of_memory_handler(remove_output);
   cmdline_options = new option_obj;
   option_obj::executable_name = argv[0];
   option_obj::next_arg = next_arg;
   arg_count = argc;
   args = argv;
-  set_abort_handler(end_failing_run);
-  if_death_hook = tp_death_hook = remove_output;
-  install_common_handlers(debug_signal_handler, end_after_signal);
   const int names = walk_arguments();
-  answer_questions();
+  answer_questions(names);
   if (names == 0) fail("Usage: %s [-options] filename\n%s", argv[0], "");
 
   FILE* in = fopen(i_file_name, "rb");
@@ -247,14 +296,12 @@ void open_files(int argc, char** argv) {
   if (!i_file) fail("\n>> Error when opening input icode file : %s, Aborting\n%s", i_file_name, "");
   build_option_sets();
   if (file_options->isset(OPT_option_dump)) {
-    file_options->dump();
-    exit(0);
+    file_options->dump(cmdline_options->isset(OPT_option_trace));
+    end_answered();
   }
   reset_global_flags();
   set_global_flags(file_options);
-  if (pass_debug_help)
-    for (const auto& [name, value] : register_option::get_state())
-      printf("%s=%d\n", name.c_str(), value);
+  if (pass_debug_help) print_switches();
 
   tp = TYPE_PKG::init_type_pkg();
   i_file->if_type_init(tp);
@@ -304,34 +351,38 @@ void init_fileopts() {
 // ---------------------------------------------------------------------------------------------
 // Closing
 
-// A write that failed leaves no output.
-void close_output() {
-  if (!o_file) return;
-  if (o_file->if_close(true, false) != 0) {
-    fprintf(stderr, "\n>> Cannot Write Output icode File, %s : %s, Aborting\n", strerror(errno),
-            o_file_name);
-    remove_output();
-    _exit(1);
-  }
-  output_is_open = false;
+// A write that failed leaves no output, whichever file it was.
+[[noreturn]] void fail_to_write(const char* what, const char* path) {
+  fprintf(stderr, "\n>> Cannot Write %s, %s : %s, Aborting\n", what, strerror(errno ? errno : EIO),
+          path);
+  remove_output();
+  _exit(1);
+}
+
+void close_text_file(FILE*& fp, const char* what, const char* path) {
+  errno = 0;
+  const bool failed = fflush(fp) != 0 || ferror(fp);
+  if (fclose(fp) != 0 || failed) fail_to_write(what, path);
+  fp = nullptr;
 }
 
 void close_files() {
-  close_output();
+  errno = 0;
+  if (o_file && o_file->if_close(true, false) != 0) fail_to_write("Output icode File", o_file_name);
   i_file->if_close(false, true);
   delete i_file;
   delete o_file;
   i_file = o_file = nullptr;
   if (print_debug && FDEBUG) {
     print_if_debug("\n== END OF DEBUG OUTPUT==\n");
-    fclose(FDEBUG);
-    FDEBUG = nullptr;
+    close_text_file(FDEBUG, "Debug File", debug_file_path.c_str());
   }
   if (write_opt_info && finfo) {
     print_info("\n== END OF INFO OUTPUT==\n");
-    fclose(finfo);
-    finfo = nullptr;
+    close_text_file(finfo, "Info File", info_file_path.c_str());
   }
+  check_standard_output();
+  output_is_open = false;
 }
 
 void time_report(clock_t start) {
@@ -394,6 +445,7 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
   if (FDEBUG) print_if_debug(">>>> SWITCHING LOG TO %s\n", path.c_str());
   if (FILE* fp = fopen(path.c_str(), mode ? mode : "w")) {
     FDEBUG = fp;
+    if (!name) debug_file_path = path;
     return;
   }
   fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno),

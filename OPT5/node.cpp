@@ -3,6 +3,7 @@
 #include "OPT5/node.h"
 
 #include "DIAG/abort.h"
+#include "DIAG/safemalloc.h"
 #include "OPT5/bblk.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
@@ -81,11 +82,11 @@ thread_local FREE_LIST free_nodes;
 char* copy_text(const char* text) {
   if (!text) return nullptr;
   size_t n = strlen(text) + 1;
-  return static_cast<char*>(memcpy(malloc(n), text, n));
+  return static_cast<char*>(memcpy(safemalloc(n), text, n));
 }
 
 char* copy_bytes(const char* bytes, size_t n) {
-  auto* copy = static_cast<char*>(malloc(n + 1));
+  auto* copy = static_cast<char*>(safemalloc(n + 1));
   memcpy(copy, bytes, n);
   copy[n] = 0;
   return copy;

@@ -1,6 +1,7 @@
 #include "OPT5/opt_client.h"
 
 #include "DIAG/abort.h"
+#include "DIAG/safemalloc.h"
 #include "OPT5/fileopt.h"
 #include "OPT5/passes.h"
 #include "OPT5/restrict.h"
@@ -65,7 +66,7 @@ public:
                              I_SYMTAB::RETENTION_POLICY policy) override {
     if (!type) type = tp->mk_void();
     SYMTAB* sym = lex == 0 && max_threads > 0 ? new GLOBAL_SYM : new SYMTAB;
-    sym->name = strdup(name);
+    sym->name = safestrdup(name);
     sym->otype = type;
     sym->cpp_type = cpp_type;
     sym->type = type;
@@ -284,7 +285,7 @@ private:
 
   static NODE* text_statement(const char* text, bool is_comment) {
     NODE* node = alloc_node(ASM, tp->mk_void());
-    node->text = strdup(text);
+    node->text = safestrdup(text);
     node->node_flags[NF_COMMENT] = is_comment;
     return node;
   }
@@ -301,7 +302,7 @@ private:
 
   static SYMTAB* make_implicit_symbol(const char* name) {
     auto* sym = new SYMTAB;
-    sym->name = strdup(name);
+    sym->name = safestrdup(name);
     sym->type = sym->otype = sym->cpp_type = tp->mk_plain_int();
     sym->size = sym->type->size;
     sym->align = sym->type->align;

@@ -31,7 +31,8 @@ std::vector<pass*> normal_order;
 std::vector<pass*> permuted_order;
 
 pass::pass(const char* name, void (*callback)())
-    : serial_object(global_pass_manager), step_name(name), fn(callback) {}
+    : serial_object(global_pass_manager), step_name(name),
+      signal_text("while running step '" + step_name + "'"), fn(callback) {}
 
 namespace {
 

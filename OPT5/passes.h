@@ -24,6 +24,7 @@ public:
 
 private:
   std::string step_name;
+  std::string signal_text; // what a fault during the step says of it
   void (*fn)();
 };
 

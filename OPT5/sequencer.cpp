@@ -3,6 +3,10 @@
 #include "OPT5/passes.h"
 
 #include "DIAG/abort.h"
+#include "DIAG/signals.h"
+#ifdef VRX_CHECKS
+#include "OPT5/crash_trigger.h"
+#endif
 #include "OPT5/driver.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/mdparser.h"
@@ -62,7 +66,12 @@ void pass::run() {
   print_graph();
   const bool timed = print_debug || pass_enable_time_stats;
   const clock_t start = timed ? clock() : 0;
+  set_signal_note(signal_text.c_str());
+#ifdef VRX_CHECKS
+  crash_if_asked(static_cast<int>(serial()));
+#endif
   fn();
+  set_signal_note(nullptr);
   if (timed) {
     const clock_t used = clock() - start;
     print_if_debug("(%.1f sec for pass.)\n",
@@ -91,7 +100,8 @@ public:
   }
   ~SPLIT_DEBUG_FILE() {
     if (!split) return;
-    if (FDEBUG && FDEBUG != kept && FDEBUG != stderr) fclose(FDEBUG);
+    const bool own = FDEBUG && FDEBUG != kept && FDEBUG != stderr;
+    if (own && fclose(FDEBUG) != 0) optassert("fclose(FDEBUG)", __FILE__, __LINE__);
     FDEBUG = kept;
   }
   SPLIT_DEBUG_FILE(const SPLIT_DEBUG_FILE&) = delete;
@@ -136,8 +146,10 @@ void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
 static void run_queued_function(SYMTAB* sym) {
   FILE* kept = finfo;
   finfo = write_opt_info ? tmpfile() : nullptr;
+  if (write_opt_info && !finfo) abort_optimizer("Cannot make a temporary file");
   run_steps(sym, steps_table.find(sym)->second);
   if (finfo) {
+    if (fflush(finfo) != 0) optassert("fflush(finfo)", __FILE__, __LINE__);
     const long length = ftell(finfo);
     if (length >= 1) {
       std::string text(static_cast<size_t>(length), 0);
@@ -152,6 +164,7 @@ static void run_queued_function(SYMTAB* sym) {
 
 // The body of each parallel thread: takes functions from the queue until it is empty.
 static void worker() {
+  give_thread_a_signal_stack();
   chars_alias_other_types = caot_ref;
   no_outside_callers = file_closed_to_callers;
   no_outside_writers = file_closed_to_writers;

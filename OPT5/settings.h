@@ -18,9 +18,12 @@ struct GLOBAL_FLAGS {
   int code_is_reentrant, unsigned_index_wraps, strict_fp;
   int program_mode;
   int max_unrolled_loop_size;
-  int auxiliary[2]; // words set by --aux_cmd_flag
 };
 extern GLOBAL_FLAGS flags;
+// Set by --aux_cmd_flag. Word 1 switches unroll-and-jam off, word 9 the global motion of scalar
+// memory references; the others set flags above.
+constexpr int AUX_CMD_FLAGS = 10;
+extern int aux_cmd_flag[AUX_CMD_FLAGS];
 
 // Copied into every thread; the process-wide value is caot_ref.
 extern constinit thread_local int chars_alias_other_types;
@@ -42,7 +45,8 @@ extern option_obj* file_options;
 int opt_level();
 // Goal 0 (size) to 5 (speed) of the current function, or of the file without one.
 int size_speed_goal();
-// The auto-inline limit of the current function's options, or 0.
+// The size budget of automatic inlining: what the current function's options say, else the file's,
+// else what follows from the optimisation level, if one is given.
 int auto_inline();
 // The options in force for the current function, or for the file.
 option_obj* current_options();

@@ -3,6 +3,7 @@
 #include "OPT5/symbol.h"
 
 #include "DIAG/abort.h"
+#include "DIAG/safemalloc.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
@@ -297,7 +298,7 @@ static SYMTAB* new_local(const char* name, TYPE* type, LS* scope) {
   if (type->is_enum()) type = tp->mk_plain_int();
   type = essential_type(type);
   auto* sym = new SYMTAB;
-  sym->name = strdup(name);
+  sym->name = safestrdup(name);
   sym->type = sym->otype = sym->cpp_type = type;
   sym->size = type->size;
   sym->align = type->align;

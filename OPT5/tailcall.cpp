@@ -5,6 +5,7 @@
 
 #include "OPT5/tailcall.h"
 
+#include "DIAG/safemalloc.h"
 #include "OPT5/bblk.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
@@ -181,7 +182,7 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
 
 NODE* comment_statement(const std::string& text) {
   NODE* node = alloc_node(ASM, tp->mk_void());
-  node->text = strdup(text.c_str());
+  node->text = safestrdup(text.c_str());
   node->node_flags[NF_COMMENT] = 1;
   return node;
 }

@@ -1,5 +1,5 @@
 // One type: life and queries.
-#include "DIAG/diag.h"
+#include "DIAG/support.h"
 #include "TYPES/type_pkg.h"
 
 #include <atomic>

@@ -1,131 +1,206 @@
-// The declared command line: a table of options, and the values that one run or one option set
-// gives them.
+// The declared command line: the values that a run, a stored option set or an input file gives to
+// the options of options/option_table.h. A value class; main thread only while options are being
+// set, read-only afterwards.
 #pragma once
 
+#include "options/option_table.h"
+
+#include <map>
 #include <string>
 #include <vector>
 
-enum option_id {
-  OPT_abi,
-  OPT_advice_performance,
-  OPT_aliased_variables,
-  OPT_auto_inline,
-  OPT_aux_cmd_flag,
-  OPT_big_endian,
-  OPT_byte_mode,
-  OPT_call_assumptions,
-  OPT_coproc_support,
-  OPT_debug,
-  OPT_diag_wrap,
-  OPT_disable,
-  OPT_disable_inlining,
-  OPT_dump_call_graph,
-  OPT_dwim_loops,
-  OPT_enable,
-  OPT_endian,
-  OPT_far_externs,
-  OPT_float_support,
-  OPT_fp_mode,
-  OPT_fp_reassoc,
-  OPT_gen_data_subsections,
-  OPT_gen_func_subsections,
-  OPT_gen_opt_info,
-  OPT_global_register,
-  OPT_help,
-  OPT_ignore_stored_options,
-  OPT_inline_recursion_limit,
-  OPT_interrupt_threshold,
-  OPT_keep_opt_ifile,
-  OPT_kr_compatible,
-  OPT_large_memory_model,
-  OPT_list_passes,
-  OPT_max_unrolled_loop_size,
-  OPT_mem_model_code,
-  OPT_mem_model_data,
-  OPT_no_bad_aliases,
-  OPT_non_reentrant,
-  OPT_opt_for_cache,
-  OPT_opt_for_space,
-  OPT_opt_for_speed,
-  OPT_opt_info_filename,
-  OPT_opt_level,
-  OPT_opt_passes,
-  OPT_optimizer_interlist,
-  OPT_option_dump,
-  OPT_parallel,
-  OPT_pass_args_in_regs,
-  OPT_print_debug,
-  OPT_program_level_recompile,
-  OPT_remove_hooks_when_inlining,
-  OPT_rpt_threshold,
-  OPT_sat_reassoc,
-  OPT_section_sizes,
-  OPT_silicon_version,
-  OPT_single_inline,
-  OPT_size_speed_goal,
-  OPT_std_lib_func_defined,
-  OPT_std_lib_func_not_defined,
-  OPT_std_lib_func_redefined,
-  OPT_toolversion,
-  OPT_unified_memory,
-  OPT_unsigned_ok_for_rptb,
-  OPT_usage,
-  OPT_use_const_for_alias_analysis,
-  OPT_use_g2,
-  OPT_use_g3,
-  OPT_use_llvm,
-  OPT_vectorize,
-  OPT_volit_vars,
-  OPTION_COUNT
+// One argument of an option.
+struct an_argument_t {
+  std::string text; // as given; empty if the number stands for a missing argument
+  long number = 0;  // of a number or an item
 };
 
-// Values of one-of items; unique across all lists, stored as the option's number.
-enum option_item {
-  ABI_COFFABI = 1,
-  ABI_EABI = 2,
-  LEVEL_0 = 33,
-  LEVEL_1,
-  LEVEL_2,
-  LEVEL_3,
-  LEVEL_4,
-  LEVEL_OFF,
-  GOAL_HIGH_RISK_PERFORMANCE = 43,
-  GOAL_HIGH_RISK_SIZE,
-  GOAL_LOW_RISK_PERFORMANCE,
-  GOAL_LOW_RISK_SIZE,
-  GOAL_MEDIUM_RISK_PERFORMANCE,
-  GOAL_MEDIUM_RISK_SIZE
+// How an option was written.
+enum OPTION_FORM : unsigned char { FORM_LONG, FORM_LONG_ONE_DASH, FORM_SHORT };
+
+enum export_option_list_type {
+  EXPORT_SET,     // the options that are set
+  EXPORT_SEEN,    // those that were given, even if cleared since
+  EXPORT_HISTORY, // every setting that is still in force, in the order of setting
+};
+
+struct HISTORY_ENTRY {
+  option_id id;
+  an_argument_t argument;
+  bool has_argument;
+  bool derived; // set by another option, not by itself
+  bool cleared; // no longer in force
+  std::string file;
 };
 
 class option_obj {
 public:
   static std::string executable_name;
   static const char* (*next_arg)(); // the next process argument, or null when none is left
+  static TOOL_TYPE tool;            // the tool whose command line this is
 
-  // One argument without its first dash. Arguments of options stand behind "=" or, for options that
-  // need one, in the next process argument. A bad option is reported and ends the run.
-  void process_option(const char* text);
+  explicit option_obj(bool trace = false);
 
-  bool isset(option_id id) const { return !values[id].texts.empty(); }
-  int set_count(option_id id) const { return static_cast<int>(values[id].texts.size()); }
-  // Argument k of an option, counted from the newest; 0 or null if there is none.
+  // -------------------------------------------------------------------------------------------
+  // Parsing. Bad options are reported as messages; errors are counted there, and the caller ends
+  // the run when it is through.
+
+  // One argument without its first dash. An option's argument stands behind "=" or, for a short
+  // option, directly behind it; for one that needs an argument it may be the next process argument,
+  // which `next`, if not null, receives.
+  void process_option(const char* arg, const char** next = nullptr);
+  // Takes over what `winner` has set. What is in force here and conflicts with it goes without a
+  // message.
+  void override_by(const option_obj& winner);
+
+  // -------------------------------------------------------------------------------------------
+  // Setting
+
+  // Raise the set count, record it in the history and, except while merging, see to conflicts.
+  void setopt(option_id id);
+  void setopt(class_id group); // every member that can do without an argument
+  void setopt(option_id id, long number);
+  void setopt(option_id id, const char* text);
+  void setopt_internal(option_id id); // without conflicts: one option follows from another
+  void setopt_internal(option_id id, long number);
+  // Give an option an argument, without setting it.
+  void setarg(option_id id, long number);
+  void setarg(option_id id, const char* text);
+  void setlistarg(option_id id, const std::vector<an_argument_t>& list);
+  void clearopt(option_id id);
+  void clearopt(class_id group);
+  // The same for the states alone: no history, no conflicts.
+  void setclassmembers(class_id group);
+  void clearclassmembers(class_id group);
+  void clear_history(option_id id);
+  void register_option_form(option_id id, unsigned char form);
+  void parsed_option(option_id id); // it was seen
+  void do_conflicts(option_id id);
+
+  // -------------------------------------------------------------------------------------------
+  // Asking
+
+  bool isset(option_id id) const { return set_count(id) > 0; }
+  int set_count(option_id id) const; // how often it was set
+  bool seen(option_id id) const;
+  int testclass(class_id group) const; // how many options of the class are set
+  int seenclass(class_id group) const; // how many were seen
+  static std::vector<class_id> class_list_for_option(option_id id);
+  unsigned getargcount(option_id id) const;
+  // Argument k, counted from the newest; 0 or null if there is none.
   long getnumarg(option_id id, unsigned k) const;
   const char* getstrarg(option_id id, unsigned k) const;
-  void setopt(option_id id, long number);
-  void clearopt(option_id id);
-  // The options in the order of setting, as texts that process_option takes.
-  std::vector<std::string> export_option_pairs() const;
-  void dump() const; // to standard output
+  bool get_argument(option_id id, an_argument_t* argument) const; // the newest; false without one
+  std::string get_opt_txt(option_id id) const;                    // in the form that was used
+  const std::vector<HISTORY_ENTRY>& get_history() const { return history; }
 
-  static void print_help();
+  // -------------------------------------------------------------------------------------------
+  // Arguments. Each returns false after a message.
+
+  bool parse_arg(const OPTION_DEFINITION& def, const char* text, an_argument_t& argument);
+  bool parse_oneof(const OPTION_DEFINITION& def, const char* text, an_argument_t& argument);
+  bool check_numerical_arg(const OPTION_DEFINITION& def, const char* text, long& number);
+  // Is the option known to this tool and allowed here?
+  bool check_validity(const OPTION_DEFINITION& def);
+  // 16 for 0x, 2 for 0b, 8 for another leading 0, else 10; a sign may stand before.
+  static int get_radix(const char* text);
+  // The number, read in the radix of its prefix. *failed is set if `text` is no number or too big.
+  static long strtol_by_radix(const char* text, int* failed);
+  static unsigned long strtoul_by_radix(const char* text, int* failed);
+
+  // -------------------------------------------------------------------------------------------
+  // Output
+
+  // Setting number k of an option (0: the oldest argument that is in force) as command-line text;
+  // empty if there is none.
+  std::string export_option(option_id id, int k) const;
+  std::vector<std::string> export_option_class(export_option_list_type which, class_id group) const;
+  // Every setting in force, in order, as texts for process_option.
+  std::vector<std::string> export_option_pairs() const;
+  void print() const;           // all options as a table, on standard output
+  void dump(int verbose) const; // print(), with the history if verbose
+  void dump_history() const;
+  static void print_help();  // every option with its description
+  static void print_usage(); // every option in short
+
+  // -------------------------------------------------------------------------------------------
+  // Merging. `file_name` names the file that an object belongs to.
+
+  std::string file_name;
+  bool is_stored_set = false; // options from a file, where some make no sense
+  void merge_options(option_obj& other);
+  void do_merge_conflicts(option_id id, option_obj& other);
+  // Each leaves this object's option as the merged one.
+  bool merge_policy_exact(option_id id, option_obj& other);
+  bool merge_policy_exact_notset(option_id id, option_obj& other);
+  bool merge_policy_or(option_id id, option_obj& other);
+  bool merge_policy_and(option_id id, option_obj& other);
+  bool merge_policy_max(option_id id, option_obj& other);
+  bool merge_policy_min(option_id id, option_obj& other);
+  bool merge_policy_none(option_id id, option_obj& other);
+  bool merge_policy_main(option_id id, option_obj& other);
+  bool merge_policy_custom(option_id id, option_obj& other);
+  using merge_member = bool (option_obj::*)(option_id, option_obj&);
+  static const merge_member merge_policies[MERGE_POLICY_COUNT];
+  // An override's true result ends the option.
+  bool merge_lists(option_id id, option_obj& other);
+  bool merge_by_rank(option_id id, option_obj& other);
+  static merge_member merge_override(option_id id); // null: none
+
+  // -------------------------------------------------------------------------------------------
+  // Options for other tools
+
+  // Adds a file, with the options that go with it, to a tool's list ("linker", "archiver"). The
+  // files between "--start-group" and "--end-group" are a group. False after a message.
+  bool addfileopt(const std::string& tool, const std::string& file, const std::string& options);
+  // What is on the tool's list, as command-line text.
+  static std::vector<std::string> fileopts(const std::string& tool);
+  static void clear_fileopts();
+  // The type of the tool with this command; TOOL_TYPE_COUNT after a message.
+  static TOOL_TYPE tool_of_command(const std::string& command);
+  static const std::map<std::string, TOOL_TYPE> tool_cmd_map;
 
 private:
-  struct VALUE {
-    std::vector<std::string> texts; // one a setting, newest last
-    std::vector<long> numbers;
-  };
-  VALUE values[OPTION_COUNT];
-  std::vector<std::pair<option_id, size_t>> history;
+  bool debug = false; // print each action
+  int state[OPTION_COUNT] = {};
+  int was_seen[OPTION_COUNT] = {};
+  unsigned char forms[OPTION_COUNT] = {};
+  bool is_derived[OPTION_COUNT] = {};                 // its state follows from another option
+  std::vector<an_argument_t> arguments[OPTION_COUNT]; // newest last
+  std::vector<HISTORY_ENTRY> history;
+  bool merging = false;
+  bool overriding = false; // what is being set wins without a word
 
-  void set(option_id id, const std::string& text, long number);
+  struct FILE_LIST {
+    std::vector<std::string> files;
+    bool group_is_open = false;
+  };
+  static std::map<std::string, FILE_LIST>& tn_fileopt_map();
+
+  [[gnu::format(printf, 2, 3)]] void trace(const char* format, ...) const;
+  static const OPTION_DEFINITION& definition(option_id id);
+  bool process___dash___option(const char* text, unsigned char form, bool fold, const char** next);
+  bool process_short_option(const char* text, const char** next);
+  void take(const OPTION_DEFINITION& def, const char* argument, unsigned char form,
+            const char** next);
+  void deprecated_case(const char* written, const char* meant);
+  void set_now(option_id id, const an_argument_t* argument, bool derived);
+  void add_to_history(option_id id, const an_argument_t* argument, bool derived);
+  void apply_at_once(option_id id);
+  void clear_for(const OPTION_CONFLICT& conflict);
+  bool conflict_holds(const OPTION_CONFLICT& conflict) const;
+  std::string text_with_argument(option_id id) const;
+  void copy_option(option_id id, const option_obj& from);
+  std::string render(option_id id, const an_argument_t* argument) const;
 };
+
+// A dash has been cut off `text`; where does the option's name match? The long option whose name
+// starts `text`, or null; `rest` gets what stands behind the name. With `fold` the case of letters
+// doesn't matter.
+const OPTION_DEFINITION* find_long_option(const char* text, bool fold, const char*& rest);
+// The option of a pair or a letter at the start of `text`, or null.
+const OPTION_DEFINITION* find_short_option(const char* text, const char*& rest);
+
+// "a=3,b" under the prefix "debug" sets the switch "debug:a" to 3 and "debug:b" to 1. Values are
+// read with base 0. Unknown names are ignored.
+void process_debug_option(const char* prefix, const char* list);

@@ -1,5 +1,8 @@
 #include "options/register_option.h"
 
+#include "DIAG/safemalloc.h"
+#include "options/option_obj.h"
+
 #include <cstdlib>
 #include <cstring>
 
@@ -36,7 +39,7 @@ void register_option::reset_state() {
 
 void process_debug_option(const char* prefix, const char* list) {
   constexpr size_t MAX_KEY = 512;
-  char* copy = strdup(list);
+  char* copy = safestrdup(list);
   char* rest = copy;
   while (char* item = strsep(&rest, ",")) {
     int value = 1;
@@ -51,7 +54,12 @@ void process_debug_option(const char* prefix, const char* list) {
   free(copy);
 }
 
-#define DEFINE_SWITCH(prefix, name) register_option pass_##prefix##_##name(#prefix ":" #name);
-FOR_EACH_SWITCH(DEFINE_SWITCH)
-#undef DEFINE_SWITCH
-register_option pass_enable_loop_fusion("enable:fusion");
+#define SWITCH(prefix, tail, name, help, waits_for) register_option pass_##prefix##_##tail(name);
+#include "options/switches.inc"
+#undef SWITCH
+
+const SWITCH_DEFINITION switch_definitions[SWITCH_COUNT] = {
+#define SWITCH(prefix, tail, name, help, waits_for) {name, help, waits_for},
+#include "options/switches.inc"
+#undef SWITCH
+};

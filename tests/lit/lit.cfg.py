@@ -22,7 +22,7 @@ def find(name):
 
 
 # A longer name stands before its own beginnings.
-for name in ["fold-program", "icode-as", "icode-cc", "icode-dis", "icode-run", "vrx-mid"]:
+for name in ["fold-program", "icode-as", "icode-cc", "icode-dis", "icode-run", "options-doc", "vrx-mid"]:
     config.substitutions.append(("%" + name, os.path.join(bin_dir, name)))
 config.substitutions.append(("%FileCheck", find("FileCheck")))
 config.substitutions.append(("%not", find("not")))

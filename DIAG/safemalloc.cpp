@@ -1,0 +1,44 @@
+#include "DIAG/safemalloc.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <unistd.h>
+
+static void (*failure_hook)();
+
+void out_of_memory() {
+  static const char text[] = "ERROR: out of memory\n";
+  if (write(STDERR_FILENO, text, sizeof text - 1) < 0) {
+    // The status still tells.
+  }
+  if (failure_hook) failure_hook();
+  _exit(1);
+}
+
+void install_out_of_memory_handler(void (*hook)()) {
+  failure_hook = hook;
+  std::set_new_handler(out_of_memory);
+}
+
+static void* checked(void* p, size_t size) {
+  if (!p && size) out_of_memory();
+  return p;
+}
+
+void* safemalloc(size_t size) {
+  return checked(malloc(size), size);
+}
+
+void* saferealloc(void* old, size_t size) {
+  return checked(realloc(old, size), size);
+}
+
+void* safecalloc(size_t count, size_t size) {
+  return checked(calloc(count, size), count && size ? 1 : 0);
+}
+
+char* safestrdup(const char* text) {
+  const size_t size = strlen(text) + 1;
+  return static_cast<char*>(memcpy(safemalloc(size), text, size));
+}
