@@ -39,8 +39,10 @@ bool DIAG_FILE_POSITION::is_equal(const DIAG_SRCINFO* other) const {
 }
 
 DIAGNOSTIC::DIAGNOSTIC(int code, const char* file, unsigned line)
-    : displayed_code(code), info(find_diag_info(code)), report_file(file), report_line(line) {
+    : displayed_code(code), info(find_diag_info(code)), report_line(line) {
   CHECK(info);
+  const char* slash = strrchr(file, '/'); // the same text wherever the tool was built
+  report_file = slash ? slash + 1 : file;
 }
 
 void DIAGNOSTIC::report() {
@@ -243,7 +245,10 @@ void DIAGNOSTIC::print_formatted(const char* text) {
       }
       n = width;
     }
-    put_raw(text, n);
+    size_t shown = n; // no blanks at the end of a line
+    while (shown > 0 && text[shown - 1] == ' ')
+      shown--;
+    put_raw(text, shown);
     text += n;
     start_new_line();
     while (*text == ' ')

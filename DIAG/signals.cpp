@@ -106,6 +106,7 @@ void common_signal_end(int signal) {
   last.sa_handler = end_at_once;
   sigaction(SIGALRM, &last, nullptr);
   alarm(SECONDS_TO_END);
+  ::signal(SIGXFSZ, SIG_IGN); // the limit holds for what the message is written to, too
 
   static char text[2048];
   text[0] = 0;

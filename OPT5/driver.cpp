@@ -111,6 +111,7 @@ void end_after_signal() {
 // isn't taken apart: other threads may be using it, and freeing memory in a handler may never
 // return. The end of the process closes the file.
 void debug_signal_handler(int signal) {
+  remove_output(); // first: whatever follows may fail
   if (FDEBUG) {
     fflush(FDEBUG);
     FDEBUG = nullptr;

@@ -94,7 +94,8 @@ static bool equal_arguments(const option_obj& a, const option_obj& b, option_id 
     if (a.getnumarg(id, k) != b.getnumarg(id, k)) return false;
     // A number is what it is worth, however it was written.
     const ARG_TYPE type = option_definitions[id].arg;
-    const bool is_text = type == ARG_STRING || type == ARG_STRING_LIST;
+    const bool is_text =
+        type == ARG_STRING_LIST || (type == ARG_STRING && id != OPT_silicon_version);
     if (is_text && std::string(a.getstrarg(id, k)) != b.getstrarg(id, k)) return false;
   }
   return true;
