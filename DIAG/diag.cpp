@@ -186,6 +186,7 @@ char* DIAGNOSTIC::sp_print(const char* format, ...) {
 
 void DIAGNOSTIC::print(const char* format, ...) {
   if (suppress()) return;
+  if (!header_printed) print_header();
   va_list args;
   va_start(args, format);
   const char* formatted = sp_vprint(format, args);

@@ -60,7 +60,8 @@ public:
   // report(), unless an equal message was reported this way before.
   void report_once();
 
-  // Pieces of a report: header, text, end. Without a suppressed header nothing is printed.
+  // Pieces of a report: header, text, end. print() begins with the header if that is missing. A
+  // suppressed message prints nothing.
   int print_header(); // columns printed
   [[gnu::format(printf, 2, 3)]] void print(const char* format, ...);
   // Ends the message: shows the source line if asked, counts an error, ends the run after a fatal

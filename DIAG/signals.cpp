@@ -127,18 +127,18 @@ void common_signal_end(int signal) {
 }
 
 void give_thread_a_signal_stack() {
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer has its own
   static thread_local char signal_stack[65536];
   stack_t stack{};
   stack.ss_sp = signal_stack;
   stack.ss_size = sizeof signal_stack;
   sigaltstack(&stack, nullptr);
+#endif
 }
 
 void install_common_handlers(void (*handler)(int), void (*callback)()) {
   end_callback = callback;
-#if !defined(__SANITIZE_ADDRESS__)
-  give_thread_a_signal_stack(); // the sanitizer has its own
-#endif
+  give_thread_a_signal_stack();
   struct sigaction action {};
   action.sa_handler = handler;
   // A fault in the handler must arrive, so that the process can end.
