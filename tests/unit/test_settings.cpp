@@ -21,6 +21,7 @@ protected:
     file_options = nullptr;
     all_option_sets.clear();
     currfunc = nullptr;
+    erase_all_symbols();
     reset_global_flags();
     TYPE_PKG::abi = 2;
     TYPE_PKG::byte_mode = TYPE_PKG::flat_memory_model = TYPE_PKG::large_code_model = false;
@@ -36,20 +37,20 @@ TEST_F(SettingsTest, LookUpsFollowTheCurrentFunction) {
   EXPECT_EQ(opt_level(), 1);
   EXPECT_EQ(size_speed_goal(), 4);
   EXPECT_EQ(auto_inline(), 0);
-  SYMTAB func;
-  func.option_set = 1;
+  auto* func = new SYMTAB;
+  func->option_set = 1;
   give({"o2", "i7", "-opt_for_speed=0"});
   give({"ooff", "-size_speed_goal=medium_risk_size"}, 1);
   EXPECT_EQ(opt_level(), 2);
   EXPECT_EQ(size_speed_goal(), 0);
   EXPECT_EQ(auto_inline(), 7);
-  currfunc = &func;
+  currfunc = func;
   EXPECT_EQ(opt_level(), 0);
   EXPECT_EQ(size_speed_goal(), 1);
   EXPECT_EQ(auto_inline(), 7); // the function says nothing of it
   give({"i3"}, 1);
   EXPECT_EQ(auto_inline(), 3);
-  func.option_set = 2; // a set that the file doesn't have
+  func->option_set = 2; // a set that the file doesn't have
   EXPECT_EQ(opt_level(), 2);
   currfunc = nullptr;
 }
