@@ -33,6 +33,8 @@ struct HISTORY_ENTRY {
   std::string file;
 };
 
+class DIAGNOSTIC;
+
 class option_obj {
 public:
   static std::string executable_name;
@@ -183,6 +185,8 @@ private:
   bool process_short_option(const char* text, const char** next);
   void take(const OPTION_DEFINITION& def, const char* argument, unsigned char form,
             const char** next);
+  void report(DIAGNOSTIC&& message);
+  bool check_silicon(const char* text, long& number);
   void deprecated_case(const char* written, const char* meant);
   void set_now(option_id id, const an_argument_t* argument, bool derived);
   void add_to_history(option_id id, const an_argument_t* argument, bool derived);

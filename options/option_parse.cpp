@@ -12,7 +12,7 @@ void option_obj::process_option(const char* arg, const char** next) {
   if (next) *next = nullptr;
   trace("process '-%s'", arg);
   if (*arg == 0) {
-    DIAG::optgen_invalid_option().report();
+    report(DIAG::optgen_invalid_option());
     return;
   }
   const bool two_dashes = arg[0] == '-' && arg[1];
@@ -21,7 +21,7 @@ void option_obj::process_option(const char* arg, const char** next) {
   if (process___dash___option(text, form, false, next)) return;
   if (!two_dashes && process_short_option(text, next)) return;
   if (process___dash___option(text, form, true, next)) return;
-  DIAG::invalid_option("-" + std::string(arg)).report();
+  report(DIAG::invalid_option("-" + std::string(arg)));
 }
 
 bool option_obj::process___dash___option(const char* text, unsigned char form, bool fold,
@@ -91,7 +91,7 @@ void option_obj::take(const OPTION_DEFINITION& def, const char* argument, unsign
     if (next) *next = argument;
   }
   if (!argument && def.without == MUST_BE_GIVEN) {
-    DIAG::optgen_missing_param(get_opt_txt(id), def.parameter).report();
+    report(DIAG::optgen_missing_param(get_opt_txt(id), def.parameter));
     return;
   }
   an_argument_t parsed;
@@ -141,6 +141,14 @@ void option_obj::override_by(const option_obj& winner) {
   overriding = kept;
   is_stored_set = was_stored;
   file_name = file;
+}
+
+// A message about an option that is stored in the input says where it stands.
+void option_obj::report(DIAGNOSTIC&& message) {
+  DIAG_SRCINFO_DATA data{file_name, 0, 0, false};
+  DIAG_FILE_POSITION place(&data);
+  if (is_stored_set) message.set_src(&place);
+  message.report();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -204,17 +212,16 @@ bool option_obj::check_numerical_arg(const OPTION_DEFINITION& def, const char* t
   }
   if (failed || !in_range) {
     if (def.arg == ARG_HEXNUM || def.low < 0)
-      DIAG::optgen_out_of_range(option, text).report();
+      report(DIAG::optgen_out_of_range(option, text));
     else if (def.high == ANY_NUMBER)
-      DIAG::optgen_not_non_negative(option, text).report();
+      report(DIAG::optgen_not_non_negative(option, text));
     else
-      DIAG::optgen_not_in_range(option, text, static_cast<unsigned>(def.low),
-                                static_cast<unsigned>(def.high))
-          .report();
+      report(DIAG::optgen_not_in_range(option, text, static_cast<unsigned>(def.low),
+                                       static_cast<unsigned>(def.high)));
     return false;
   }
   if (def.flags & FLAG_POWER_OF_2 && (number <= 0 || (number & (number - 1)) != 0)) {
-    DIAG::optgen_not_power_of_2(option).report();
+    report(DIAG::optgen_not_power_of_2(option));
     return false;
   }
   return true;
@@ -235,12 +242,12 @@ bool option_obj::parse_oneof(const OPTION_DEFINITION& def, const char* text,
     argument = {text, item->value};
     return true;
   }
-  DIAG::optgen_not_one_of(option, item_list_text(def)).report();
+  report(DIAG::optgen_not_one_of(option, item_list_text(def)));
   return false;
 }
 
 // A device by its name, or by its number, which whoever targets the device judges.
-static bool check_silicon(const char* text, long& number) {
+bool option_obj::check_silicon(const char* text, long& number) {
   if (strcmp(text, "vrx200") == 0) {
     number = 28;
     return true;
@@ -255,9 +262,9 @@ static bool check_silicon(const char* text, long& number) {
   const bool named = strncmp(text, "vrx", 3) == 0;
   const long version = named ? option_obj::strtol_by_radix(text + 3, &failed) : 0;
   if (named && !failed && version > 0 && version < 100)
-    DIAG::optgen_legacy_silicon(text).report();
+    report(DIAG::optgen_legacy_silicon(text));
   else
-    DIAG::optgen_bad_silicon(text).report();
+    report(DIAG::optgen_bad_silicon(text));
   return false;
 }
 
@@ -272,6 +279,6 @@ bool option_obj::parse_arg(const OPTION_DEFINITION& def, const char* text,
   case ARG_ONEOF_LIST: return parse_oneof(def, text, argument);
   case ARG_STRING: return def.id != OPT_silicon_version || check_silicon(text, argument.number);
   case ARG_STRING_LIST: return true;
-  default: DIAG::optgen_unhandled_handler(static_cast<unsigned>(def.arg)).report(); return false;
+  default: report(DIAG::optgen_unhandled_handler(static_cast<unsigned>(def.arg))); return false;
   }
 }
