@@ -26,9 +26,19 @@ std::vector<int> DIAGNOSTIC::indent_stack_m;
 namespace {
 
 // Copies of the messages that report_once has printed.
-std::vector<DIAGNOSTIC*>& reported_once() {
-  static std::vector<DIAGNOSTIC*> messages;
-  return messages;
+struct REPORTED {
+  std::vector<DIAGNOSTIC*> messages;
+  void forget() {
+    for (DIAGNOSTIC* message : messages)
+      message->free_mem();
+    messages.clear();
+  }
+  ~REPORTED() { forget(); }
+};
+
+REPORTED& reported_once() {
+  static REPORTED reported;
+  return reported;
 }
 
 } // namespace
@@ -53,16 +63,14 @@ void DIAGNOSTIC::report() {
 }
 
 void DIAGNOSTIC::report_once() {
-  for (const DIAGNOSTIC* seen : reported_once())
+  for (const DIAGNOSTIC* seen : reported_once().messages)
     if (is_equal(seen)) return;
-  reported_once().push_back(alloc());
+  reported_once().messages.push_back(alloc());
   report();
 }
 
 void DIAGNOSTIC::forget_reported() {
-  for (DIAGNOSTIC* message : reported_once())
-    message->free_mem();
-  reported_once().clear();
+  reported_once().forget();
 }
 
 bool DIAGNOSTIC::is_equal(const DIAGNOSTIC* other) const {
@@ -292,7 +300,8 @@ void DIAGNOSTIC::flush() {
 
 void DIAGNOSTIC::end_process() const {
   if (exit_hook_m) exit_hook_m();
-  exit(1);
+  fflush(stdout);
+  _exit(1); // the caller is in the middle of something: nothing is taken apart
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -61,9 +61,15 @@ void print_toolversion(FILE* to) {
   fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT);
 }
 
+// An end in the middle of things: nothing is taken apart.
+[[noreturn]] void end_process(int status) {
+  fflush(stdout);
+  _exit(status);
+}
+
 [[noreturn]] void fail(const char* format, const char* a, const char* b) {
   fprintf(stderr, format, a, b);
-  exit(1);
+  end_process(1);
 }
 
 // A failed run leaves no output; what was there before as a device is not ours to remove.
@@ -131,7 +137,7 @@ void copy_path(char (&to)[512], const char* from) {
 void end_if_errors() {
   if (DIAGNOSTIC::error_count_m == 0) return;
   remove_output();
-  exit(1);
+  end_process(1);
 }
 
 int walk_arguments() {
@@ -167,7 +173,7 @@ void check_standard_output() {
 
 [[noreturn]] void end_answered() {
   check_standard_output();
-  exit(0);
+  end_process(0);
 }
 
 void answer_questions(int names) {
@@ -451,7 +457,7 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
   }
   fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno),
           path.c_str());
-  if (fatal) exit(1);
+  if (fatal) end_process(1);
   if (!FDEBUG) FDEBUG = stderr;
 }
 
