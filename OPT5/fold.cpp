@@ -71,7 +71,8 @@ INT65 as_signed(INT65 v, TYPE* type) {
   return (v << unused) >> unused;
 }
 
-// False if there is no result.
+// False if there is no result. A sum or a product that doesn't fit wraps on the target too, so its
+// overflow is no reason to leave it.
 bool compute_int(int op, INT65 a, INT65 b, INT65* result) {
   int ovf = 0;
   switch (op) {
@@ -88,7 +89,7 @@ bool compute_int(int op, INT65 a, INT65 b, INT65* result) {
   case XORB: *result = a ^ b; return true;
   case SLL: *result = a << b; return true;
   case SRL: *result = a >> b; return true;
-  case EXPT: *result = long_expt(a, b, &ovf); return !ovf;
+  case EXPT: *result = long_expt(a, b, &ovf); return !(a.is_zero() && b.is_negative());
   case UMINUS: *result = -a; return true;
   case NOTB: *result = ~a; return true;
   case ABS: *result = a.is_negative() ? -a : a; return true;
@@ -104,8 +105,10 @@ bool compute_int(int op, INT65 a, INT65 b, INT65* result) {
 // Of two integers of one type; -1 for an operator that is no comparison.
 int compare_ints(int op, INT65 a, INT65 b, TYPE* type) {
   const bool is_unsigned = op >= ULE && op <= UGT;
-  a = is_unsigned ? as_unsigned(a, type) : as_signed(a, type);
-  b = is_unsigned ? as_unsigned(b, type) : as_signed(b, type);
+  if (!type->is_bool()) { // truth values are 0 and 1 in any width
+    a = is_unsigned ? as_unsigned(a, type) : as_signed(a, type);
+    b = is_unsigned ? as_unsigned(b, type) : as_signed(b, type);
+  }
   switch (op) {
   case EQ: return a == b;
   case NEQ: return a != b;
@@ -138,7 +141,10 @@ NODE* fold_int(const NODE* tree) {
   if (type->is_bool()) return UNFOLDED;
   const bool is_shift = tree->op == SLL || tree->op == SRL;
   INT65 b = 0;
-  if (right) b = is_shift ? as_unsigned(value_of(right), right->type) : int_operand(right, type);
+  if (is_shift)
+    b = as_unsigned(value_of(right), right->type);
+  else if (right) // an exponent is a number of its own type
+    b = int_operand(right, tree->op == EXPT ? right->type : type);
   INT65 result;
   return compute_int(tree->op, int_operand(left, type), b, &result) ? mk_ICON(result, type)
                                                                     : UNFOLDED;
@@ -311,6 +317,7 @@ unsigned long lane_count(const TYPE* type) {
 NODE* lane_literal(const NODE* operand, unsigned long lanes) {
   if (!operand->type->is_vector()) return copy_node(operand, true);
   const NODE* literal = operand->left;
+  if (!literal) return nullptr;
   const TYPE* lane = lane_type(operand->type);
   const TYPE* given = literal->type->underlying_type();
   const bool same = lane->is_float() == given->is_float() && lane->size == given->size &&
@@ -375,8 +382,12 @@ NODE* fold_one(NODE* tree) {
       (tree->right && tree->right->type->is_vector()))
     return fold_vector(tree);
 
+  LS* scope = tree->ls;
   tree = insert_mandatory_casts(tree);
-  if (!tree->left) return tree;
+  if (!tree->left) { // it compared a constant with itself
+    tree->ls = scope;
+    return tree;
+  }
   for (NODE** kid : {&tree->left, &tree->right})
     if (*kid && (*kid)->op == SCONV) *kid = fold_one(*kid);
   if (!is_literal(tree->left) || (tree->right && !is_literal(tree->right))) return tree;

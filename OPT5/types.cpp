@@ -211,6 +211,10 @@ void agree_operands(NODE*& tree) {
   case RECIP:
   case SLL:
   case SRL: agree(tree->left, tree->type); break;
+  case EXPT:
+    agree(tree->left, tree->type);
+    if (tree->type->is_float()) agree(tree->right, tree->type);
+    break;
   case ASG:
     if (!tree->left->type->is_vector()) agree(tree->right, tree->left->type);
     break;

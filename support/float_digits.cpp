@@ -231,7 +231,7 @@ int f_f2ascii(const simul_fval* v, char letter, int precision, std::string* text
       }
       *text = shown;
     } else if (letter == 'e') {
-      f_ecvt(v, precision + 1, &point, &sign, &digits);
+      f_ecvt(v, std::min<int>(precision, MAX_CONVERSION_DIGITS) + 1, &point, &sign, &digits);
       *text = scientific(digits, point);
     } else {
       precision = std::max(precision, 1);
@@ -245,6 +245,19 @@ int f_f2ascii(const simul_fval* v, char letter, int precision, std::string* text
   return 0;
 }
 
+// The next larger number of as many digits; a carry out of the first digit raises decpt.
+static void next_digits(std::string* digits, int* decpt) {
+  for (size_t k = digits->size(); k-- > 0;) {
+    if ((*digits)[k] != '9') {
+      (*digits)[k]++;
+      return;
+    }
+    (*digits)[k] = '0';
+  }
+  (*digits)[0] = '1';
+  ++*decpt;
+}
+
 int f_ftoa(const simul_fval* v, int is_double, std::string* text) {
   if (show_special(v, text)) return 0;
   trg_fval wanted, read;
@@ -254,10 +267,13 @@ int f_ftoa(const simul_fval* v, int is_double, std::string* text) {
   f_cvt_ttos(&wanted, &held, is_double);
   if (!show_special(&held, text)) {
     // 9 digits tell all floats apart, and 17 all doubles.
-    for (int count = 1; count <= (is_double ? 17 : 9); count++) {
+    // Above a power of two the target's numbers lie twice as far apart as below it, so the next
+    // larger text may read back where the nearest one doesn't.
+    for (int attempt = 2; attempt < 2 * (is_double ? 18 : 10); attempt++) {
       std::string digits;
       int decpt, sign;
-      f_ecvt(&held, count, &decpt, &sign, &digits);
+      f_ecvt(&held, attempt / 2, &decpt, &sign, &digits);
+      if (attempt % 2) next_digits(&digits, &decpt);
       const bool plain = decpt > -4 && decpt <= 17;
       *text = plain ? positional(digits, decpt) : scientific(digits, decpt);
       if (text->find_first_of(".e") == std::string::npos) *text += ".0";

@@ -73,20 +73,23 @@ uint64_t ulong_expt(uint64_t a, uint64_t b, int* ovf) {
   return result;
 }
 
-INT65 long_gcd(INT65 a, INT65 b) {
-  U128 x = magnitude(a), y = magnitude(b);
+// Of magnitudes, each 2^64 at most.
+static U128 gcd_of(U128 x, U128 y) {
   while (y) {
     U128 rest = x % y;
     x = y;
     y = rest;
   }
-  return from_magnitude(x, false);
+  return x;
+}
+
+INT65 long_gcd(INT65 a, INT65 b) {
+  return from_magnitude(gcd_of(magnitude(a), magnitude(b)), false);
 }
 
 INT65 long_lcm(INT65 a, INT65 b) {
   if (a.is_zero() || b.is_zero()) return 0;
-  U128 gcd = std::gcd(static_cast<uint64_t>(magnitude(a)), static_cast<uint64_t>(magnitude(b)));
-  if (gcd == 0) gcd = U128(1) << 64; // both are -2^64
+  const U128 gcd = gcd_of(magnitude(a), magnitude(b));
   return from_magnitude(magnitude(a) / gcd, false) * from_magnitude(magnitude(b), false);
 }
 

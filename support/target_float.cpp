@@ -52,7 +52,7 @@ uint64_t round_to_format(const IEEE_FORMAT& f, const simul_fval& given, int* sta
   // A denormal has the smallest normal's exponent but the biased exponent 0. One that rounded up to
   // the smallest normal carries into the exponent field by itself.
   const int biased_exp = exp - f.min_exp + (denormal ? 0 : 1);
-  if (biased_exp < 0) {
+  if (biased_exp < 0 || !(mant || biased_exp)) { // nothing is left
     fp_error |= FP_UNDERFLOW;
     *status = 1;
     return 0;

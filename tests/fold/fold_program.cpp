@@ -170,7 +170,8 @@ int main(int argc, char** argv) {
           type->is_float()
               ? "OROR:int(EQ:int(VRCONV:" + std::string(type->size > 32 ? "llong" : "long") + "(" +
                     before + "), VRCONV:" + (type->size > 32 ? "llong" : "long") + "(" + after +
-                    ")), FUNO:int(" + before + ", " + after + "))"
+                    ")), ANDAND:int(FUNO:int(" + before + ", " + before + "), FUNO:int(" + after +
+                    ", " + after + ")))"
               : "EQ:int(" + before + ", " + after + ")";
       printf("  CBRANCH(%s, L%d)\n  ASG(bad, 1:int)\n"
              "  CALL[2,1]:int(UAND(printf), {\"tree %%d differs\\n\":schar*, %d:int})\nL%d:\n",

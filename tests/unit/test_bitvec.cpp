@@ -58,6 +58,16 @@ TEST(BitVec, AgreesWithSets) {
     none.bv_copy_seg(&all, first, last);
     EXPECT_EQ(none.bv_count(), last - first + 1);
     EXPECT_TRUE(none.bv_test(first) && none.bv_test(last));
+    // The segment is replaced, and nothing else.
+    std::set<unsigned> patched;
+    for (unsigned k = 0; k < size; k++)
+      if (a.bv_test(k) && (k < first || k > last))
+        patched.insert(k);
+      else if (b.bv_test(k) && k >= first && k <= last)
+        patched.insert(k);
+    r = a;
+    r.bv_copy_seg(&b, first, last);
+    EXPECT_EQ(members(r), patched);
   }
 }
 
@@ -65,6 +75,9 @@ TEST(BitVec, ResizedMembersAreAbsent) {
   BITVEC v(100);
   v.bv_set_all();
   v.bv_resize(37);
+  EXPECT_EQ(v.bv_count(), 37u);
+  v.bv_set_all();
+  v.bv_resize(64); // within the allocation, behind a filled last word
   EXPECT_EQ(v.bv_count(), 37u);
   v.bv_resize(100);
   EXPECT_EQ(v.bv_count(), 37u);
@@ -89,4 +102,14 @@ TEST(BitVec, PrintsRanges) {
   for (unsigned i : {0u, 1u, 2u, 5u, 64u, 65u, 129u})
     v.bv_set(i);
   EXPECT_EQ(printed(v), "0-2, 5, 64-65, 129");
+}
+
+TEST(BitVec, PrintsItsMembersAsRanges) {
+  BITVEC v(40);
+  for (unsigned k : {1u, 3u, 4u, 5u, 39u})
+    v.bv_set(k);
+  testing::internal::CaptureStdout();
+  v.bv_dump();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "\n\nBITVEC INFORMATION   Number of elements = 40\n   Set elements: 1, 3-5, 39");
 }

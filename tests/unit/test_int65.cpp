@@ -128,6 +128,10 @@ TEST(Int65, NumberTheory) {
   EXPECT_EQ(long_gcd(0, 0), 0);
   EXPECT_EQ(long_lcm(-4, 6), 12);
   EXPECT_EQ(long_lcm(0, 6), 0);
+  // Magnitudes of 2^64: the exact multiple 3 * 2^64 wraps.
+  EXPECT_EQ(long_gcd(INT65::min(), 3), 1);
+  EXPECT_EQ(long_lcm(INT65::min(), 3), INT65::min());
+  EXPECT_EQ(long_lcm(INT65::min(), INT65::min()), INT65::min());
   for (uint64_t root : {0ul, 1ul, 3ul, 94906265ul, 94906267ul, 4294967295ul}) {
     EXPECT_EQ(long_sqrt(INT65(root) * INT65(root)), root);
     EXPECT_EQ(long_sqrt(INT65(root) * INT65(root) + 2 * INT65(root)), root);

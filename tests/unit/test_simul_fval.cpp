@@ -227,3 +227,16 @@ TEST(SimulFval, LeftJustify) {
   EXPECT_EXIT(f_left_justify(&impossible), testing::ExitedWithCode(1),
               "Illegal float representation");
 }
+
+TEST(SimulFval, AValueThatIsLostUnderflows) {
+  // Half of the smallest denormal is a tie with zero, and goes there like all below it.
+  for (const char* text : {"0x1p-150", "-0x1p-150", "0x1p-151", "0x1p-400"}) {
+    simul_fval v;
+    trg_fval target;
+    f_atof(text, &v);
+    fp_error = 0;
+    EXPECT_EQ(f_cvt_stot(&v, &target, 0), 1) << text;
+    EXPECT_EQ(fp_error, 8u) << text;
+  }
+  fp_error = 0;
+}
