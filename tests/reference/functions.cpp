@@ -123,7 +123,7 @@ uint64_t compare_functions(uint64_t count, RANDOM& random) {
       const auto fa = static_cast<float>(a), fb = static_cast<float>(b);
       if (fa >= f.low && fa <= f.high) measure(f, fa, fb, &of_float);
     }
-    char range[64], second[40] = "";
+    char range[96], second[40] = "";
     if (f.two) snprintf(second, sizeof second, "; %g to %g", f.low2, f.high2);
     snprintf(range, sizeof range, "%g to %g%s", f.low, f.high, second);
     char float_ulp[32] = "-";
