@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <list>
 #include <unistd.h>
 
 bool DIAGNOSTIC::wrap_enabled_m = true;
@@ -25,19 +26,24 @@ std::vector<int> DIAGNOSTIC::indent_stack_m;
 
 namespace {
 
-// Copies of the messages that report_once has printed.
-struct REPORTED {
-  std::vector<DIAGNOSTIC*> messages;
-  void forget() {
-    for (DIAGNOSTIC* message : messages)
-      message->free_mem();
-    messages.clear();
+// A copy of a message that report_once has printed, with its position, which outlives the original.
+struct REPORTED_MESSAGE {
+  DIAGNOSTIC* message;
+  DIAG_SRCINFO_DATA data;
+  DIAG_FILE_POSITION place{&data};
+
+  explicit REPORTED_MESSAGE(const DIAGNOSTIC* original) : message(original->alloc()) {
+    const DIAG_SRCINFO* src = original->get_src();
+    if (!src) return;
+    data = {src->file() ? src->file() : "", src->line(), src->column(), src->approx()};
+    message->set_src(&place);
   }
-  ~REPORTED() { forget(); }
+  REPORTED_MESSAGE(const REPORTED_MESSAGE&) = delete;
+  ~REPORTED_MESSAGE() { message->free_mem(); }
 };
 
-REPORTED& reported_once() {
-  static REPORTED reported;
+std::list<REPORTED_MESSAGE>& reported_once() {
+  static std::list<REPORTED_MESSAGE> reported;
   return reported;
 }
 
@@ -49,7 +55,7 @@ bool DIAG_FILE_POSITION::is_equal(const DIAG_SRCINFO* other) const {
 }
 
 DIAGNOSTIC::DIAGNOSTIC(int code, const char* file, unsigned line)
-    : displayed_code(code), info(find_diag_info(code)), report_line(line) {
+    : info(find_diag_info(code)), report_line(line), displayed_code(code) {
   CHECK(info);
   const char* slash = strrchr(file, '/'); // the same text wherever the tool was built
   report_file = slash ? slash + 1 : file;
@@ -58,19 +64,24 @@ DIAGNOSTIC::DIAGNOSTIC(int code, const char* file, unsigned line)
 void DIAGNOSTIC::report() {
   print_header();
   print("%s", text().c_str());
-  if (debug_mode_m && !suppress()) dump();
+  dump_if_debugging();
   flush();
 }
 
+void DIAGNOSTIC::dump_if_debugging() {
+  if (debug_mode_m && !suppress()) dump();
+}
+
 void DIAGNOSTIC::report_once() {
-  for (const DIAGNOSTIC* seen : reported_once().messages)
-    if (is_equal(seen)) return;
-  reported_once().messages.push_back(alloc());
+  if (suppress()) return; // it may be wanted later
+  for (const REPORTED_MESSAGE& seen : reported_once())
+    if (is_equal(seen.message)) return;
+  reported_once().emplace_back(this);
   report();
 }
 
 void DIAGNOSTIC::forget_reported() {
-  reported_once().forget();
+  reported_once().clear();
 }
 
 bool DIAGNOSTIC::is_equal(const DIAGNOSTIC* other) const {
@@ -238,10 +249,12 @@ void DIAGNOSTIC::print_formatted(const char* text) {
     if (line <= width) {
       put_raw(text, line);
       text += line;
-      if (*text) {
+      if (*text == 0) break;
+      text++;
+      if (*text == 0 || *text == '\n')
+        put_raw("\n", 1); // an empty line has no blanks
+      else
         start_new_line();
-        text++;
-      }
       continue;
     }
     size_t n = last_printable_char(text, width);

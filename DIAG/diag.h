@@ -57,7 +57,7 @@ public:
   virtual void free_mem() { delete this; }
   virtual void dump(); // the record and the position, on the message's stream
 
-  // report(), unless an equal message was reported this way before.
+  // report(), unless an equal message was printed this way before.
   void report_once();
 
   // Pieces of a report: header, text, end. print() begins with the header if that is missing. A
@@ -75,7 +75,8 @@ public:
   // Changes the severity of this message's code for the rest of the run. False if the message may
   // not be lowered.
   bool override_severity(uint32_t severity);
-  void set_src(DIAG_SRCINFO* position) { src = position; }
+  void set_src(DIAG_SRCINFO* position) { src = position; } // not owned; must outlive the report
+  const DIAG_SRCINFO* get_src() const { return src; }
   const DIAG_INFO& get_info() const { return *info; }
   FILE* fp() const; // where the message goes
   // Length of the part of `text` up to its last break at or below `width`; 0 if there is none.
@@ -97,22 +98,6 @@ public:
   // Forgets what report_once has seen.
   static void forget_reported();
 
-protected:
-  DIAGNOSTIC(int code, const char* file, unsigned line);
-  DIAGNOSTIC(const DIAGNOSTIC&) = default;
-
-  // Formats into get_sp_buffer()'s memory. Without memory the process ends with a message.
-  [[gnu::format(printf, 2, 3)]] char* sp_print(const char* format, ...);
-  char* sp_vprint(const char* format, va_list args);
-  // The text of the message without its header.
-  virtual std::string text() const = 0;
-  void show_annotated_source();
-  void start_new_line();
-  void print_formatted(const char* text); // with word wrapping
-
-  size_t sp_size = 0;
-  int displayed_code; // number shown in the header
-
 private:
   DIAG_INFO* info;
   unsigned printed = 0; // columns printed so far
@@ -123,6 +108,24 @@ private:
   unsigned flushed = 0; // `printed` at the last flush
   int column = 0;       // columns used on the current line
 
+protected:
+  DIAGNOSTIC(int code, const char* file, unsigned line);
+  DIAGNOSTIC(const DIAGNOSTIC&) = default;
+
+  // Formats into get_sp_buffer()'s memory. Without memory the process ends with a message.
+  [[gnu::format(printf, 2, 3)]] char* sp_print(const char* format, ...);
+  char* sp_vprint(const char* format, va_list args);
+  // The text of the message without its header.
+  virtual std::string text() const = 0;
+  void dump_if_debugging();
+  void show_annotated_source();
+  void start_new_line();
+  void print_formatted(const char* text); // with word wrapping
+
+  size_t sp_size = 0;
+  int displayed_code; // number shown in the header
+
+private:
   static std::vector<bool> debug_mode_stack_m;
   static std::vector<int> indent_stack_m;
 

@@ -43,8 +43,16 @@ class max_errors : public coded<DIAG_MAX_ERRORS, unsigned> {
   using coded::coded;
 };
 
+using null_pointer = coded<6000, text_arg>;
+using cannot_open_because = coded<6001, text_arg, text_arg>;
+using option_conflict = coded<6002, text_arg, text_arg>;
+using invalid_parameter = coded<6003, text_arg, text_arg>;
+using cannot_open = coded<6004, text_arg>;
+using not_an_archive = coded<6005, text_arg>;
 using invalid_option = coded<6006, text_arg>;
+using non_null_pointer = coded<6007, text_arg>;
 using optgen_invalid_option = coded<24000>;
+using optgen_out_of_memory = coded<24001>;
 using optgen_conflict = coded<24002, text_arg, text_arg>;
 using optgen_override = coded<24003, text_arg, text_arg>;
 using optgen_clears = coded<24004, text_arg, text_arg>;
@@ -67,7 +75,11 @@ using optgen_exact_only_previous = coded<24020, text_arg, text_arg>;
 using optgen_exact_only_this = coded<24021, text_arg, text_arg>;
 using optgen_exact_args_incompatible = coded<24022, text_arg, text_arg, text_arg>;
 using optgen_merge_conflict = coded<24023, text_arg, text_arg, text_arg>;
+using optgen_float_needs_eabi = coded<24024>;
+using optgen_no_unaligned_access = coded<24025>;
 using optgen_not_power_of_2 = coded<24026, text_arg>;
+using optgen_output_file_alias = coded<24027, text_arg, text_arg, text_arg, text_arg>;
+using optgen_for_the_shell = coded<24028, text_arg>;
 using optgen_unhandled_clause_in_add_hist = coded<24029, unsigned>;
 using optgen_missing_fileopt = coded<24030, text_arg>;
 using optgen_missing_tool_type = coded<24031, text_arg>;
@@ -91,6 +103,7 @@ public:
   void report() override {
     print_header();
     print("(%s)", message.c_str());
+    dump_if_debugging();
     flush();
   }
 

@@ -57,21 +57,67 @@ public:
   char* get_sp_buffer() override { return nullptr; }
 };
 
+// A class that formats a text of its own.
+class FORMATTING : public DIAG::gremark {
+public:
+  using DIAGNOSTIC::sp_print;
+  using free_text::free_text;
+};
+
 TEST_F(DiagTest, TheTableHoldsWhatTheToolsShare) {
   EXPECT_STREQ(find_diag_info(24003)->std_msg, "option %s overrides preceding option %s");
-  EXPECT_EQ(find_diag_info(24003)->severity, SEV_WARNING);
-  EXPECT_EQ(find_diag_info(24004)->severity, SEV_REMARK);
-  EXPECT_EQ(find_diag_info(24017)->severity, SEV_WARNING);
-  EXPECT_EQ(find_diag_info(24018)->severity, SEV_ERROR);
   EXPECT_EQ(find_diag_info(5999), nullptr);
   EXPECT_EQ(find_diag_info(24099), nullptr);
-  for (int code : {6000, 6007})
-    EXPECT_TRUE(find_diag_info(code)->is_internal);
-  for (int code = 24000; code <= 24028; code++) {
-    ASSERT_NE(find_diag_info(code), nullptr) << code;
-    EXPECT_FALSE(find_diag_info(code)->is_internal);
-    EXPECT_EQ(find_diag_info(code)->vrb_msg, nullptr);
+  // F fatal, E error, W warning, R remark, from 6000 and from 24000 on.
+  static const std::string severities = "FFEEFFFF"
+                                        "EFEWREWFFFEEEEFEWWEWEEEEEWEWE";
+  const std::string letters = "RWEF"; // in the order of severity
+  for (size_t k = 0; k < severities.size(); k++) {
+    const int code = static_cast<int>(k < 8 ? 6000 + k : 24000 + k - 8);
+    const DIAG_INFO* info = find_diag_info(code);
+    ASSERT_NE(info, nullptr) << code;
+    EXPECT_EQ(info->severity, SEV_REMARK + letters.find(severities[k])) << code;
+    EXPECT_EQ(info->is_internal, code == 6000 || code == 6007) << code;
+    EXPECT_EQ(info->vrb_msg, nullptr);
   }
+  EXPECT_EQ(find_diag_info(24029)->severity, SEV_FATAL);
+}
+
+// Those that only other tools of the toolchain issue.
+TEST_F(DiagTest, MessagesOfOtherTools) {
+  DIAGNOSTIC::wrap_enabled_m = false;
+  DIAG::option_conflict("-a", "-b").report();
+  DIAG::invalid_parameter("7", "-a").report();
+  DIAG::optgen_float_needs_eabi().report();
+  DIAG::optgen_no_unaligned_access().report();
+  DIAG::optgen_output_file_alias("-o2", "-o", "2", "2.out").report();
+  DIAG::optgen_for_the_shell("-c").report();
+  EXPECT_EQ(
+      printed(),
+      "error: -a option conflicts with previous option -b\n"
+      "error: invalid parameter 7 to option -a\n"
+      "error: Cortex-M4 with hardware floating point support requires --abi=eabi. Use "
+      "--float_support=none to disable hardware floating piont support.\n"
+      "warning: option --tessera_cache_si_workaround disables unaligned access support\n"
+      "warning: Option -o2 is an alias of linker option --output_file. The specified argument of "
+      "-o is also a valid argument for the compiler option --opt_level (2). If the intent is to "
+      "specify the optimization level, the option should be specified before the --run_linker(-z) "
+      "option. As specified, the output file of the linker will be 2.out\n"
+      "error: option -c needs to be passed to the compiler shell instead of directly to the "
+      "linker.  Ignoring.\n");
+  DIAGNOSTIC::fp_m = nullptr;
+  EXPECT_EXIT(DIAG::null_pointer("p").report(), ::testing::KilledBySignal(SIGABRT),
+              "internal fatal error #6000: pointer \"p\" should not be NULL at this point");
+  EXPECT_EXIT(DIAG::non_null_pointer("p").report(), ::testing::KilledBySignal(SIGABRT),
+              "internal fatal error #6007: pointer \"p\" should be NULL at this point");
+  EXPECT_EXIT(DIAG::cannot_open_because("f", "why").report(), ::testing::ExitedWithCode(1),
+              "fatal error: cannot open file \"f\":  why\n");
+  EXPECT_EXIT(DIAG::cannot_open("f").report(), ::testing::ExitedWithCode(1),
+              "fatal error: cannot open file \"f\"\n");
+  EXPECT_EXIT(DIAG::not_an_archive("f").report(), ::testing::ExitedWithCode(1),
+              "fatal error: \"f\" is not a valid archive file");
+  EXPECT_EXIT(DIAG::optgen_out_of_memory().report(), ::testing::ExitedWithCode(1),
+              "fatal error: out of memory");
 }
 
 TEST_F(DiagTest, SeverityChoosesTheStreamAndTheSwitch) {
@@ -150,6 +196,21 @@ TEST_F(DiagTest, WrappingKeepsToTheColumns) {
   DIAGNOSTIC::wrap_enabled_m = false;
   DIAG::gerror("one two three four five").report();
   EXPECT_EQ(printed(), " error: (one two three four five)\n");
+  DIAGNOSTIC::wrap_enabled_m = true;
+  DIAGNOSTIC::indent_m = 0;
+  DIAGNOSTIC::diag_cols_m = 79;
+  // Lines that end in the text stay lines, and empty ones are empty.
+  DIAG::optgen_merge_conflict("a", "b", "c\n\nd\n").report();
+  EXPECT_EQ(printed(), "error: option a in file \"b\" conflicts with previous option c\n\n   d\n");
+  // A header is wrapped only when asked.
+  DIAG_SRCINFO_DATA data{"a long name.c", 1, 0, false};
+  DIAG_FILE_POSITION place(&data);
+  DIAGNOSTIC::diag_cols_m = 12;
+  get_umsg_obj().error(&place, "x");
+  EXPECT_EQ(printed(), "a long name.c, line 1: error: \n   (x)\n");
+  DIAGNOSTIC::wrap_headers_m = true;
+  get_umsg_obj().error(&place, "x");
+  EXPECT_EQ(printed(), "a long\n   name.c,\n   line 1: \n   error: \n   (x)\n");
   EXPECT_EQ(DIAGNOSTIC::last_printable_char("ab cd", 3), 2u);
   EXPECT_EQ(DIAGNOSTIC::last_printable_char("ab cd", 5), 5u);
   EXPECT_EQ(DIAGNOSTIC::last_printable_char("abcd", 3), 0u);
@@ -185,6 +246,9 @@ TEST_F(DiagTest, OverridesEqualityAndDumps) {
   DIAG::gapperror marked("x");
   EXPECT_FALSE(marked.override_severity(SEV_WARNING));
 
+  DIAGNOSTIC::warnings_m = false;
+  message.report_once(); // switched off, so not yet said
+  DIAGNOSTIC::warnings_m = true;
   message.report_once();
   DIAG::optgen_garbage("-a").report_once();
   DIAG::optgen_garbage("-c").report_once();
@@ -198,6 +262,31 @@ TEST_F(DiagTest, OverridesEqualityAndDumps) {
                        "File : \nLine : 0\nColumn: 0\n");
   message.flush(); // the end came already
   EXPECT_EQ(printed(), "");
+  DIAGNOSTIC::push_debug_mode(true);
+  DIAG::gerror("x").report();
+  DIAGNOSTIC::pop_debug_mode();
+  EXPECT_EQ(printed(), "error: (x)\nCode : 30005\nstd_msg : %s\nvrb_msg : \n"
+                       "File : \nLine : 0\nColumn: 0\n");
+  EXPECT_STREQ(FORMATTING("").sp_print("%s=%d", "n", 5), "n=5");
+}
+
+// Equal messages at different places differ. What was said is known after its place is gone.
+TEST_F(DiagTest, OnceAtEachPlace) {
+  auto say = [](const char* file, unsigned line) {
+    DIAG_SRCINFO_DATA data{file, line, 1, false};
+    DIAG_FILE_POSITION place(&data);
+    DIAG::gerror message("x");
+    message.set_src(&place);
+    message.report_once();
+  };
+  for (int round = 0; round < 2; round++) {
+    say("a.c", 1);
+    say("a.c", 2);
+    say("b.c", 2);
+    DIAG::gerror("x").report_once();
+  }
+  EXPECT_EQ(printed(), "a.c, line 1: error: (x)\na.c, line 2: error: (x)\n"
+                       "b.c, line 2: error: (x)\nerror: (x)\n");
 }
 
 using DiagDeathTest = DiagTest;
@@ -215,6 +304,10 @@ TEST_F(DiagDeathTest, EndsOfARun) {
   EXPECT_EXIT(get_umsg_obj().die("50%", "at %d", 5), ::testing::KilledBySignal(SIGABRT),
               "user_msg_api.cpp:[0-9]+:internal fatal error #30008: \\(50%: at 5\\)");
   EXPECT_EXIT(get_umsg_obj().fatal("f"), ::testing::ExitedWithCode(1), "fatal error: \\(f\\)");
+  DIAG_SRCINFO_DATA data{"f.c", 3, 0, false};
+  DIAG_FILE_POSITION place(&data);
+  EXPECT_EXIT(get_umsg_obj().fatal(&place, "%d", 7), ::testing::ExitedWithCode(1),
+              "f.c, line 3: fatal error: \\(7\\)");
   // The 100th error is the last that is borne.
   EXPECT_EXIT(
       {
