@@ -56,9 +56,11 @@ int size_speed_goal() {
 int auto_inline() {
   constexpr int default_o3_auto_inline = 20, default_o2_auto_inline = 20;
   const option_obj* options = current_options();
-  for (const option_obj* from : {options, static_cast<const option_obj*>(file_options)})
+  for (const option_obj* from : {options, static_cast<const option_obj*>(file_options)}) {
+    if (from && from->isset(OPT_disable_inlining)) return 0;
     if (from && from->isset(OPT_auto_inline))
       return static_cast<int>(from->getnumarg(OPT_auto_inline, 0));
+  }
   if (!options || !options->isset(OPT_opt_level)) return 0;
   if (opt_level() >= 3) return default_o3_auto_inline;
   return opt_level() == 2 ? default_o2_auto_inline : 0;
@@ -129,7 +131,9 @@ void set_global_flags(option_obj* options) {
   // The types of the unit are laid out for the device that the options describe.
   if (given(OPT_abi)) TYPE_PKG::abi = static_cast<int>(options->getnumarg(OPT_abi, 0));
   TYPE_PKG::byte_mode = given(OPT_byte_mode);
-  TYPE_PKG::flat_memory_model = options->getnumarg(OPT_mem_model_data, 0) == DATA_FLAT;
+  const bool data_is_flat = options->getnumarg(OPT_mem_model_data, 0) == DATA_FLAT;
+  TYPE_PKG::flat_memory_model =
+      data_is_flat || (!given(OPT_mem_model_data) && !given(OPT_large_memory_model));
   TYPE_PKG::large_code_model = given(OPT_large_memory_model) ||
                                options->getnumarg(OPT_mem_model_code, 0) == CODE_LARGE ||
                                options->getnumarg(OPT_mem_model_code, 0) == CODE_FAR;

@@ -2,6 +2,7 @@
 
 #include "OPT5/settings.h"
 
+#include "DIAG/diag.h"
 #include "OPT5/funinfo.h"
 #include "TYPES/type_pkg.h"
 #include "options/option_obj.h"
@@ -50,6 +51,10 @@ TEST_F(SettingsTest, LookUpsFollowTheCurrentFunction) {
   EXPECT_EQ(auto_inline(), 7); // the function says nothing of it
   give({"i3"}, 1);
   EXPECT_EQ(auto_inline(), 3);
+  DIAGNOSTIC::warnings_m = false;
+  give({"-disable_inlining", "i4"}, 1); // it is persistent
+  DIAGNOSTIC::warnings_m = true;
+  EXPECT_EQ(auto_inline(), 0);
   func->option_set = 2; // a set that the file doesn't have
   EXPECT_EQ(opt_level(), 2);
   currfunc = nullptr;
@@ -140,6 +145,50 @@ TEST_F(SettingsTest, Flags) {
   reset_global_flags();
   EXPECT_EQ(flags.mini_mult + aux_cmd_flag[1] + aux_cmd_flag[9], 0);
   EXPECT_EQ(chars_alias_other_types, 1);
+}
+
+// Each of these alone, where others would have the same effect.
+TEST_F(SettingsTest, FlagsOneByOne) {
+  auto with = [](const char* text) {
+    option_obj options;
+    options.process_option(text);
+    reset_global_flags();
+    set_global_flags(&options);
+  };
+  with("-aux_cmd_flag=3");
+  EXPECT_EQ(flags.pointer_args_are_disjoint, 1);
+  EXPECT_EQ(flags.loop_increments_are_not_zero, 0);
+  EXPECT_EQ(flags.unsigned_index_wraps, 1);
+  with("-aux_cmd_flag=4");
+  EXPECT_EQ(flags.loop_increments_are_not_zero, 1);
+  EXPECT_EQ(flags.pointer_args_are_disjoint, 0);
+  with("-aux_cmd_flag=5");
+  EXPECT_EQ(flags.unsigned_index_wraps, 0);
+  with("-dwim_loops");
+  EXPECT_EQ(flags.unsigned_index_wraps, 0);
+  with("-endian=big");
+  EXPECT_EQ(flags.memory_is_big_endian, 1);
+  with("-endian=little");
+  EXPECT_EQ(flags.memory_is_big_endian, 0);
+  for (const char* text : {"-mem_model:code=large", "-mem_model:code=far"}) {
+    with(text);
+    EXPECT_TRUE(TYPE_PKG::large_code_model) << text;
+    EXPECT_TRUE(TYPE_PKG::flat_memory_model)
+        << text; // of data, which is flat unless told otherwise
+  }
+  with("-mem_model:code=near");
+  EXPECT_FALSE(TYPE_PKG::large_code_model);
+  for (const char* text : {"-mem_model:data=near", "-mem_model:data=huge", "-large_memory_model"}) {
+    with(text);
+    EXPECT_FALSE(TYPE_PKG::flat_memory_model) << text;
+  }
+  with("-mem_model:data=flat");
+  EXPECT_TRUE(TYPE_PKG::flat_memory_model);
+  EXPECT_EQ(flags.memory_model, 0);
+  with("h1");
+  EXPECT_EQ(flags.cache_sys_funinfo, 1);
+  with("h2");
+  EXPECT_EQ(flags.cache_sys_funinfo, 2);
 }
 
 TEST_F(SettingsTest, Device) {
