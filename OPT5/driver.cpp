@@ -215,6 +215,7 @@ void build_option_sets() {
       auto* options = new option_obj(cmdline_options->isset(OPT_option_trace));
       all_option_sets[set.number] = options;
       options->is_stored_set = true;
+      options->is_function_set = set.number != 0;
       options->file_name = "option set " + std::to_string(set.number) + " of " + i_file_name;
       option_obj::next_arg = nullptr;
       if (!cmdline_options->isset(OPT_ignore_stored_options))

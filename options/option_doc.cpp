@@ -104,6 +104,15 @@ void print_switch_table() {
          SWITCH_COUNT - waiting, waiting);
 }
 
+// " (`-d`, `-i`)"
+std::string short_forms_with_optional_argument() {
+  std::string text;
+  for (const OPTION_DEFINITION& def : option_definitions)
+    if (def.alternate && def.arg != ARG_NONE && def.without != MUST_BE_GIVEN)
+      text += (text.empty() ? " (" : ", ") + in_code(std::string("-") + def.alternate);
+  return text + ")";
+}
+
 } // namespace
 
 void print_options_page() {
@@ -113,12 +122,17 @@ void print_options_page() {
          "the two. `vrx-mid --help` shows the same by group.\n\n"
          "A long option takes one dash or two, and its argument behind `=`; one that needs an "
          "argument also takes\n"
-         "the next word. A short option takes its argument directly behind the letter or as the "
-         "next word. A pair\n"
+         "the next word. A short option takes its argument directly behind the letter, behind "
+         "`=`, or as the next\n"
+         "word. An argument that can be left out is never the next word%s. A pair\n"
          "goes before a letter, and a long option before both. Upper case in a long option is "
          "accepted with a\n"
          "warning. Numbers may be decimal, 0x hexadecimal, 0b binary or 0 octal. `--` ends the "
-         "options.\n\n");
+         "options.\n\n"
+         "The input may hold option sets: set 0 is of the whole file, the others are of single "
+         "functions. In those,\n"
+         "switches and options on messages have no effect.\n\n",
+         short_forms_with_optional_argument().c_str());
   print_forms();
   print_properties();
   print_conflicts();

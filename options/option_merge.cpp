@@ -20,9 +20,13 @@ option_obj::merge_member option_obj::merge_override(option_id id) {
   case OPT_disable:
   case OPT_enable:
   case OPT_aux_cmd_flag: return &option_obj::merge_lists;
-  case OPT_opt_level:
-  case OPT_size_speed_goal:
-  case OPT_opt_for_space: return &option_obj::merge_by_rank;
+  case OPT_opt_level: return &option_obj::merge_by_rank;
+  case OPT_opt_for_space:
+  case OPT_opt_for_speed:
+  case OPT_size_speed_goal: return &option_obj::merge_goal;
+  case OPT_std_lib_func_defined:
+  case OPT_std_lib_func_not_defined:
+  case OPT_std_lib_func_redefined: return &option_obj::merge_std_lib;
   default: return nullptr;
   }
 }
@@ -53,10 +57,12 @@ void option_obj::copy_option(option_id id, const option_obj& from) {
   for (HISTORY_ENTRY& entry : history)
     if (entry.id == id) entry.cleared = true;
   for (const HISTORY_ENTRY& entry : from.history)
-    if (entry.id == id) {
-      history.push_back(entry);
-      if (entry.file.empty()) history.back().file = from.file_name;
-    }
+    if (entry.id == id) append_history(from, entry);
+}
+
+void option_obj::append_history(const option_obj& from, const HISTORY_ENTRY& entry) {
+  history.push_back(entry);
+  if (entry.file.empty()) history.back().file = from.file_name;
 }
 
 // The option is set here; does something that the other file sets go against it?
@@ -65,6 +71,9 @@ void option_obj::do_merge_conflicts(option_id id, option_obj& other) {
     const OPTION_CONFLICT& conflict = option_conflicts[k];
     if (conflict.earlier != id || !other.isset(conflict.later) || other.is_derived[conflict.later])
       continue;
+    // One override decides between spellings of one thing, by what they mean.
+    const merge_member decides = merge_override(id);
+    if (decides && decides == merge_override(conflict.later)) continue;
     if (conflict.later_value && other.getnumarg(conflict.later, 0) != conflict.later_value)
       continue;
     if (conflict.earlier_value && getnumarg(id, 0) != conflict.earlier_value) continue;
@@ -78,9 +87,11 @@ void option_obj::do_merge_conflicts(option_id id, option_obj& other) {
       DIAG::optgen_clear_persistent(get_opt_txt(id)).report();
       continue;
     }
-    if (!is_derived[id])
+    if (conflict.action == CONFLICT_OVERRIDES)
+      DIAG::optgen_override(other.get_opt_txt(conflict.later), get_opt_txt(id)).report();
+    else
       DIAG::optgen_clears(other.get_opt_txt(conflict.later), get_opt_txt(id)).report();
-    clearopt(id);
+    clear_now(id);
   }
 }
 
@@ -169,36 +180,13 @@ bool option_obj::merge_policy_custom(option_id id, option_obj& other) {
     setopt(id, mode[calls[a] | calls[b]][writes[a] | writes[b]]);
     return true;
   }
-  case OPT_coproc_support: { // what one of the files needs, the whole needs
-    std::vector<an_argument_t> all = arguments[id];
-    for (const an_argument_t& item : other.arguments[id])
-      if (std::none_of(all.begin(), all.end(),
-                       [&item](const an_argument_t& has) { return has.number == item.number; }))
-        all.push_back(item);
-    copy_option(id, other);
-    setlistarg(id, all);
-    return true;
-  }
+  case OPT_coproc_support: return merge_lists(id, other); // what one needs, the whole needs
   case OPT_global_register:
-  case OPT_std_lib_func_defined:
-  case OPT_std_lib_func_not_defined:
-  case OPT_std_lib_func_redefined: {
-    bool good = !isset(id) || equal_arguments(*this, other, id);
-    if (!good)
-      DIAG::optgen_merge_conflict(other.text_with_argument(id), other.file_name,
-                                  text_with_argument(id))
-          .report();
-    // Of functions that some file redefines, nothing is known in any.
-    for (const option_id rival :
-         {OPT_std_lib_func_defined, OPT_std_lib_func_not_defined, OPT_std_lib_func_redefined})
-      if (id != OPT_global_register && rival != id && isset(rival)) {
-        DIAG::optgen_merge_conflict(other.get_opt_txt(id), other.file_name, get_opt_txt(rival))
-            .report();
-        good = false;
-      }
-    if (!good) return false;
-    break;
-  }
+    if (!isset(id) || equal_arguments(*this, other, id)) break;
+    DIAG::optgen_merge_conflict(other.text_with_argument(id), other.file_name,
+                                text_with_argument(id))
+        .report();
+    return false;
   default: break;
   }
   if (!isset(id)) copy_option(id, other);
@@ -211,35 +199,74 @@ bool option_obj::merge_policy_custom(option_id id, option_obj& other) {
 bool option_obj::merge_lists(option_id id, option_obj& other) {
   if (!other.isset(id)) return true;
   std::vector<an_argument_t> all = arguments[id];
-  for (const an_argument_t& item : other.arguments[id])
-    if (std::none_of(all.begin(), all.end(), [&item](const an_argument_t& has) {
-          return has.text == item.text && has.number == item.number;
-        }))
-      all.push_back(item);
-  const int count = std::max(state[id], other.state[id]);
+  auto is_new = [&all](const an_argument_t& item) {
+    return std::none_of(all.begin(), all.end(), [&item](const an_argument_t& has) {
+      return has.text == item.text && has.number == item.number;
+    });
+  };
+  // What stands here already isn't in force a second time.
   for (const HISTORY_ENTRY& entry : other.history)
-    if (entry.id == id) history.push_back(entry);
-  state[id] = count;
+    if (entry.id == id) {
+      append_history(other, entry);
+      if (entry.has_argument && !is_new(entry.argument)) history.back().cleared = true;
+    }
+  for (const an_argument_t& item : other.arguments[id])
+    if (is_new(item)) all.push_back(item);
+  const int added = static_cast<int>(all.size() - arguments[id].size());
+  state[id] += std::max(added, isset(id) ? 0 : 1);
   was_seen[id] = std::max(was_seen[id], other.was_seen[id]);
   setlistarg(id, all);
   return true;
 }
 
-// The numbers of these don't stand in the order of what they mean; the more careful value wins.
+// "off" has the largest number of the levels and means the least. The more careful level wins.
 bool option_obj::merge_by_rank(option_id id, option_obj& other) {
-  auto rank = [id](long number) -> long {
-    switch (number) {
-    case LEVEL_OFF: return 0;
+  auto rank = [](long number) { return number == LEVEL_OFF ? -1 : number - LEVEL_0; };
+  if (other.isset(id) && (!isset(id) || rank(other.getnumarg(id, 0)) < rank(getnumarg(id, 0))))
+    copy_option(id, other);
+  return true;
+}
+
+// The option goes here because the other file's `winner` is the more careful one.
+void option_obj::give_way(option_id id, const option_obj& other, option_id winner) {
+  if (!isset(id)) return;
+  if (!is_derived[id] && id != winner && other.isset(winner))
+    DIAG::optgen_clears(other.get_opt_txt(winner), get_opt_txt(id)).report();
+  clear_now(id);
+}
+
+// The goal and its older spellings come from one file, so that they agree: from the one with the
+// more careful goal. The goal itself is the last of them in the order of merging.
+bool option_obj::merge_goal(option_id id, option_obj& other) {
+  auto rank = [](const option_obj& options) -> int {
+    switch (options.getnumarg(OPT_size_speed_goal, 0)) {
     case GOAL_HIGH_RISK_SIZE: return 0;
     case GOAL_MEDIUM_RISK_SIZE: return 1;
     case GOAL_LOW_RISK_SIZE: return 2;
     case GOAL_LOW_RISK_PERFORMANCE: return 3;
     case GOAL_MEDIUM_RISK_PERFORMANCE: return 4;
     case GOAL_HIGH_RISK_PERFORMANCE: return 5;
-    default: return id == OPT_opt_for_space ? -number : number - LEVEL_0;
+    default: return 6; // no goal at all
     }
   };
-  if (other.isset(id) && (!isset(id) || rank(other.getnumarg(id, 0)) < rank(getnumarg(id, 0))))
-    copy_option(id, other);
+  if (rank(*this) <= rank(other)) return true;
+  for (const option_id spelling : {OPT_opt_for_space, OPT_opt_for_speed, OPT_size_speed_goal})
+    if (other.isset(spelling) && !other.is_derived[spelling]) give_way(id, other, spelling);
+  if (other.isset(id)) copy_option(id, other);
+  return true;
+}
+
+// What the files say of library functions is one thing. The least of their knowledge holds: of
+// functions that some file redefines, nothing is known in any.
+bool option_obj::merge_std_lib(option_id id, option_obj& other) {
+  for (const option_id careful :
+       {OPT_std_lib_func_redefined, OPT_std_lib_func_defined, OPT_std_lib_func_not_defined}) {
+    if (!isset(careful) && !other.isset(careful)) continue;
+    if (id != careful)
+      give_way(id, other, careful);
+    else if (!isset(id))
+      copy_option(id, other);
+    break;
+  }
   return true;
 }

@@ -67,7 +67,21 @@ void option_obj::set_now(option_id id, const an_argument_t* argument, bool deriv
   is_derived[id] = derived;
   parsed_option(id);
   add_to_history(id, argument, derived);
-  if (!merging && !derived) do_conflicts(id);
+  if (!merging) do_conflicts(id);
+  derive_goal(id);
+}
+
+// The goal has two older spellings.
+void option_obj::derive_goal(option_id id) {
+  if (id != OPT_opt_for_speed && id != OPT_opt_for_space) return;
+  static const long goal_of_speed[] = {GOAL_HIGH_RISK_SIZE,          GOAL_MEDIUM_RISK_SIZE,
+                                       GOAL_LOW_RISK_SIZE,           GOAL_LOW_RISK_PERFORMANCE,
+                                       GOAL_MEDIUM_RISK_PERFORMANCE, GOAL_HIGH_RISK_PERFORMANCE};
+  const long number = getargcount(id) ? getnumarg(id, 0) : definition(id).without;
+  derived_from = id;
+  setopt_internal(OPT_size_speed_goal,
+                  goal_of_speed[id == OPT_opt_for_speed ? number : 3 - number]);
+  derived_from = OPT_none;
 }
 
 // The text of a number as the command line would have it.
@@ -143,6 +157,14 @@ void option_obj::setlistarg(option_id id, const std::vector<an_argument_t>& list
 }
 
 void option_obj::clearopt(option_id id) {
+  if (isset(id) && definition(id).flags & FLAG_PERSISTENT) {
+    report_once(DIAG::optgen_clear_persistent(get_opt_txt(id)));
+    return;
+  }
+  clear_now(id);
+}
+
+void option_obj::clear_now(option_id id) {
   trace("clear option %s", enum_to_optiontxt(definition(id).id));
   state[id] = 0;
   is_derived[id] = false;
@@ -194,23 +216,24 @@ void option_obj::clear_for(const OPTION_CONFLICT& conflict) {
   const std::string earlier = get_opt_txt(conflict.earlier);
   const bool silent = overriding || is_derived[conflict.earlier];
   if (!overriding && option_definitions[conflict.earlier].flags & FLAG_PERSISTENT) {
-    DIAG::optgen_clear_persistent(earlier).report_once();
+    report_once(DIAG::optgen_clear_persistent(earlier));
     return;
   }
-  clearopt(conflict.earlier);
+  clear_now(conflict.earlier);
   if (silent) return;
   if (conflict.action == CONFLICT_OVERRIDES)
-    DIAG::optgen_override(later, earlier).report_once();
+    report_once(DIAG::optgen_override(later, earlier));
   else
-    DIAG::optgen_clears(later, earlier).report_once();
+    report_once(DIAG::optgen_clears(later, earlier));
 }
 
 void option_obj::do_conflicts(option_id id) {
   for (int k = 0; k < OPTION_CONFLICT_COUNT; k++) {
     const OPTION_CONFLICT& conflict = option_conflicts[k];
     if (conflict.later != id || !conflict_holds(conflict)) continue;
+    if (conflict.earlier == derived_from) continue; // it agrees with what follows from it
     if (conflict.action == CONFLICT_IS_ERROR && !overriding)
-      DIAG::optgen_conflict(get_opt_txt(id), get_opt_txt(conflict.earlier)).report_once();
+      report_once(DIAG::optgen_conflict(get_opt_txt(id), get_opt_txt(conflict.earlier)));
     else
       clear_for(conflict);
   }

@@ -20,7 +20,7 @@ enum OPTION_FORM : unsigned char { FORM_LONG, FORM_LONG_ONE_DASH, FORM_SHORT };
 
 enum export_option_list_type {
   EXPORT_SET,     // the options that are set
-  EXPORT_SEEN,    // those that were given, even if cleared since
+  EXPORT_SEEN,    // every setting, even if cleared since, in the order of setting
   EXPORT_HISTORY, // every setting that is still in force, in the order of setting
 };
 
@@ -63,12 +63,13 @@ public:
   void setopt(class_id group); // every member that can do without an argument
   void setopt(option_id id, long number);
   void setopt(option_id id, const char* text);
-  void setopt_internal(option_id id); // without conflicts: one option follows from another
+  void setopt_internal(option_id id); // it follows from another option, and isn't exported
   void setopt_internal(option_id id, long number);
   // Give an option an argument, without setting it.
   void setarg(option_id id, long number);
   void setarg(option_id id, const char* text);
   void setlistarg(option_id id, const std::vector<an_argument_t>& list);
+  // A persistent option stays, with a warning.
   void clearopt(option_id id);
   void clearopt(class_id group);
   // The same for the states alone: no history, no conflicts.
@@ -129,7 +130,8 @@ public:
   // Merging. `file_name` names the file that an object belongs to.
 
   std::string file_name;
-  bool is_stored_set = false; // options from a file, where some make no sense
+  bool is_stored_set = false;   // options from a file, where some make no sense
+  bool is_function_set = false; // of single functions: switches and messages aren't touched
   void merge_options(option_obj& other);
   void do_merge_conflicts(option_id id, option_obj& other);
   // Each leaves this object's option as the merged one.
@@ -147,13 +149,16 @@ public:
   // An override's true result ends the option.
   bool merge_lists(option_id id, option_obj& other);
   bool merge_by_rank(option_id id, option_obj& other);
+  bool merge_goal(option_id id, option_obj& other);
+  bool merge_std_lib(option_id id, option_obj& other);
   static merge_member merge_override(option_id id); // null: none
 
   // -------------------------------------------------------------------------------------------
   // Options for other tools
 
-  // Adds a file, with the options that go with it, to a tool's list ("linker", "archiver"). The
-  // files between "--start-group" and "--end-group" are a group. False after a message.
+  // Adds a file, with the options that go with it, to a tool's list. The tool is given by its name
+  // ("linker", "archiver") or its command ("vrx-link"). The files between "--start-group" and
+  // "--end-group" are a group. False after a message.
   bool addfileopt(const std::string& tool, const std::string& file, const std::string& options);
   // What is on the tool's list, as command-line text.
   static std::vector<std::string> fileopts(const std::string& tool);
@@ -171,13 +176,14 @@ private:
   std::vector<an_argument_t> arguments[OPTION_COUNT]; // newest last
   std::vector<HISTORY_ENTRY> history;
   bool merging = false;
-  bool overriding = false; // what is being set wins without a word
+  bool overriding = false;           // what is being set wins without a word
+  option_id derived_from = OPT_none; // the option from which the one being set follows
 
   struct FILE_LIST {
     std::vector<std::string> files;
     bool group_is_open = false;
   };
-  static std::map<std::string, FILE_LIST>& tn_fileopt_map();
+  static std::map<std::string, FILE_LIST> tn_fileopt_map; // by the tool's name
 
   [[gnu::format(printf, 2, 3)]] void trace(const char* format, ...) const;
   static const OPTION_DEFINITION& definition(option_id id);
@@ -185,16 +191,22 @@ private:
   bool process_short_option(const char* text, const char** next);
   void take(const OPTION_DEFINITION& def, const char* argument, unsigned char form,
             const char** next);
-  void report(DIAGNOSTIC&& message);
+  void report(DIAGNOSTIC&& message, bool once = false) const;
+  void report_once(DIAGNOSTIC&& message) const;
+  void warn_of_deprecated_item(const OPTION_DEFINITION& def, const char* text) const;
   bool check_silicon(const char* text, long& number);
   void deprecated_case(const char* written, const char* meant);
   void set_now(option_id id, const an_argument_t* argument, bool derived);
   void add_to_history(option_id id, const an_argument_t* argument, bool derived);
   void apply_at_once(option_id id);
+  void derive_goal(option_id id);
+  void clear_now(option_id id);
   void clear_for(const OPTION_CONFLICT& conflict);
   bool conflict_holds(const OPTION_CONFLICT& conflict) const;
   std::string text_with_argument(option_id id) const;
   void copy_option(option_id id, const option_obj& from);
+  void append_history(const option_obj& from, const HISTORY_ENTRY& entry);
+  void give_way(option_id id, const option_obj& other, option_id winner);
   std::string render(option_id id, const an_argument_t* argument) const;
 };
 

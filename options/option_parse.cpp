@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 
 void option_obj::process_option(const char* arg, const char** next) {
   if (next) *next = nullptr;
@@ -19,8 +20,9 @@ void option_obj::process_option(const char* arg, const char** next) {
   const char* text = two_dashes ? arg + 1 : arg;
   const unsigned char form = two_dashes ? FORM_LONG : FORM_LONG_ONE_DASH;
   if (process___dash___option(text, form, false, next)) return;
-  if (!two_dashes && process_short_option(text, next)) return;
+  // A long option in upper case is none of the letters that it begins with.
   if (process___dash___option(text, form, true, next)) return;
+  if (!two_dashes && process_short_option(text, next)) return;
   report(DIAG::invalid_option("-" + std::string(arg)));
 }
 
@@ -29,7 +31,11 @@ bool option_obj::process___dash___option(const char* text, unsigned char form, b
   const char* rest = nullptr;
   const OPTION_DEFINITION* def = find_long_option(text, fold, rest);
   if (!def) return false;
-  if (fold) deprecated_case(std::string(text, static_cast<size_t>(rest - text)).c_str(), def->name);
+  if (fold) {
+    const std::string dashes = form == FORM_LONG ? "--" : "-";
+    const std::string written(text, static_cast<size_t>(rest - text));
+    deprecated_case((dashes + written).c_str(), (dashes + def->name).c_str());
+  }
   const char* argument = nullptr;
   if (def->arg == ARG_STRING_LIST)
     argument = *rest ? rest : nullptr;
@@ -43,31 +49,31 @@ bool option_obj::process_short_option(const char* text, const char** next) {
   const char* rest = nullptr;
   const OPTION_DEFINITION* def = find_short_option(text, rest);
   if (!def) return false;
-  if (def->arg != ARG_NONE && *rest == '=') rest++;
-  take(*def, *rest ? rest : nullptr, FORM_SHORT, next);
+  const char* argument = *rest ? rest : nullptr;
+  if (def->arg != ARG_NONE && *rest == '=') argument = rest + 1; // which may be empty
+  take(*def, argument, FORM_SHORT, next);
   return true;
 }
 
 void option_obj::deprecated_case(const char* written, const char* meant) {
-  DIAG::optgen_deprecated_case(std::string("--") + written, std::string("--") + meant)
-      .report_once();
+  report_once(DIAG::optgen_deprecated_case(written, meant));
 }
 
 bool option_obj::check_validity(const OPTION_DEFINITION& def) {
   const std::string text = get_opt_txt(def.id);
   if (def.flags & FLAG_RETIRED) {
-    DIAG::optgen_retired(text).report_once();
+    report_once(DIAG::optgen_retired(text));
     return false;
   }
   if (!(def.tools & FOR_TOOL(tool))) {
     static const char* const names[TOOL_TYPE_COUNT] = {
         "the compiler shell", "the parser", "the optimizer", "the code generator",
         "the assembler",      "the linker", "the archiver",  "the object file tools"};
-    DIAG::optgen_not_valid(text, "for", names[tool]).report_once();
+    report_once(DIAG::optgen_not_valid(text, "for", names[tool]));
     return false;
   }
   if (is_stored_set && def.flags & FLAG_COMMAND_LINE_ONLY) {
-    DIAG::optgen_not_valid_ignored(text, "in", "a stored option set").report_once();
+    report_once(DIAG::optgen_not_valid_ignored(text, "in", "a stored option set"));
     return false;
   }
   return true;
@@ -80,8 +86,8 @@ void option_obj::take(const OPTION_DEFINITION& def, const char* argument, unsign
   if (!check_validity(def)) return;
   if (def.arg == ARG_NONE) {
     if (argument)
-      DIAG::optgen_garbage(form == FORM_SHORT ? def.alternate : get_opt_txt(id).substr(1))
-          .report_once();
+      report_once(
+          DIAG::optgen_garbage(form == FORM_SHORT ? def.alternate : get_opt_txt(id).substr(1)));
     setopt(id);
     apply_at_once(id);
     return;
@@ -104,16 +110,13 @@ void option_obj::take(const OPTION_DEFINITION& def, const char* argument, unsign
   apply_at_once(id);
 }
 
-// What can't wait until all options are known.
+// What can't wait until all options are known. The options of a single function change nothing that
+// others see.
 void option_obj::apply_at_once(option_id id) {
-  static const long goal_of_speed[] = {GOAL_HIGH_RISK_SIZE,          GOAL_MEDIUM_RISK_SIZE,
-                                       GOAL_LOW_RISK_SIZE,           GOAL_LOW_RISK_PERFORMANCE,
-                                       GOAL_MEDIUM_RISK_PERFORMANCE, GOAL_HIGH_RISK_PERFORMANCE};
+  if (id == OPT_option_trace) debug = true;
+  if (is_function_set) return;
   const long number = getnumarg(id, 0);
   switch (id) {
-  // The goal has two older spellings.
-  case OPT_opt_for_speed: setopt_internal(OPT_size_speed_goal, goal_of_speed[number]); break;
-  case OPT_opt_for_space: setopt_internal(OPT_size_speed_goal, goal_of_speed[3 - number]); break;
   case OPT_debug: process_debug_option("debug", getstrarg(id, 0)); break;
   case OPT_disable: process_debug_option("disable", getstrarg(id, 0)); break;
   case OPT_enable: process_debug_option("enable", getstrarg(id, 0)); break;
@@ -121,11 +124,11 @@ void option_obj::apply_at_once(option_id id) {
   case OPT_advice_performance: DIAGNOSTIC::advice_m = true; break;
   case OPT_message_level:
     DIAGNOSTIC::warnings_m = number >= 1;
-    DIAGNOSTIC::remarks_m = DIAGNOSTIC::advice_m = number >= 2;
+    DIAGNOSTIC::remarks_m = number >= 2;
+    DIAGNOSTIC::advice_m = number >= 2 || isset(OPT_advice_performance);
     DIAGNOSTIC::debug_m = number >= 3;
     DIAGNOSTIC::display_code_m = DIAGNOSTIC::display_ipos_m = number >= 4;
     break;
-  case OPT_option_trace: debug = true; break;
   default: break;
   }
 }
@@ -144,11 +147,18 @@ void option_obj::override_by(const option_obj& winner) {
 }
 
 // A message about an option that is stored in the input says where it stands.
-void option_obj::report(DIAGNOSTIC&& message) {
+void option_obj::report(DIAGNOSTIC&& message, bool once) const {
   DIAG_SRCINFO_DATA data{file_name, 0, 0, false};
   DIAG_FILE_POSITION place(&data);
   if (is_stored_set) message.set_src(&place);
-  message.report();
+  if (once)
+    message.report_once();
+  else
+    message.report();
+}
+
+void option_obj::report_once(DIAGNOSTIC&& message) const {
+  report(std::move(message), true);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -178,8 +188,10 @@ unsigned long option_obj::strtoul_by_radix(const char* text, int* failed) {
   char* end = nullptr;
   errno = 0;
   const unsigned long value = strtoul(digits, &end, radix);
-  // What the library would skip or take as a sign is no digit here.
-  *failed = negative || !isxdigit(static_cast<unsigned char>(*digits)) || *end || errno != 0;
+  // What the library would skip is no digit here: blanks, a sign, a second prefix.
+  const bool only_digits = strspn(digits, "0123456789ABCDEFabcdef") == strlen(digits);
+  const bool second_prefix = radix == 2 && digits[0] == '0' && (digits[1] | 0x20) == 'b';
+  *failed = negative || *digits == 0 || !only_digits || second_prefix || *end || errno != 0;
   return value;
 }
 
@@ -187,7 +199,7 @@ long option_obj::strtol_by_radix(const char* text, int* failed) {
   const bool negative = *text == '-';
   const unsigned long size = strtoul_by_radix(negative ? text + 1 : text, failed);
   constexpr unsigned long limit = 0x7FFFFFFFFFFFFFFFul;
-  if (text[negative] == '-' || size > limit) *failed = 1;
+  if ((negative && (text[1] == '-' || text[1] == '+')) || size > limit) *failed = 1;
   if (*failed) return 0;
   return negative ? -static_cast<long>(size) : static_cast<long>(size);
 }
@@ -227,18 +239,24 @@ bool option_obj::check_numerical_arg(const OPTION_DEFINITION& def, const char* t
   return true;
 }
 
+// Once for each item: the command line is read again for each stored set.
+void option_obj::warn_of_deprecated_item(const OPTION_DEFINITION& def, const char* text) const {
+  static std::set<std::pair<option_id, std::string>> warned;
+  if (!DIAGNOSTIC::warnings_m || !warned.emplace(def.id, text).second) return;
+  fprintf(stderr,
+          "WARNING: argument '%s' to option '%s' is deprecated and will be removed in a future "
+          "release\n",
+          text, get_opt_txt(def.id).c_str());
+}
+
 bool option_obj::parse_oneof(const OPTION_DEFINITION& def, const char* text,
                              an_argument_t& argument) {
   const std::string option = get_opt_txt(def.id);
   for (const OPTION_ITEM* item = def.items; item->text; item++) {
     if (strcmp(item->text + 1, text) != 0) continue;
-    if (*item->text == '-' && DIAGNOSTIC::warnings_m)
-      fprintf(stderr,
-              "WARNING: argument '%s' to option '%s' is deprecated and will be removed in a future "
-              "release\n",
-              text, option.c_str());
+    if (*item->text == '-') warn_of_deprecated_item(def, text);
     if (item->value == CODE_SMALL || item->value == DATA_SMALL)
-      DIAG::optgen_small_model().report_once();
+      report_once(DIAG::optgen_small_model());
     argument = {text, item->value};
     return true;
   }

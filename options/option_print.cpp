@@ -33,21 +33,17 @@ std::vector<std::string> option_obj::export_option_pairs() const {
 std::vector<std::string> option_obj::export_option_class(export_option_list_type which,
                                                          class_id group) const {
   std::vector<std::string> texts;
-  if (which == EXPORT_HISTORY) {
+  if (which != EXPORT_SET) { // in order, so that a later setting clears an earlier one again
     for (const HISTORY_ENTRY& entry : history)
-      if (isclass(entry.id, group) && !entry.cleared && !entry.derived)
+      if (isclass(entry.id, group) && !entry.derived && (which == EXPORT_SEEN || !entry.cleared))
         texts.push_back("-" + render(entry.id, entry.has_argument ? &entry.argument : nullptr));
     return texts;
   }
   for (const OPTION_DEFINITION& def : option_definitions) {
-    if (!isclass(def.id, group) || is_derived[def.id]) continue;
-    if (isset(def.id)) {
-      const int n = std::max(static_cast<int>(getargcount(def.id)), 1);
-      for (int k = 0; k < n; k++)
-        texts.push_back(export_option(def.id, k));
-    } else if (which == EXPORT_SEEN && seen(def.id)) {
-      texts.push_back("-" + render(def.id, nullptr));
-    }
+    if (!isclass(def.id, group) || is_derived[def.id] || !isset(def.id)) continue;
+    const int n = std::max(static_cast<int>(getargcount(def.id)), 1);
+    for (int k = 0; k < n; k++)
+      texts.push_back(export_option(def.id, k));
   }
   return texts;
 }

@@ -93,14 +93,15 @@ constexpr const char* ALIASES = "alias analysis (steps 52, 67)";
 constexpr const char* INLINING = "automatic inlining (step 6)";
 constexpr const char* UNROLLING = "unrolling (steps 43 to 54)";
 constexpr const char* VECTORS = "vectorisation (steps 28, 60, 63)";
-constexpr const char* LAYOUT = "the code generator; passed on in the option sets";
+constexpr const char* LAYOUT = "the code generator, which reads the option sets of the input";
 constexpr const char* LIBRARY = "knowledge of library functions (step 3)";
 
 } // namespace
 
 constexpr OPTION_DEFINITION option_definitions[OPTION_COUNT + 1] = {
-  ROW(abi, "abi", nullptr, ONE_OF("convention", OO_ABI_ITEMLIST), TARGET, 0,
-      FOR_ALL_TOOLS, MERGE_EXACT, "conventions of object files and calls", nullptr),
+  ROW(abi, "abi", nullptr,
+      ONE_OF_DEFAULT("convention", OO_ABI_ITEMLIST, "eabi, but names may have prefixes as with coffabi"),
+      TARGET, 0, FOR_ALL_TOOLS, MERGE_EXACT, "conventions of object files and calls", nullptr),
   FLAG_ROW(advice_performance, "advice:performance", nullptr, INFORMATION, 0, FOR_COMPILER, MERGE_OR,
       "give advice on performance", "the loop steps that have advice to give (step 56)"),
   FLAG_ROW(aliased_variables, "aliased_variables", "a", OPTIMIZE_PROMISE, 0, OPT_AND_CG, MERGE_OR,
@@ -111,7 +112,7 @@ constexpr OPTION_DEFINITION option_definitions[OPTION_COUNT + 1] = {
       OPTIMIZE, 0, OPT_ONLY, MERGE_OR,
       "flip an auxiliary flag: 0 no shifts as products, 1 no unroll-and-jam, 2 symbolic methods, 3 pointer "
       "parameters are disjoint, 4 loop steps are not 0, 5 unsigned subscripts do not wrap, 6 characters alias "
-      "characters only, 9 no global motion of scalar memory references",
+      "characters only, 9 no global motion of scalar memory references; 7 and 8 mean nothing",
       "the steps that read the flags (36, 47, 58)"),
   FLAG_ROW(big_endian, "big_endian", "e", TARGET_MEMORY, 0, FOR_COMPILER, MERGE_EXACT,
       "memory is big-endian, as with --endian=big", "steps that look into the bytes of a value (24)"),
@@ -273,6 +274,20 @@ static constexpr bool rows_are_in_order() {
   return true;
 }
 static_assert(OPTION_COUNT == 73 && rows_are_in_order());
+
+// The tree that finds long names by their prefixes has no place for a name inside another one.
+static constexpr bool names_stand_apart() {
+  for (const OPTION_DEFINITION& a : option_definitions)
+    for (const OPTION_DEFINITION& b : option_definitions) {
+      if (&a == &b || !a.name || !b.name) continue;
+      const char *p = a.name, *q = b.name;
+      while (*p && *p == *q)
+        p++, q++;
+      if (!*p) return false;
+    }
+  return true;
+}
+static_assert(names_stand_apart());
 
 const char* const class_names[CLASS_COUNT] = {
     "all",         "target",   "optimization", "information", "memory",   "floating_point",

@@ -22,16 +22,15 @@ const std::map<std::string, TOOL_TYPE> option_obj::tool_cmd_map = {
     {"vrx-demangle", TOOL_OBJECT},
 };
 
-std::map<std::string, option_obj::FILE_LIST>& option_obj::tn_fileopt_map() {
-  static std::map<std::string, FILE_LIST> lists = [] {
-    std::map<std::string, FILE_LIST> all;
-    for (const char* name :
-         {"shell", "parser", "optimizer", "codegen", "assembler", "linker", "archiver", "object"})
-      all[name];
-    return all;
-  }();
-  return lists;
-}
+static const char* const tool_names[TOOL_TYPE_COUNT] = {
+    "shell", "parser", "optimizer", "codegen", "assembler", "linker", "archiver", "object"};
+
+std::map<std::string, option_obj::FILE_LIST> option_obj::tn_fileopt_map = [] {
+  std::map<std::string, FILE_LIST> all;
+  for (const char* name : tool_names)
+    all[name];
+  return all;
+}();
 
 TOOL_TYPE option_obj::tool_of_command(const std::string& command) {
   auto place = tool_cmd_map.find(command);
@@ -42,8 +41,14 @@ TOOL_TYPE option_obj::tool_of_command(const std::string& command) {
 
 bool option_obj::addfileopt(const std::string& tool_name, const std::string& file,
                             const std::string& options) {
-  auto place = tn_fileopt_map().find(tool_name);
-  if (place == tn_fileopt_map().end()) {
+  std::string name = tool_name;
+  if (name.starts_with("vrx-")) { // it is given by its command
+    const TOOL_TYPE type = tool_of_command(name);
+    if (type == TOOL_TYPE_COUNT) return false;
+    name = tool_names[type];
+  }
+  auto place = tn_fileopt_map.find(name);
+  if (place == tn_fileopt_map.end()) {
     DIAG::optgen_missing_fileopt(tool_name).report();
     return false;
   }
@@ -62,18 +67,18 @@ bool option_obj::addfileopt(const std::string& tool_name, const std::string& fil
     }
     list.group_is_open = false;
   }
-  trace("add file %s to the options of %s", file.c_str(), tool_name.c_str());
+  trace("add file %s to the options of %s", file.c_str(), name.c_str());
   if (!options.empty()) list.files.push_back(options);
   list.files.push_back(file);
   return true;
 }
 
 std::vector<std::string> option_obj::fileopts(const std::string& tool_name) {
-  auto place = tn_fileopt_map().find(tool_name);
-  return place == tn_fileopt_map().end() ? std::vector<std::string>{} : place->second.files;
+  auto place = tn_fileopt_map.find(tool_name);
+  return place == tn_fileopt_map.end() ? std::vector<std::string>{} : place->second.files;
 }
 
 void option_obj::clear_fileopts() {
-  for (auto& [name, list] : tn_fileopt_map())
+  for (auto& [name, list] : tn_fileopt_map)
     list = {};
 }

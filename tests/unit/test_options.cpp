@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <set>
+#include <unistd.h>
 
 namespace {
 
@@ -105,25 +106,73 @@ TEST_F(OptionTest, EveryFormOfEveryOptionIsSetAndRead) {
   EXPECT_EQ(short_forms, wanted);
 }
 
+// The numbers are stored in files, so they never change.
 TEST_F(OptionTest, ItemsHaveValuesOfTheirOwn) {
-  std::set<long> values;
-  for (const OPTION_DEFINITION& def : option_definitions)
-    for (const OPTION_ITEM* item = def.items; item && item->text; item++) {
-      option_obj options;
-      options.process_option((def.name + std::string("=") + (item->text + 1)).c_str());
-      EXPECT_EQ(options.getnumarg(def.id, 0), item->value) << def.name;
-      EXPECT_TRUE(values.insert(item->value).second) << item->value;
-    }
-  EXPECT_EQ(values.size(), 50u);
-  EXPECT_EQ(*values.rbegin(), 50);
+  static const char* const texts[] = {"abi=coffabi",
+                                      "abi=eabi",
+                                      "coproc_support=coproc0",
+                                      "coproc_support=coproc1",
+                                      "coproc_support=coproc2",
+                                      "diag_wrap=off",
+                                      "diag_wrap=on",
+                                      "endian=big",
+                                      "endian=little",
+                                      "float_support=fpu32",
+                                      "float_support=fpu64",
+                                      "float_support=softlib",
+                                      "fp_mode=relaxed",
+                                      "fp_mode=strict",
+                                      "fp_reassoc=off",
+                                      "fp_reassoc=on",
+                                      "gen_data_subsections=off",
+                                      "gen_data_subsections=on",
+                                      "gen_func_subsections=off",
+                                      "gen_func_subsections=on",
+                                      "mem_model:code=far",
+                                      "mem_model:code=flat",
+                                      "mem_model:code=large",
+                                      "mem_model:code=near",
+                                      "mem_model:code=small",
+                                      "mem_model:data=far",
+                                      "mem_model:data=far_aggregates",
+                                      "mem_model:data=flat",
+                                      "mem_model:data=huge",
+                                      "mem_model:data=large",
+                                      "mem_model:data=near",
+                                      "mem_model:data=small",
+                                      "opt_level=0",
+                                      "opt_level=1",
+                                      "opt_level=2",
+                                      "opt_level=3",
+                                      "opt_level=4",
+                                      "opt_level=off",
+                                      "sat_reassoc=off",
+                                      "sat_reassoc=on",
+                                      "section_sizes=off",
+                                      "section_sizes=on",
+                                      "size_speed_goal=high_risk_performance",
+                                      "size_speed_goal=high_risk_size",
+                                      "size_speed_goal=low_risk_performance",
+                                      "size_speed_goal=low_risk_size",
+                                      "size_speed_goal=medium_risk_performance",
+                                      "size_speed_goal=medium_risk_size",
+                                      "vectorize=off",
+                                      "vectorize=on"};
+  long value = 0;
+  for (const std::string text : texts) {
+    option_obj options;
+    options.process_option(text.c_str());
+    ASSERT_EQ(options.get_history().size(), 1u) << text;
+    const option_id id = options.get_history()[0].id;
+    EXPECT_EQ(enum_to_optiontxt(id), "--" + text.substr(0, text.find('=')));
+    EXPECT_EQ(options.getnumarg(id, 0), ++value) << text;
+  }
   EXPECT_NE(messages().find("Small memory model is no longer supported"), std::string::npos);
-  option_obj options;
-  parse(options, {"-opt_level=off"});
-  EXPECT_EQ(options.getnumarg(OPT_opt_level, 0), 38);
-  parse(options, {"-size_speed_goal=medium_risk_performance", "-fp_mode=relaxed", "-endian=big"});
-  EXPECT_EQ(options.getnumarg(OPT_size_speed_goal, 0), 47);
-  EXPECT_EQ(options.getnumarg(OPT_fp_mode, 0), 13);
-  EXPECT_EQ(options.getnumarg(OPT_endian, 0), 8);
+  int items = 0;
+  for (const OPTION_DEFINITION& def : option_definitions)
+    for (const OPTION_ITEM* item = def.items; item && item->text; item++)
+      items++;
+  EXPECT_EQ(items, value);
 }
 
 TEST_F(OptionTest, Radix) {
@@ -135,8 +184,11 @@ TEST_F(OptionTest, Radix) {
   EXPECT_EQ(failed, 0);
   EXPECT_EQ(option_obj::strtoul_by_radix("0xFFFFFFFFFFFFFFFF", &failed), ~0ul);
   EXPECT_EQ(failed, 0);
-  for (const char* bad : {"", "-", "x", "0x", "0xg", "08", "0b2", "1 ", " 1", "--1", "+-1", "0x-1",
-                          "9223372036854775808", "99999999999999999999"}) {
+  EXPECT_EQ(option_obj::strtol_by_radix("+7", &failed), 7);
+  EXPECT_EQ(failed, 0);
+  for (const char* bad :
+       {"", "-", "x", "0x", "0xg", "08", "0b2", "1 ", " 1", "--1", "+-1", "-+5", "++5", "0x-1",
+        "0x0x10", "0X0X1", "0b0b1", "9223372036854775808", "99999999999999999999"}) {
     failed = 0;
     option_obj::strtol_by_radix(bad, &failed);
     EXPECT_EQ(failed, 1) << bad;
@@ -166,6 +218,7 @@ TEST_F(OptionTest, BadArgumentsAreReportedAndNotSet) {
        "supported. Please use Vrx9000 Code Generation Tools v7.4.x or earlier for support "
        "of this processor.\n"},
       {"vvrx300", "error: Silicon version vrx300 is not a supported or valid value\n"},
+      {"i=", "error: argument to option -i () is out of range (must be a non-negative_number)\n"},
   };
   for (const CASE& c : cases) {
     option_obj options;
@@ -181,6 +234,33 @@ TEST_F(OptionTest, BadArgumentsAreReportedAndNotSet) {
                         "warning: Case insensitivity of options has been deprecated; "
                         "--KR_compatible must be written as --kr_compatible in future releases\n");
   EXPECT_EQ(options.testclass(CLASS_all), 2);
+}
+
+// With one dash a long option in upper case isn't the letter that it begins with.
+TEST_F(OptionTest, UpperCaseWithOneDash) {
+  option_obj options;
+  parse(options, {"auto_Inline=5", "opt_Level=2", "kr_Compatible", "dEBUG:skip_pass=3"});
+  EXPECT_EQ(options.getnumarg(OPT_auto_inline, 0), 5);
+  EXPECT_EQ(options.getnumarg(OPT_opt_level, 0), LEVEL_2);
+  EXPECT_TRUE(options.isset(OPT_kr_compatible));
+  EXPECT_EQ(pass_debug_skip_pass, 3);
+  EXPECT_FALSE(options.isset(OPT_aliased_variables));
+  const std::string text = messages();
+  EXPECT_EQ(text.find("garbage"), std::string::npos);
+  EXPECT_NE(text.find("; -auto_Inline must be written as -auto_inline in"), std::string::npos);
+}
+
+TEST_F(OptionTest, TraceOfNumbers) {
+  option_obj options(true);
+  ::testing::internal::CaptureStdout();
+  parse(options, {"-rpt_threshold=0b11", "di0x1F"});
+  const std::string text = ::testing::internal::GetCapturedStdout();
+  for (const char* line :
+       {"opt option debug: --rpt_threshold: about to parse '0b11' as signed, radix 2\n"
+        "opt option debug: --rpt_threshold: check 0 <= 3 <= 256\n",
+        "opt option debug: -di: about to parse '0x1F' as unsigned, radix 16\n"
+        "opt option debug: -di: check 0x0 <= 0x1F <= 0xFFFFFFFF\n"})
+    EXPECT_NE(text.find(line), std::string::npos) << text;
 }
 
 // Kinds of rows that this tool's table happens not to have.
@@ -207,6 +287,9 @@ TEST_F(OptionTest, PowersOfTwoDeprecatedItemsRetiredOptions) {
             "WARNING: argument 'old' to option '--parallel' is deprecated and will be removed in a "
             "future release\n");
   EXPECT_EQ(argument.number, 2);
+  ::testing::internal::CaptureStderr(); // said once
+  EXPECT_TRUE(options.parse_oneof(def, "old", argument));
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
   EXPECT_FALSE(options.parse_oneof(def, "+new", argument));
   EXPECT_NE(messages().find("should be one of {new}"), std::string::npos);
 }
@@ -218,10 +301,44 @@ TEST_F(OptionTest, ValidityByToolAndPlace) {
   EXPECT_EQ(messages(), "error: Option --max_unrolled_loop_size is not valid for the linker\n");
   EXPECT_EQ(options.testclass(CLASS_all), 1);
   option_obj::tool = TOOL_OPTIMIZER;
-  options.is_stored_set = true;
-  parse(options, {"-help"});
-  EXPECT_EQ(messages(), "warning: Option --help is not valid in a stored option set (ignored)\n");
-  EXPECT_FALSE(options.isset(OPT_help));
+  // Messages say in which set an option stands; each set has its own.
+  option_obj sets[2];
+  sets[0].file_name = "set 0";
+  sets[1].file_name = "set 1";
+  for (option_obj& set : sets) {
+    set.is_stored_set = true;
+    parse(set, {"-help", "ax", "h0", "h1"});
+    EXPECT_FALSE(set.isset(OPT_help));
+  }
+  parse(sets[1], {"ay"}); // said already
+  EXPECT_EQ(messages(),
+            "set 0: warning: Option --help is not valid in a stored option set (ignored)\n"
+            "set 0: warning: garbage following option -a ignored\n"
+            "set 0: remark: option -h1 clears preceding option -h0\n"
+            "set 1: warning: Option --help is not valid in a stored option set (ignored)\n"
+            "set 1: warning: garbage following option -a ignored\n"
+            "set 1: remark: option -h1 clears preceding option -h0\n");
+}
+
+TEST_F(OptionTest, OptionsOfOneFunctionAreItsOwn) {
+  option_obj options;
+  options.is_stored_set = options.is_function_set = true;
+  parse(options, {"-diag_wrap=on", "-debug:skip_pass=5", "-advice:performance", "o2"});
+  EXPECT_FALSE(DIAGNOSTIC::wrap_enabled_m);
+  EXPECT_FALSE(DIAGNOSTIC::advice_m);
+  EXPECT_EQ(pass_debug_skip_pass, 0);
+  EXPECT_EQ(options.getnumarg(OPT_opt_level, 0), LEVEL_2);
+}
+
+// Advice that was asked for stays, whichever way the level of messages comes.
+TEST_F(OptionTest, AdviceAndTheLevelOfMessages) {
+  option_obj stored, command_line;
+  parse(command_line, {"t1"});
+  EXPECT_FALSE(DIAGNOSTIC::advice_m);
+  parse(stored, {"-advice:performance"});
+  stored.override_by(command_line);
+  EXPECT_TRUE(DIAGNOSTIC::advice_m);
+  EXPECT_FALSE(DIAGNOSTIC::remarks_m);
 }
 
 TEST_F(OptionTest, TheNextProcessArgument) {
@@ -241,6 +358,9 @@ TEST_F(OptionTest, TheNextProcessArgument) {
   EXPECT_EQ(taken, nullptr);
   EXPECT_EQ(options.getnumarg(OPT_opt_level, 0), LEVEL_2);
   EXPECT_EQ(options.getnumarg(OPT_auto_inline, 0), 1);
+  options.process_option("x=", &taken); // an empty argument is one
+  EXPECT_EQ(taken, nullptr);
+  EXPECT_STREQ(options.getstrarg(OPT_opt_passes, 0), "");
   EXPECT_EQ(left.size(), 1u);
 }
 
@@ -267,7 +387,9 @@ TEST_F(OptionTest, SetTwice) {
   options.clearopt(OPT_opt_level);
   EXPECT_FALSE(options.isset(OPT_opt_level));
   EXPECT_TRUE(options.seen(OPT_opt_level));
-  EXPECT_EQ(options.export_option_class(EXPORT_SEEN, CLASS_goals).size(), 1u);
+  EXPECT_EQ(options.export_option_class(EXPORT_SET, CLASS_goals).size(), 0u);
+  const std::vector<std::string> given = {"--opt_level=2", "--opt_level=3"};
+  EXPECT_EQ(options.export_option_class(EXPORT_SEEN, CLASS_goals), given);
   EXPECT_EQ(options.export_option_pairs().size(), 2u);
   EXPECT_EQ(options.get_history().size(), 4u);
   options.clear_history(OPT_opt_level);
@@ -289,6 +411,29 @@ TEST_F(OptionTest, Conflicts) {
                         "warning: Attempt to clear PERSISTENT option --disable_inlining ignored\n");
   EXPECT_TRUE(options.isset(OPT_disable_inlining));
   EXPECT_EQ(options.getnumarg(OPT_auto_inline, 0), 8);
+  options.clearopt(OPT_disable_inlining);
+  options.clearopt(CLASS_inlining);
+  EXPECT_EQ(messages(), "warning: Attempt to clear PERSISTENT option --disable_inlining ignored\n");
+  EXPECT_TRUE(options.isset(OPT_disable_inlining));
+  EXPECT_FALSE(options.isset(OPT_auto_inline));
+  // What follows from another option has conflicts, too.
+  options.setopt_internal(OPT_std_lib_func_not_defined);
+  EXPECT_EQ(messages(), "remark: option --std_lib_func_not_defined clears preceding option -h1\n");
+  EXPECT_FALSE(options.isset(OPT_std_lib_func_defined));
+  // What was given, in order, comes out the same when it is given again.
+  option_obj again;
+  for (const std::string& text : options.export_option_class(EXPORT_SEEN, CLASS_assumptions))
+    again.process_option(text.c_str() + 1);
+  EXPECT_TRUE(again.isset(OPT_std_lib_func_defined));
+  EXPECT_FALSE(again.isset(OPT_std_lib_func_redefined));
+}
+
+// A message that was switched off when it came first is printed when it comes again.
+TEST_F(OptionTest, SwitchedOffMessagesComeLater) {
+  DIAGNOSTIC::warnings_m = false;
+  option_obj options;
+  parse(options, {"ax", "t1", "ay"});
+  EXPECT_EQ(messages(), "warning: garbage following option -a ignored\n");
 }
 
 TEST_F(OptionTest, TheGoalHasThreeSpellings) {
@@ -304,6 +449,8 @@ TEST_F(OptionTest, TheGoalHasThreeSpellings) {
   EXPECT_FALSE(options.isset(OPT_opt_for_space));
   EXPECT_EQ(options.export_option_pairs(),
             std::vector<std::string>{"-size_speed_goal=low_risk_size"});
+  options.setopt(OPT_opt_for_speed); // by the program, at its usual level
+  EXPECT_EQ(options.getnumarg(OPT_size_speed_goal, 0), GOAL_MEDIUM_RISK_PERFORMANCE);
 }
 
 TEST_F(OptionTest, TheCommandLineWinsInSilence) {
@@ -462,15 +609,76 @@ TEST_F(MergeTest, RanksAndLists) {
   EXPECT_EQ(merged({"o2"}, {"ooff"}).getnumarg(OPT_opt_level, 0), LEVEL_OFF);
   EXPECT_EQ(merged({"ooff"}, {"o2"}).getnumarg(OPT_opt_level, 0), LEVEL_OFF);
   EXPECT_EQ(merged({"o4"}, {"o2"}).getnumarg(OPT_opt_level, 0), LEVEL_2);
-  const option_obj sizes = merged({"-opt_for_speed=5"}, {"-size_speed_goal=medium_risk_size"});
-  EXPECT_EQ(sizes.getnumarg(OPT_size_speed_goal, 0), GOAL_MEDIUM_RISK_SIZE);
   const option_obj lists =
       merged({"-aux_cmd_flag=1", "-debug:x"}, {"-aux_cmd_flag=9", "-aux_cmd_flag=1"});
   EXPECT_EQ(lists.getargcount(OPT_aux_cmd_flag), 2u);
+  EXPECT_EQ(lists.set_count(OPT_aux_cmd_flag), 2);
   EXPECT_EQ(lists.getargcount(OPT_debug), 1u);
-  EXPECT_EQ(merged({"-coproc_support=coproc0"}, {"-coproc_support=coproc2"})
-                .getargcount(OPT_coproc_support),
-            2u);
+  // The history holds what the arguments hold.
+  const option_obj units = merged({"-coproc_support=coproc0", "-coproc_support=coproc1"},
+                                  {"-coproc_support=coproc2", "-coproc_support=coproc1"});
+  EXPECT_EQ(units.getargcount(OPT_coproc_support), 3u);
+  const std::vector<std::string> all = {"-coproc_support=coproc0", "-coproc_support=coproc1",
+                                        "-coproc_support=coproc2"};
+  EXPECT_EQ(units.export_option_pairs(), all);
+}
+
+// The goal has three spellings; the file with the more careful goal decides on all of them.
+TEST_F(MergeTest, Goals) {
+  struct CASE {
+    std::vector<const char*> first, second;
+    long goal;
+    const char* exported;
+    const char* message;
+  };
+  const CASE cases[] = {
+      {{"-opt_for_speed=2"}, {"-opt_for_speed=5"}, GOAL_LOW_RISK_SIZE, "-opt_for_speed=2", ""},
+      {{"-opt_for_speed=5"}, {"-opt_for_speed=2"}, GOAL_LOW_RISK_SIZE, "-opt_for_speed=2", ""},
+      {{"z3"}, {"z0"}, GOAL_HIGH_RISK_SIZE, "-opt_for_space=3", ""},
+      {{"z0"}, {"z3"}, GOAL_HIGH_RISK_SIZE, "-opt_for_space=3", ""},
+      {{}, {"z2"}, GOAL_MEDIUM_RISK_SIZE, "-opt_for_space=2", ""},
+      {{"-opt_for_speed=0"},
+       {"-size_speed_goal=high_risk_performance"},
+       GOAL_HIGH_RISK_SIZE,
+       "-opt_for_speed=0",
+       ""},
+      {{"-opt_for_speed=5"},
+       {"-size_speed_goal=medium_risk_size"},
+       GOAL_MEDIUM_RISK_SIZE,
+       "-size_speed_goal=medium_risk_size",
+       "remark: option --size_speed_goal clears preceding option --opt_for_speed\n"},
+      {{"-size_speed_goal=high_risk_performance"},
+       {"z1"},
+       GOAL_LOW_RISK_SIZE,
+       "-opt_for_space=1",
+       "remark: option -z clears preceding option --size_speed_goal\n"},
+  };
+  for (const CASE& c : cases) {
+    const option_obj goals = merged(c.first, c.second);
+    EXPECT_EQ(messages(), c.message);
+    EXPECT_EQ(goals.getnumarg(OPT_size_speed_goal, 0), c.goal) << c.exported;
+    EXPECT_EQ(goals.export_option_pairs(), std::vector<std::string>{c.exported});
+    const std::vector<std::string> now = {std::string("-") + c.exported};
+    EXPECT_EQ(goals.export_option_class(EXPORT_SET, CLASS_goals), now);
+  }
+}
+
+// In either order, the least knowledge of library functions holds.
+TEST_F(MergeTest, LibraryFunctions) {
+  static const option_id by_care[] = {OPT_std_lib_func_redefined, OPT_std_lib_func_defined,
+                                      OPT_std_lib_func_not_defined};
+  static const char* const texts[] = {"h0", "h1", "h2"};
+  for (int a = 0; a < 3; a++)
+    for (int b = 0; b < 3; b++) {
+      const option_obj options = merged({texts[a]}, {texts[b]});
+      for (int k = 0; k < 3; k++)
+        EXPECT_EQ(options.isset(by_care[k]), k == std::min(a, b)) << a << b;
+      EXPECT_EQ(messages(), b < a ? std::string("remark: option -") + texts[b] +
+                                        " clears preceding option -" + texts[a] + "\n"
+                                  : "");
+    }
+  EXPECT_TRUE(merged({}, {"h0"}).isset(OPT_std_lib_func_redefined));
+  EXPECT_TRUE(merged({"h1"}, {}).isset(OPT_std_lib_func_defined));
 }
 
 TEST_F(MergeTest, CustomAndConflicts) {
@@ -489,6 +697,10 @@ TEST_F(MergeTest, CustomAndConflicts) {
   EXPECT_TRUE(inlining.isset(OPT_disable_inlining));
   EXPECT_NE(messages().find("PERSISTENT"), std::string::npos);
   EXPECT_TRUE(merged({"i4"}, {"-disable_inlining"}).isset(OPT_disable_inlining));
+  EXPECT_EQ(messages(), "warning: option --disable_inlining overrides preceding option -i\n");
+  const option_obj exact = merged({"-fp_reassoc=on"}, {"-fp_mode=strict"});
+  EXPECT_EQ(messages(), "remark: option --fp_mode clears preceding option --fp_reassoc\n");
+  EXPECT_FALSE(exact.isset(OPT_fp_reassoc));
   // The history says which file an option came from.
   const option_obj options = merged({"a"}, {"k"});
   ASSERT_EQ(options.get_history().size(), 2u);
@@ -510,11 +722,16 @@ TEST_F(OptionTest, FilesForOtherTools) {
   EXPECT_TRUE(options.addfileopt("linker", "--end-group", ""));
   EXPECT_FALSE(options.addfileopt("linker", "--end-group", ""));
   EXPECT_FALSE(options.addfileopt("cook", "x", ""));
+  EXPECT_TRUE(options.addfileopt("vrx-ar", "a.lib", "")); // a command
+  EXPECT_EQ(option_obj::fileopts("archiver"), std::vector<std::string>{"a.lib"});
+  EXPECT_FALSE(options.addfileopt("vrx-cook", "x", ""));
   EXPECT_EQ(messages(), "error: Cannot find tool type with command \"vrx-nosuch\". Is the command "
                         "defined in the tooldef?\n"
                         "error: Nested --start-group options are not permitted.\n"
                         "error: Unmatched --end-group option (missing --start-group).\n"
-                        "error: No known tool \"cook\" when adding file to option list.\n");
+                        "error: No known tool \"cook\" when adding file to option list.\n"
+                        "error: Cannot find tool type with command \"vrx-cook\". Is the command "
+                        "defined in the tooldef?\n");
   const std::vector<std::string> files = {"--start-group", "--library", "rts.lib", "--end-group"};
   EXPECT_EQ(option_obj::fileopts("linker"), files);
 }
@@ -532,6 +749,17 @@ TEST_F(OptionTest, Switches) {
   // An item that would make the name too long is not appended, so it names nothing.
   parse(options, {("-debug:" + std::string(600, 'x') + ",abort").c_str()});
   EXPECT_EQ(pass_debug_abort, 1);
+  // A whole name of 511 characters is the longest. In a process of its own: names stay registered.
+  EXPECT_EXIT(
+      {
+        const std::string just(511 - 6, 'y');
+        const std::string over = just + "y";
+        static register_option longest(("debug:" + just).c_str());
+        static register_option too_long(("debug:" + over).c_str());
+        process_debug_option("debug", (just + "=3," + over + "=4").c_str());
+        _exit(longest == 3 && too_long == 0 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
 
   const std::map<std::string, int> state = register_option::get_state();
   EXPECT_EQ(state.size(), 99u);
