@@ -77,7 +77,9 @@ void option_obj::derive_goal(option_id id) {
   static const long goal_of_speed[] = {GOAL_HIGH_RISK_SIZE,          GOAL_MEDIUM_RISK_SIZE,
                                        GOAL_LOW_RISK_SIZE,           GOAL_LOW_RISK_PERFORMANCE,
                                        GOAL_MEDIUM_RISK_PERFORMANCE, GOAL_HIGH_RISK_PERFORMANCE};
-  const long number = getargcount(id) ? getnumarg(id, 0) : definition(id).without;
+  const OPTION_DEFINITION& def = definition(id);
+  const long given = getargcount(id) ? getnumarg(id, 0) : def.without;
+  const long number = std::clamp(given, def.low, def.high); // a program may say anything
   derived_from = id;
   setopt_internal(OPT_size_speed_goal,
                   goal_of_speed[id == OPT_opt_for_speed ? number : 3 - number]);

@@ -116,6 +116,8 @@ TEST_F(DiagTest, MessagesOfOtherTools) {
               "fatal error: cannot open file \"f\"\n");
   EXPECT_EXIT(DIAG::not_an_archive("f").report(), ::testing::ExitedWithCode(1),
               "fatal error: \"f\" is not a valid archive file");
+  EXPECT_EXIT(DIAG::optgen_unhandled_clause_in_add_hist(7).report(), ::testing::ExitedWithCode(1),
+              "fatal error: unhandled clause in add_to_history\\(\\) \\[7\\]");
   EXPECT_EXIT(DIAG::optgen_out_of_memory().report(), ::testing::ExitedWithCode(1),
               "fatal error: out of memory");
 }

@@ -451,6 +451,8 @@ TEST_F(OptionTest, TheGoalHasThreeSpellings) {
             std::vector<std::string>{"-size_speed_goal=low_risk_size"});
   options.setopt(OPT_opt_for_speed); // by the program, at its usual level
   EXPECT_EQ(options.getnumarg(OPT_size_speed_goal, 0), GOAL_MEDIUM_RISK_PERFORMANCE);
+  options.setopt(OPT_opt_for_space, 9L);
+  EXPECT_EQ(options.getnumarg(OPT_size_speed_goal, 0), GOAL_HIGH_RISK_SIZE);
 }
 
 TEST_F(OptionTest, TheCommandLineWinsInSilence) {
@@ -515,6 +517,8 @@ TEST_F(OptionTest, SettingByTheProgram) {
   DIAGNOSTIC::fp_m = nullptr;
   EXPECT_EXIT(options.setarg(OPT_help, 1L), ::testing::ExitedWithCode(1),
               "unhandled clause in setarg\\(\\)");
+  EXPECT_EXIT(options.setopt(OPT_help, "text"), ::testing::ExitedWithCode(1),
+              "unhandled option handler");
   EXPECT_EXIT(options.setlistarg(OPT_opt_level, {}), ::testing::ExitedWithCode(1),
               "list handler for non-list option");
   EXPECT_EXIT(options.set_count(OPT_none), ::testing::ExitedWithCode(1),
@@ -698,6 +702,9 @@ TEST_F(MergeTest, CustomAndConflicts) {
   EXPECT_NE(messages().find("PERSISTENT"), std::string::npos);
   EXPECT_TRUE(merged({"i4"}, {"-disable_inlining"}).isset(OPT_disable_inlining));
   EXPECT_EQ(messages(), "warning: option --disable_inlining overrides preceding option -i\n");
+  EXPECT_FALSE(merged({"e"}, {"-endian=little"}).isset(OPT_big_endian));
+  EXPECT_NE(messages().find("warning: option --endian overrides preceding option -e\n"),
+            std::string::npos);
   const option_obj exact = merged({"-fp_reassoc=on"}, {"-fp_mode=strict"});
   EXPECT_EQ(messages(), "remark: option --fp_mode clears preceding option --fp_reassoc\n");
   EXPECT_FALSE(exact.isset(OPT_fp_reassoc));
