@@ -24,9 +24,15 @@ LBL* mklabel(int number, LBL* chain, BBLK* bb) {
 }
 
 LBL* find_label(int number) {
-  for (LBL* label : currfuninfo->labels)
-    if (number >= 0 && label->number == number && label->bb)
-      return label->chain ? label->chain : label;
+  // Only labels that something refers to are renumbered with the blocks: another may still have
+  // the same number from before.
+  LBL* unreferenced = nullptr;
+  for (LBL* label : currfuninfo->labels) {
+    if (number < 0 || label->number != number || !label->bb || label->bb->label != label) continue;
+    if (label->refcount) return label;
+    unreferenced = label;
+  }
+  if (unreferenced) return unreferenced;
   fprintf(stderr, "\n!!! COMPILER (OPTIMIZER) ERROR IN 'find_label', INDEX=%d !!!\n", number);
   abort_optimizer();
 }

@@ -4,6 +4,7 @@
 #include "OPT5/bblk.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/restrict.h"
 #include "OPT5/livevars.h"
 #include "OPT5/loop.h"
 #include "OPT5/scope.h"
@@ -202,6 +203,7 @@ BBLK* insert_new_bb(int dfn, BBLK* after, LIST* statements) {
       bb->last_psn = s->psn;
     }
   fi->bb_count++;
+  clear_PT_vectors();
   mark_dominators_stale();
   return bb;
 }
@@ -227,10 +229,7 @@ void delink_old_bb(BBLK* bb) {
 }
 
 static void replace_in_edges(EDGE* list, const BBLK* old_bb, BBLK* new_bb) {
-  if (EDGE* cell = edge_memberp(old_bb, list)) {
-    cell->first = new_bb;
-    cell->prob = -1.0;
-  }
+  if (EDGE* cell = edge_memberp(old_bb, list)) cell->first = new_bb;
 }
 
 static void number_labels_by_dfn() {

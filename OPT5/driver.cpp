@@ -61,8 +61,14 @@ void print_toolversion(FILE* to) {
   fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT);
 }
 
-// An end in the middle of things: nothing is taken apart.
+// An end in the middle of things: nothing is taken apart. What was traced so far tells why.
+void flush_traces() {
+  if (FDEBUG) fflush(FDEBUG);
+  if (finfo) fflush(finfo);
+}
+
 [[noreturn]] void end_process(int status) {
+  flush_traces();
   fflush(stdout);
   _exit(status);
 }
@@ -78,6 +84,11 @@ void remove_output() {
   if (output_is_open && stat(o_file_name, &info) == 0 && S_ISREG(info.st_mode)) unlink(o_file_name);
 }
 
+void prepare_failing_end() {
+  remove_output();
+  flush_traces();
+}
+
 // ---------------------------------------------------------------------------------------------
 // The end of a failing run
 
@@ -87,7 +98,6 @@ void end_failing_run(const char* msg) {
   if (print_debug && FDEBUG) {
     fprintf(FDEBUG, "\n>>>> Optimizer terminated abnormally.\n");
     if (msg) fprintf(FDEBUG, "\n>>>> %s.\n", msg);
-    fflush(FDEBUG);
   }
   fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
   if (currfunc_at_abort) {
@@ -105,8 +115,7 @@ void end_failing_run(const char* msg) {
     signal(SIGABRT, SIG_DFL); // for a core file; the end was told
     abort();
   }
-  fflush(stdout);
-  _exit(1);
+  end_process(1);
 }
 
 void end_after_signal() {
@@ -229,13 +238,8 @@ void build_option_sets() {
 }
 
 bool is_size_goal() {
-  switch (file_options->getnumarg(OPT_size_speed_goal, 0)) {
-  case GOAL_HIGH_RISK_SIZE:
-  case GOAL_LOW_RISK_PERFORMANCE:
-  case GOAL_LOW_RISK_SIZE:
-  case GOAL_MEDIUM_RISK_SIZE: return true;
-  default: return false;
-  }
+  const int goal = goal_number(file_options->getnumarg(OPT_size_speed_goal, 0));
+  return goal >= 0 && goal <= 3;
 }
 
 void open_info_file() {
@@ -284,8 +288,7 @@ void emit_cmd_line_text() {
 
 void open_files(int argc, char** argv) {
   set_abort_handler(end_failing_run);
-  if_death_hook = tp_death_hook = remove_output;
-  DIAGNOSTIC::exit_hook_m = remove_output;
+  if_death_hook = tp_death_hook = DIAGNOSTIC::exit_hook_m = prepare_failing_end;
   install_common_handlers(debug_signal_handler, end_after_signal);
   install_out_of_memory_handler(remove_output);
   cmdline_options = new option_obj;
@@ -396,7 +399,7 @@ void close_files() {
 void time_report(clock_t start) {
   FILE* to = print_debug ? FDEBUG : stderr;
   const double total = static_cast<double>(clock() - start) / 1e6;
-  fprintf(to, "\nTime for whole compilation unit:  %.2f secs\n", total);
+  print_checked(to, "\nTime for whole compilation unit:  %.2f secs\n", total);
   std::vector<FUNINFO*> timed;
   double in_functions = 0;
   for (SYMTAB* sym : functions) {
@@ -405,12 +408,12 @@ void time_report(clock_t start) {
     if (fi->time > 0) timed.push_back(fi);
   }
   if (total - in_functions > 0)
-    fprintf(to, "Non-function time:  %.2f secs\n", total - in_functions);
-  fprintf(to, "\n");
+    print_checked(to, "Non-function time:  %.2f secs\n", total - in_functions);
+  print_checked(to, "\n");
   std::stable_sort(timed.begin(), timed.end(),
                    [](const FUNINFO* a, const FUNINFO* b) { return a->time > b->time; });
   for (const FUNINFO* fi : timed)
-    fprintf(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
+    print_checked(to, "%s:  %.2f secs\n", fi->name.c_str(), fi->time / 1e6);
 }
 
 // Leaves nothing behind, so that another run can follow in the same process.
@@ -419,6 +422,11 @@ void release_everything() {
   steps_table.clear();
   functions.clear();
   icode_optionlist.clear();
+  comments_between_functions.clear();
+  unsuppressed_functions.clear();
+  currfunc_at_abort = nullptr;
+  unique_call_index = 0;
+  any_unions_in_program = false;
   command_line_is_written = false;
   erase_all_FUNINFOs();
   erase_all_symbols();
@@ -479,6 +487,8 @@ int run_compilation(int argc, char** argv) {
   init_opcode_tables();
   init_target();
   TYPE_PKG::cpu_version = cpu_version;
+  tp->update_basic_types();
+  tp->normalize_basic_types();
   init_symbols();
   init_fileopts();
   init_BIF_descriptors();
@@ -494,11 +504,12 @@ int run_compilation(int argc, char** argv) {
   choose_thread_count();
   i_file->if_read_file();
   o_file->if_copy_symbols(i_file);
-  if (functions.empty())
+  if (functions.empty()) {
     analyze_global_symbols();
-  else
+  } else {
     run_all_steps();
-  dump_psnrefs();
+    dump_psnrefs();
+  }
   currfunc = nullptr;
   currfuninfo = file_funinfo;
   finish_global_symbols();

@@ -153,18 +153,13 @@ NODE* fold_int(const NODE* tree) {
 // ---------------------------------------------------------------------------------------------
 // Floating values
 
-void int_to_float(INT65 v, simul_fval* result) {
-  f_utof((v.is_negative() ? -v : v).low, result);
-  result->sign = v.is_negative();
-}
-
 // An ICON of a floating type is the integer's value.
 simul_fval float_operand(const NODE* constant) {
   simul_fval v;
   if (constant->op == FCON)
     v = *constant->u.fval;
   else
-    int_to_float(value_of(constant), &v);
+    f_i65tof(value_of(constant), &v);
   truncate_fval_to_target(&v, constant->type);
   return v;
 }
@@ -252,7 +247,7 @@ NODE* fold_conversion(const NODE* tree) {
     return mk_ICON(int_operand(from, from->type), type);
   simul_fval v;
   if (type->is_float() && from->type->is_int_or_enum()) {
-    int_to_float(int_operand(from, from->type), &v);
+    f_i65tof(int_operand(from, from->type), &v);
   } else if (from->type->is_float()) {
     v = float_operand(from);
   } else {

@@ -22,15 +22,37 @@ std::vector<FUNINFO*> all_records; // owns them
 
 FUNINFO::FUNINFO(const char* text) : name(text) {}
 
+static void erase_body(FUNINFO* fi) {
+  for (BBLK* bb = fi->uon_list; bb;) {
+    BBLK* next = bb->uon_link;
+    erase_tree_list(bb->statements);
+    bb->statements = nullptr;
+    erase_bblock(bb);
+    bb = next;
+  }
+  fi->bb_list = fi->uon_list = nullptr;
+  fi->bb_count = 0;
+  erase_tree_list(fi->stmts);
+  fi->stmts = nullptr;
+  erase_tree(fi->entry_tree);
+  fi->entry_tree = nullptr;
+  for (LBL* label : fi->labels)
+    delete label;
+  fi->labels.clear();
+  LS::erase(fi->scope);
+  fi->scope = nullptr;
+  delete fi->dominators;
+  fi->dominators = nullptr;
+}
+
 FUNINFO::~FUNINFO() {
+  erase_body(this); // one that was never written
   for (EHT_ITEM& item : eht)
     erase_tree(item.cleanup);
-  erase_tree_list(stmts);
   erase_tree_list(global_assertions);
   erase_stack_sharing(sharing_root);
   free_symplist(widened);
   free_symplist(shortened);
-  delete dominators;
 }
 
 unsigned FUNINFO::properties() const {
@@ -118,26 +140,28 @@ void erase_all_FUNINFOs() {
   by_name.clear();
 }
 
+static void note_address_taken(const NODE* tree, std::unordered_set<const SYMTAB*>& found) {
+  walk_preorder(tree, [&found](const NODE* node) {
+    if (node->op != UAND && node->op != ARGREF) return true;
+    const NODE* place = node->left;
+    while (place->op == STDOT || place->op == VFIELD || place->op == REAL || place->op == IMAG ||
+           place->op == DDNODE)
+      place = place->left;
+    if (place->op == NAME && place->u.sym && place->u.sym->is_local()) found.insert(place->u.sym);
+    return true;
+  });
+}
+
+std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi) {
+  std::unordered_set<const SYMTAB*> found;
+  for (const BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
+    for (const LIST* s = bb->statements; s; s = s->next)
+      note_address_taken(s->tree, found);
+  for (const EHT_ITEM& item : fi->eht)
+    if (item.cleanup) note_address_taken(item.cleanup, found);
+  return found;
+}
+
 void erase_all() {
-  FUNINFO* fi = currfuninfo;
-  for (BBLK* bb = fi->uon_list; bb;) {
-    BBLK* next = bb->uon_link;
-    erase_tree_list(bb->statements);
-    bb->statements = nullptr;
-    erase_bblock(bb);
-    bb = next;
-  }
-  fi->bb_list = fi->uon_list = nullptr;
-  fi->bb_count = 0;
-  erase_tree_list(fi->stmts);
-  fi->stmts = nullptr;
-  erase_tree(fi->entry_tree);
-  fi->entry_tree = nullptr;
-  for (LBL* label : fi->labels)
-    delete label;
-  fi->labels.clear();
-  LS::erase(fi->scope);
-  fi->scope = nullptr;
-  delete fi->dominators;
-  fi->dominators = nullptr;
+  erase_body(currfuninfo);
 }

@@ -8,6 +8,7 @@
 
 #include <mutex>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class LS;
@@ -115,6 +116,9 @@ bool function_is_defined(const FUNINFO* fi);
 void init_FUNINFO_flags(FUNINFO* fi, int level);
 void dump_FUNINFO(const FUNINFO* fi);
 void erase_all_FUNINFOs();
+
+// The locals and parameters whose address, or that of a part, a statement or a clean-up tree takes.
+std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi);
 
 // Frees the current function's blocks, trees, labels and scopes.
 void erase_all();

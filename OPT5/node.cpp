@@ -288,8 +288,7 @@ NODE* mk_constant_from_ival(INT65 value, TYPE* type) {
     node = mk_ICON(value, scalar);
   } else if (scalar->is_float()) {
     simul_fval fval;
-    f_utof((value.is_negative() ? -value : value).low, &fval);
-    fval.sign = value.is_negative();
+    f_i65tof(value, &fval);
     node = mk_FCON(fval, scalar);
   } else {
     node = mk_ICON(value, tp->mk_plain_int());

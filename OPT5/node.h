@@ -225,6 +225,8 @@ bool tree_is_strict_subtree_of_tree(const NODE* part, const NODE* tree);
 int count_nodes_in_tree(const NODE* tree);
 int count_calls_in_tree(const NODE* tree);
 bool op_is_call(int op);
+// Is it a binary operator, or its assignment form, that makes a vector from lanes of its operands?
+bool computes_lane_by_lane(const NODE* node);
 // The first statement of a function that copies its parameters: a PCOMMA chain of assignments of
 // parameters to locals.
 bool tree_is_arg_prolog(const NODE* tree);
@@ -232,6 +234,8 @@ bool tree_is_arg_prolog(const NODE* tree);
 int arg_list_count(const NODE* args);
 NODE* arg_list_lookup(NODE* args, int k);
 SYMTAB* get_callee_for_call(const NODE* call); // symbol of a direct call, else null
+// What the callee, by its symbol or by the pointer's type, expects; null without a prototype.
+const FUNC_PARTS* called_prototype(const NODE* call);
 NODE* get_arguments_to_call(NODE* call);
 
 // --- Changing

@@ -21,6 +21,7 @@
 bool any_unions_in_program;
 int unique_call_index;
 std::list<SYMTAB*> functions;
+std::vector<std::string> comments_between_functions;
 
 namespace {
 
@@ -69,11 +70,8 @@ public:
     sym->name = safestrdup(name);
     sym->otype = type;
     sym->cpp_type = cpp_type;
-    sym->type = type;
-    if (type->is_enum()) {
-      sym->type = type->enum_underlying()->normalized_type();
-      if (int quals = type->qual_kind(true)) sym->type = tp->mk_qual(sym->type, quals);
-    }
+    sym->type = normalized_underlying_type(type);
+    if (int quals = type->qual_kind(true)) sym->type = tp->mk_qual(sym->type, quals);
     sym->size = size;
     sym->align = static_cast<unsigned>(align);
     if (!type->is_func() && size != type->size)
@@ -151,7 +149,7 @@ public:
   void cl_begin_func(I_SYMTAB* func, PSN* psn) override {
     auto* sym = static_cast<SYMTAB*>(func);
     if (!sym->type->is_func() || sym->is_defined) if_die(INVALID_RECORD);
-    sym->is_defined = true;
+    note_function_body(sym);
     currfunc = sym;
     currfuninfo = make_FUNINFO(sym);
     currfuninfo->symbol = sym;
@@ -163,8 +161,9 @@ public:
     currfuninfo->incoming = currfuninfo->inlined_params = nullptr;
     currfuninfo->symbols = currfuninfo->reg_candidates = nullptr;
     currfuninfo->scope = LS::init(psn, sym);
+    currfuninfo->header_comments.swap(comments_between_functions);
     lex = 1;
-    open_blocks.clear();
+    open_blocks = {{psn, nullptr, nullptr}}; // of the parameters and the outermost locals
   }
 
   void cl_end_args(PSN* psn) override {
@@ -175,10 +174,8 @@ public:
 
   void cl_end_locals(PSN* psn) override {
     if (!currfunc) return;
-    if (open_blocks.empty())
-      currfuninfo->end_locals_psn = psn;
-    else
-      open_blocks.back().symbols_at_end = currfuninfo->incoming;
+    if (open_blocks.size() == 1) currfuninfo->end_locals_psn = psn;
+    open_blocks.back().symbols_at_end = currfuninfo->incoming;
   }
 
   void cl_begin_block(PSN* psn) override {
@@ -215,7 +212,7 @@ public:
     require_function();
     auto* tree = static_cast<NODE*>(root);
     if (const char* fault = verify_statement(tree)) reject(tree, fault);
-    number_calls(tree);
+    note_calls(tree);
     tree = expr_cleanup(tree);
     currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(tree);
     add_statement(tree, psn);
@@ -235,11 +232,12 @@ public:
       o_file->if_write_assembly(text, psn);
   }
 
+  // Between functions it belongs to the next one.
   void cl_comment(char* text) override {
     if (currfunc)
       add_statement(text_statement(text, true), nullptr);
     else
-      o_file->if_write_comment(text);
+      comments_between_functions.push_back(text);
   }
 
   void cl_func_eht(EHT_ENTRY* entries, unsigned count) override {
@@ -251,7 +249,9 @@ public:
       if (e->catches) eht.back().catches = std::move(*e->catches);
       delete e->catches;
       const NODE* cleanup = eht.back().cleanup;
-      if (const char* fault = cleanup ? verify_statement(cleanup) : nullptr) reject(cleanup, fault);
+      if (!cleanup) continue;
+      if (const char* fault = verify_statement(cleanup)) reject(cleanup, fault);
+      note_calls(cleanup);
     }
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),
@@ -290,11 +290,19 @@ private:
     return node;
   }
 
-  static void number_calls(const NODE* tree) {
+  static void note_calls(const NODE* tree) {
     walk_preorder(tree, [](const NODE* node) {
-      if (node->op == CALL || node->op == UCALL) {
+      switch (node->op) {
+      case CALL:
+      case UCALL:
         unique_call_index++;
         currfuninfo->is_leaf = false;
+        break;
+      case ICALL:
+      case UICALL:
+        if (builtin_has_state(node->u.callee)) currfuninfo->builtins_have_state = true;
+        break;
+      default: break;
       }
       return true;
     });

@@ -11,6 +11,8 @@ extern int unique_call_index; // highest call number
 
 // Functions of the unit, in the present order of processing.
 extern std::list<SYMTAB*> functions;
+// Comments read since the last function's end.
+extern std::vector<std::string> comments_between_functions;
 
 // Pass 1's reading stage, at the end of each function's records. currfunc is set.
 void finish_reading_function(PSN* end_psn, unsigned open_blocks);

@@ -64,7 +64,8 @@ bool ip_mvp() {
   return do_IP_MVP;
 }
 bool stack_sharing_wanted() {
-  // The low bit of fpu64's value tells it from the others.
+  // 10 and 11 are the floating-point units: with one, and without optimisation, variables keep
+  // their places.
   const long fpu = file_options ? file_options->getnumarg(OPT_float_support, 0) : 0;
   return level_1() || (fpu | 1) != 11;
 }
@@ -89,10 +90,10 @@ void fast_CP_0_1() {
 }
 
 void pass_2_header() {
-  if (finfo) fflush(finfo);
+  if (finfo) fflush(finfo); // what failed is noticed when it is closed
   if (!print_debug) return;
   flush_debug();
-  printf("%s Pass 2\n", isa_and_tool_name());
+  print_checked(stdout, "%s Pass 2\n", isa_and_tool_name());
 }
 
 // Functions in the reverse order of the call graph's nodes; one that need not be emitted is left
@@ -333,7 +334,7 @@ void setup_passes(bool use_forced_order) {
 
 void list_passes(FILE* to) {
   for (const pass* p : permuted_order)
-    fprintf(to, "%2d:  %s\n", static_cast<int>(p->serial()), p->name().c_str());
+    print_checked(to, "%2d:  %s\n", static_cast<int>(p->serial()), p->name().c_str());
 }
 
 void erase_all_passes() {

@@ -2,6 +2,7 @@
 
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/streams.h"
 
 LS* LS::init(PSN* psn, SYMTAB* func) {
   auto* root = new LS;
@@ -81,10 +82,10 @@ bool LS::object_may_be_live_in_scope(const SYMTAB* sym) const {
   return !sym->scope || sym->scope->encloses(this) || encloses(sym->scope);
 }
 
-template <class VISIT> static void for_each_scope(LS* root, VISIT visit) {
-  std::vector<LS*> pending{root};
+template <class SCOPE, class VISIT> static void for_each_scope(SCOPE* root, VISIT visit) {
+  std::vector<SCOPE*> pending{root};
   while (!pending.empty()) {
-    LS* scope = pending.back();
+    SCOPE* scope = pending.back();
     pending.pop_back();
     for (LS* child = scope->first_child; child; child = child->sibling)
       pending.push_back(child);
@@ -147,13 +148,14 @@ void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
   const int own_level = level;
   for (const LS* scope = this; scope;) {
     const int width = indent + 2 * (scope->level - own_level);
-    fprintf(to, "%*sscope level %d", width, "", scope->level);
+    print_checked(to, "%*sscope level %d", width, "", scope->level);
     if (scope->opened)
-      fprintf(to, ", lines %u to %u", scope->opened->line, scope->closed ? scope->closed->line : 0);
-    fprintf(to, "\n");
+      print_checked(to, ", lines %u to %u", scope->opened->line,
+                    scope->closed ? scope->closed->line : 0);
+    print_checked(to, "\n");
     if (with_symbols)
       for (const SYMTAB* sym : scope->symbols)
-        fprintf(to, "%*s  %s\n", width, "", sym->name);
+        print_checked(to, "%*s  %s\n", width, "", sym->name);
     if (!recursive) return;
     if (scope->first_child) {
       scope = scope->first_child;
@@ -166,15 +168,10 @@ void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
 }
 
 void LS::validate() const {
-  std::vector<const LS*> pending{this};
-  while (!pending.empty()) {
-    const LS* scope = pending.back();
-    pending.pop_back();
-    for (const LS* child = scope->first_child; child; child = child->sibling) {
+  for_each_scope(this, [](const LS* scope) {
+    for (const LS* child = scope->first_child; child; child = child->sibling)
       CHECK(child->parent == scope && child->level == scope->level + 1);
-      pending.push_back(child);
-    }
     for (const SYMTAB* sym : scope->symbols)
       CHECK(sym->scope == scope);
-  }
+  });
 }

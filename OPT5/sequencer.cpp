@@ -283,6 +283,7 @@ void run_all_steps() {
 void unsuppress_inline_function(FUNINFO* fi) {
   if (!fi || !function_is_defined(fi)) return;
   if (fi->has_property(FP_OUT_OF_ORDER) || fi == currfuninfo) return;
+  std::lock_guard<std::mutex> hold(unsuppression_lock); // of two callers the second finds it done
   if (!fi->has_property(FP_SUPPRESSED) || fi->has_property(FP_MUST_KEEP)) return;
   const SYMTAB* sym = fi->symbol;
   const bool needs_no_body = sym->sclass == SC_EXTERN_DECL || sym->sclass == SC_EXTERN;
@@ -294,6 +295,5 @@ void unsuppress_inline_function(FUNINFO* fi) {
   fi->clear_properties(FP_SUPPRESSED);
   if (fi->has_property(FP_ON_UNSUPPRESSED)) return;
   fi->set_properties(FP_ON_UNSUPPRESSED);
-  std::lock_guard<std::mutex> hold(unsuppression_lock);
   unsuppressed_functions.push_back(fi->symbol);
 }

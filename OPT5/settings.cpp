@@ -42,15 +42,8 @@ int opt_level() {
 int size_speed_goal() {
   const option_obj* options = current_options();
   if (!options || !options->isset(OPT_size_speed_goal)) return 4;
-  switch (options->getnumarg(OPT_size_speed_goal, 0)) {
-  case GOAL_HIGH_RISK_PERFORMANCE: return 5;
-  case GOAL_HIGH_RISK_SIZE: return 0;
-  case GOAL_LOW_RISK_PERFORMANCE: return 3;
-  case GOAL_LOW_RISK_SIZE: return 2;
-  case GOAL_MEDIUM_RISK_PERFORMANCE: return 4;
-  case GOAL_MEDIUM_RISK_SIZE: return 1;
-  default: return 4;
-  }
+  const int goal = goal_number(options->getnumarg(OPT_size_speed_goal, 0));
+  return goal < 0 ? 4 : goal;
 }
 
 int auto_inline() {

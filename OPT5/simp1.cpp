@@ -47,8 +47,10 @@ bool tree_is_EH_SWITCH(const NODE* tree) {
 }
 
 bool is_magic_EH_MCALL_ASG(const NODE* tree) {
-  return tree->op == ASG && (tree->right->op == MCALL || tree->right->op == UMCALL) &&
-         strcmp(tree->right->u.callee, "__eh_call") == 0;
+  if (tree->op != ASG || tree->right->op != MCALL) return false;
+  const NODE* args = tree->right->left;
+  return strcmp(tree->right->u.callee, "__eh_call") == 0 && args->op == COMMA &&
+         op_is_call(args->left->op);
 }
 
 // --- Going out

@@ -14,9 +14,11 @@ NODE* make_boolean(NODE* cond);
 NODE* simp_for_control(NODE* cond);
 // A branch on __builtin_expect(c, k) --> a branch on c. The hint is in the edge's probability.
 NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch);
-// A SWITCH made for exception dispatch.
+// SWITCH(MCALL["__eh_dispatch"](x), cases): dispatch of exceptions, whose value is hidden from the
+// simplifier so that every case stays. Goes out as SWITCH(x, cases).
 bool tree_is_EH_SWITCH(const NODE* tree);
-// An assignment of a call that an exception table covers and that goes out as two statements.
+// ASG(l, MCALL["__eh_call"]({call, x})): a call under an exception table, bound to the value that
+// stands for it. Goes out as two statements: the call, and ASG(l, x).
 bool is_magic_EH_MCALL_ASG(const NODE* tree);
 // In-memory operators become what a file can hold: of a tree, and of all statements.
 NODE* unsimplify_tree(NODE* tree);

@@ -14,5 +14,7 @@ extern int write_opt_info;                  // level of the information file, 0 
 // Print to FDEBUG when debugging. A failed write ends the run.
 [[gnu::format(printf, 1, 2)]] void print_if_debug(const char* format, ...);
 void flush_debug();
+// Print to a stream that is in use. A failed write ends the run.
+[[gnu::format(printf, 2, 3)]] void print_checked(FILE* to, const char* format, ...);
 // Print to finfo when it is in use. A failed write ends the run.
 [[gnu::format(printf, 1, 2)]] void print_info(const char* format, ...);

@@ -95,7 +95,14 @@ void enter_global_symbol(SYMTAB* sym) {
   sym->next = nullptr;
   (last_global ? last_global->next : global_symbols) = sym;
   last_global = sym;
-  globals_by_name.emplace(sym->name, sym);
+  auto [place, is_new] = globals_by_name.emplace(sym->name, sym);
+  const bool was_declared = !is_new && place->second->sclass == SC_EXTERN_DECL;
+  if (was_declared && sym->sclass != SC_EXTERN_DECL) place->second = sym;
+}
+
+void note_function_body(SYMTAB* sym) {
+  sym->is_defined = true;
+  globals_by_name[sym->name] = sym;
 }
 
 SYMTAB* find_global_symbol(const char* name) {

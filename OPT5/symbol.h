@@ -157,8 +157,11 @@ extern SYMTAB* flag_status_register; // "__flag_status_register__"
 
 void init_symbols();
 void erase_all_symbols(); // at the end of the run
-// Puts a symbol of file scope on global_symbols and in the index by name.
+// Puts a symbol of file scope on global_symbols and in the index by name, where a definition stands
+// before a declaration.
 void enter_global_symbol(SYMTAB* sym);
+// The function's body is in this unit: its symbol is the definition of the name.
+void note_function_body(SYMTAB* sym);
 SYMTAB* find_global_symbol(const char* name);
 
 // Sorts the locals of a function after reading or inlining: plain scalars to reg_candidates, all

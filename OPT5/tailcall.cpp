@@ -32,17 +32,18 @@ struct PENDING {
   NODE* value;
 };
 
-bool address_of_local_is_taken(const FUNINFO* fi) {
-  auto takes = [](const NODE* node) {
-    if (node->op != UAND && node->op != ARGREF) return false;
-    const NODE* place = node->left;
-    while (place->op == STDOT || place->op == VFIELD)
-      place = place->left;
-    return place->op == NAME && place->u.sym && place->u.sym->is_local();
+// Does anything but the argument prolog name a parameter that has a home? It would see the first
+// activation's value.
+bool names_any_of(const std::unordered_map<const SYMTAB*, SYMTAB*>& home_of, const FUNINFO* fi,
+                  const LIST* prolog) {
+  auto names_one = [&](const NODE* node) {
+    return node->op == NAME && home_of.count(node->u.sym) != 0;
   };
   for (const BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
     for (const LIST* s = bb->statements; s; s = s->next)
-      if (tree_contains_matching_node(s->tree, takes)) return true;
+      if (s != prolog && tree_contains_matching_node(s->tree, names_one)) return true;
+  for (const EHT_ITEM& item : fi->eht)
+    if (item.cleanup && tree_contains_matching_node(item.cleanup, names_one)) return true;
   return false;
 }
 
@@ -70,7 +71,7 @@ bool find_parameter_homes(const FUNINFO* fi, std::vector<SYMTAB*>& homes) {
     homes.push_back(place == home_of.end() ? param : place->second);
     if (homes.back()->type->is_volatile()) return false;
   }
-  return true;
+  return home_of.empty() || !names_any_of(home_of, fi, first);
 }
 
 bool is_self_call(const NODE* call, const FUNINFO* fi) {
@@ -249,7 +250,7 @@ void remove_tail_recursion() {
     TAIL_CALL found;
     if (find_tail_call(bb, fi, found)) calls.emplace_back(bb, found);
   }
-  if (calls.empty() || address_of_local_is_taken(fi)) return;
+  if (calls.empty() || !locals_with_address_taken(fi).empty()) return;
   std::vector<SYMTAB*> homes;
   if (!find_parameter_homes(fi, homes)) return;
   BBLK* head = nullptr;

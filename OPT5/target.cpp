@@ -10,12 +10,16 @@ void init_BIF_descriptors() {
   stateful_builtins = {"_set_flags", "_get_flags"};
 }
 
+bool builtin_has_state(const char* name) {
+  return stateful_builtins.count(name) != 0;
+}
+
 void fix_BIF_types(NODE*&) {} // built-ins are generic in their operand types
 
 void promote_ICALLs_with_state(FUNINFO* fi) {
   for (LIST* s = fi->stmts; s; s = s->next)
     walk_postorder(s->tree, [](NODE*& node) {
-      if ((node->op == ICALL || node->op == UICALL) && stateful_builtins.count(node->u.callee))
+      if ((node->op == ICALL || node->op == UICALL) && builtin_has_state(node->u.callee))
         node->op = node->op == ICALL ? MCALL : UMCALL;
     });
 }

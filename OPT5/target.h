@@ -7,6 +7,8 @@
 void init_BIF_descriptors();
 // Gives a call of a built-in the types of its descriptor.
 void fix_BIF_types(NODE*& node);
+// Does the built-in read or write hidden state, as its descriptor says?
+bool builtin_has_state(const char* name);
 // ICALLs of built-ins with hidden state become MCALLs.
 void promote_ICALLs_with_state(FUNINFO* fi);
 void disguise_floating_point_operations();

@@ -13,7 +13,7 @@
 
 namespace {
 
-bool same_machine_type(const TYPE* a, const TYPE* b) {
+bool equiv_mtypes(const TYPE* a, const TYPE* b) {
   if (a == b) return true;
   TYPE* x = const_cast<TYPE*>(a)->normalized_type();
   TYPE* y = const_cast<TYPE*>(b)->normalized_type();
@@ -34,6 +34,17 @@ const NODE* look_through_wrappers(const NODE* node) {
   }
 }
 
+bool reads_volatile(const NODE* node) {
+  switch (node->op) {
+  case NAME:
+  case UMULT:
+  case STDOT:
+  case STREF:
+  case STFIELD: return node->type->is_volatile();
+  default: return false;
+  }
+}
+
 // A parameter (level 1) and its local copy of the same name (level 2), neither ever changed.
 bool are_parameter_and_copy(const NODE* a, const NODE* b) {
   auto strip = [](const NODE* node) {
@@ -47,7 +58,8 @@ bool are_parameter_and_copy(const NODE* a, const NODE* b) {
   const SYMTAB* x = a->u.sym;
   const SYMTAB* y = b->u.sym;
   if (x->level + y->level != 3 || x->level == 0 || y->level == 0) return false;
-  return x->type->is_const() && y->type->is_const() && strcmp(x->name, y->name) == 0;
+  return x->type->is_const() && y->type->is_const() && strcmp(x->name, y->name) == 0 &&
+         equiv_mtypes(x->type, y->type); // else the copy may have lost bits
 }
 
 // The base of a STDOT chain; adds the members' offsets to `bits`.
@@ -67,8 +79,8 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
     b = look_through_wrappers(b);
     if (!se_ok && (side_effects[a->op] != SE_NONE || side_effects[b->op] != SE_NONE)) return false;
     const bool same_name = a->op == NAME && b->op == NAME && a->u.sym == b->u.sym;
-    if (same_name ? !compatible_types(a->type, b->type) && !same_machine_type(a->type, b->type)
-                  : !same_machine_type(a->type, b->type))
+    if (same_name ? !compatible_types(a->type, b->type) && !equiv_mtypes(a->type, b->type)
+                  : !equiv_mtypes(a->type, b->type))
       return false;
 
     if (commute_inv[b->op] == a->op && a->op != ILLOP &&
@@ -77,6 +89,8 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
       return true;
     if (a->op != b->op) return are_parameter_and_copy(a, b);
 
+    // Two reads of a volatile object may give two values.
+    if (!se_ok && (reads_volatile(a) || reads_volatile(b))) return false;
     switch (a->op) {
     case NAME: return a->u.sym == b->u.sym;
     case LABEL: return a->label ? a->label == b->label : a->ival == b->ival;
@@ -88,7 +102,6 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
     case FCON: return f_bit_eq(a->u.fval, b->u.fval);
     case FIELD: return a->mval == b->mval;
     case UMULT:
-      if (!se_ok && (a->type->is_volatile() || b->type->is_volatile())) return false;
       if (!trees_are_congruent(a->right, b->right, se_ok)) return false;
       break;
     case UAND: {
@@ -196,14 +209,41 @@ NODE* ASG_to_opASG(NODE* asg) {
   return asg;
 }
 
+// Finding a place twice may neither do nor read more than finding it once. That the object itself
+// is volatile doesn't matter: x op= y reads and writes it once, too.
+static bool place_can_be_found_twice(const NODE* place) {
+  for (;;) {
+    switch (place->op) {
+    case NAME:
+    case VREG: return true;
+    case STDOT:
+    case VFIELD:
+    case REAL:
+    case IMAG: place = place->left; break;
+    case STREF: return !tree_has_side_effects(place->left);
+    case UMULT:
+      return !tree_has_side_effects(place->left) &&
+             !(place->right && tree_has_side_effects(place->right));
+    default: return false;
+    }
+  }
+}
+
+// A shift's count as an int, which wider types than int keep: their values may not fit.
+static NODE* as_shift_count(NODE* count, TYPE* shifted) {
+  if (count->op == ICON)
+    return value_fits_in_type(count, shifted, nullptr) ? coerce_to_type(shifted, count, false)
+                                                       : count;
+  TYPE* plain_int = tp->mk_plain_int();
+  const bool fits = count->type->is_int_or_enum() && count->type->size <= plain_int->size;
+  return fits ? coerce_to_type(plain_int, count, false) : count;
+}
+
 // x op= y  -->  x = x op y
 NODE* opASG_to_ASG(NODE* asg) {
   const int op = op_of_opASG[asg->op];
   if (op == ILLOP || asg->left->op == DDNODE) return asg;
-  if (tree_contains_matching_node(asg->left, [](const NODE* node) {
-        return side_effects[node->op] != SE_NONE || node->type->is_volatile();
-      }))
-    return asg; // the place may be evaluated once only
+  if (!place_can_be_found_twice(asg->left)) return asg;
   NODE* target = copy_tree(asg->left, true);
   TYPE* type = target->type;
   const bool integers = type->is_int_or_enum() && asg->right->type->is_int_or_enum();
@@ -218,8 +258,9 @@ NODE* opASG_to_ASG(NODE* asg) {
   }
   if (!compatible_types(type, target->type)) target = maketree(SCONV, target, nullptr, type);
   NODE* operand = asg->right;
-  if (op != SLL && op != SRL && !type->is_pointer() && !type->is_vector() &&
-      !compatible_types(type, operand->type))
+  if (op == SLL || op == SRL) {
+    if (!type->is_vector()) operand = as_shift_count(operand, type);
+  } else if (!type->is_pointer() && !type->is_vector() && !compatible_types(type, operand->type))
     operand = coerce_to_type(type, operand, integers);
   NODE* value = maketree(op, target, operand, type);
   if (!compatible_types(type, asg->left->type))

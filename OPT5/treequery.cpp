@@ -6,6 +6,8 @@
 #include "OPT5/symbol.h"
 #include "support/small_stack.h"
 
+#include <cstring>
+
 void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
   small_stack<const NODE*> rights; // of the left spine, to be entered from the bottom up
   for (const NODE* node = tree; node && visit(node); node = node->left)
@@ -43,6 +45,11 @@ bool opcode_is_ASG(int op) {
 
 bool op_is_call(int op) {
   return op == CALL || op == UCALL || op == ICALL || op == UICALL || op == MCALL || op == UMCALL;
+}
+
+bool computes_lane_by_lane(const NODE* node) {
+  if (!node->type->is_vector()) return false;
+  return is_operator_assignment(node->op) || opASG_of_op[node->op] != ILLOP;
 }
 
 bool tree_has_side_effects(const NODE* tree) {
@@ -152,7 +159,8 @@ bool tree_is_arg_prolog(const NODE* tree) {
   auto is_copy_of_parameter = [](const NODE* node) {
     return (node->op == ASG || node->op == STASG) && node->left && node->right &&
            node->left->op == NAME && node->right->op == NAME && node->left->u.sym &&
-           node->right->u.sym && node->left->u.sym->level >= 2 && node->right->u.sym->level == 1;
+           node->right->u.sym && node->left->u.sym->level >= 2 && node->right->u.sym->level == 1 &&
+           strcmp(node->left->u.sym->name, node->right->u.sym->name) == 0;
   };
   for (; tree->op == PCOMMA; tree = tree->left)
     if (!is_copy_of_parameter(tree->right)) return false;
@@ -183,6 +191,15 @@ SYMTAB* get_callee_for_call(const NODE* call) {
   if (callee->op != UAND || callee->left->op != NAME) return nullptr;
   SYMTAB* sym = callee->left->u.sym;
   return sym && sym->type->is_func() ? sym : nullptr;
+}
+
+const FUNC_PARTS* called_prototype(const NODE* call) {
+  const SYMTAB* callee = get_callee_for_call(call);
+  const TYPE* type = callee                           ? callee->type
+                     : call->left->type->is_pointer() ? call->left->type->elem_type()
+                                                      : nullptr;
+  const FUNC_PARTS* parts = type && type->is_func() ? type->func_parts() : nullptr;
+  return parts && parts->is_prototyped ? parts : nullptr;
 }
 
 NODE* get_arguments_to_call(NODE* call) {

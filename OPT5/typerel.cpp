@@ -8,6 +8,7 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -45,22 +46,30 @@ const std::unordered_set<const TYPE*>& components_of(TYPE* whole) {
 
 } // namespace
 
+// Closures are made when first asked for; the log shows them all, from the parts' side.
 void init_types() {
   std::lock_guard<std::mutex> hold(cm_lock);
+  std::vector<TYPE*> classes;
   tp->walk_types(
-      [](TYPE* type, void*) {
+      [](TYPE* type, void* to) {
         if (type->kind == TYPE::K_UNION) unions.push_back(type);
-        if (!type->is_csu() || type->kind == TYPE::K_QUALIFIED || type->kind == TYPE::K_TYPEDEF)
-          return;
-        if (!print_debug) return;
-        print_if_debug("Type %s is contained in the types:\n", type->str().c_str());
-        std::map<unsigned, const TYPE*> parts; // in the order in which they were made
-        for (const TYPE* part : components_of(type))
-          parts[part->uid] = part;
-        for (const auto& [uid, part] : parts)
-          print_if_debug("  %s\n", part->str().c_str());
+        if (type->is_csu() && type->kind != TYPE::K_QUALIFIED && type->kind != TYPE::K_TYPEDEF)
+          static_cast<std::vector<TYPE*>*>(to)->push_back(type);
       },
-      nullptr);
+      &classes);
+  if (!print_debug) return;
+  struct BY_UID { // the order in which types were made
+    bool operator()(const TYPE* a, const TYPE* b) const { return a->uid < b->uid; }
+  };
+  std::map<const TYPE*, std::set<const TYPE*, BY_UID>, BY_UID> holders;
+  for (TYPE* whole : classes)
+    for (const TYPE* part : components_of(whole))
+      holders[part].insert(whole);
+  for (const auto& [part, wholes] : holders) {
+    print_if_debug("Type %s is contained in the types:\n", part->str().c_str());
+    for (const TYPE* whole : wholes)
+      print_if_debug("  %s\n", whole->str().c_str());
+  }
 }
 
 void erase_type_caches() {
@@ -145,6 +154,8 @@ bool type_may_contain_volatile(TYPE* t) {
     if (bare->kind == TYPE::K_ARRAY) pending.push_back(bare->elem_type());
     if (!bare->is_csu()) continue;
     if (!bare->csu_parts()->complete) found = true; // nobody knows
+    for (const TYPE_BASE_CLASS& base : bare->csu_parts()->bases)
+      if (base.type) pending.push_back(base.type);
     for (const fkMDATA* member : bare->csu_parts()->members)
       if (member->type) pending.push_back(member->type);
   }

@@ -3,6 +3,7 @@
 #include "OPT5/types.h"
 
 #include "DIAG/abort.h"
+#include "OPT5/fold.h"
 #include "OPT5/optables.h"
 #include "OPT5/simp1.h"
 #include "OPT5/streams.h"
@@ -108,6 +109,10 @@ bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP*) {
 // ---------------------------------------------------------------------------------------------
 // Conversions
 
+static bool is_arithmetic(const TYPE* t) {
+  return t->is_int_or_enum() || t->is_float();
+}
+
 NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify) {
   if (compatible_types(type, tree->type)) return tree;
   if (tree->op == ICON && type->is_int_or_enum() && tree->type->is_int_or_enum()) {
@@ -116,6 +121,8 @@ NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify) {
     tree->type = type;
     return tree;
   }
+  if ((tree->op == ICON || tree->op == FCON) && is_arithmetic(type))
+    return fold_constants(maketree(SCONV, tree, nullptr, type, tree->ls));
   const int op = type->is_vector()                                ? VSCONV
                  : type->is_pointer() || tree->type->is_pointer() ? PCONV
                                                                   : SCONV;
@@ -124,10 +131,6 @@ NODE* coerce_to_type(TYPE* type, NODE* tree, bool simplify) {
 }
 
 namespace {
-
-bool is_arithmetic(const TYPE* t) {
-  return t->is_int_or_enum() || t->is_float();
-}
 
 // Would using a value of type `from` as one of `to` change its bits?
 bool needs_conversion(const TYPE* from, const TYPE* to) {
@@ -167,11 +170,15 @@ void agree_sides(NODE* tree) {
     convert(a, b->type);
 }
 
+bool compares_as_integer(const TYPE* t) {
+  return t->is_int_or_enum() || t->is_pointer();
+}
+
 // x = x --> x;  x == x --> 1, x < x --> 0 for values that are equal to themselves
 NODE* without_redundancy(NODE* tree) {
   const bool assignment = tree->op == ASG;
-  // A NaN is not equal to itself.
-  if (!assignment && (!is_integer_comparison(tree->op) || tree->left->type->is_float()))
+  // A NaN is not equal to itself, nor is a complex number with one; lanes have a truth value each.
+  if (!assignment && (!is_integer_comparison(tree->op) || !compares_as_integer(tree->left->type)))
     return tree;
   if (tree_has_side_effects(tree->left) || !trees_are_congruent(tree->left, tree->right))
     return tree;

@@ -157,19 +157,7 @@ PLACES operand_places(const NODE* node, PLACE here) {
   case STDOT: return {LVALUE, FIELD_REF};
   case STREF: return {POINTER, FIELD_REF};
   case STFIELD: return {AGGREGATE, FIELD_REF};
-  case ASG:
-  case PLUSASG:
-  case MINUSASG:
-  case MULTASG:
-  case DIVASG:
-  case MODASG:
-  case SLLASG:
-  case SRLASG:
-  case ANDBASG:
-  case ORBASG:
-  case XORBASG:
-  case PLUSPLUS:
-  case MINMIN: return {LVALUE, SCALAR};
+  case ASG: return {LVALUE, SCALAR};
   case STASG: return {LVALUE, AGGREGATE};
   case ARASG: return {LVALUE, VALUE};
   case STARG: return {AGGREGATE, NOTHING};
@@ -205,23 +193,26 @@ PLACES operand_places(const NODE* node, PLACE here) {
   case SSA_DEF:
   case SSA_MU:
   case SSA_CHI: return {NOTHING, NOTHING};
-  default: return {SCALAR, SCALAR};
+  default: return {is_operator_assignment(node->op) ? LVALUE : SCALAR, SCALAR};
   }
 }
 
-// A direct call passes as many arguments as the callee's prototype wants.
+// A call passes as many arguments as the callee's prototype wants.
 bool arguments_fit_prototype(const NODE* call) {
-  const SYMTAB* callee = get_callee_for_call(call);
-  const FUNC_PARTS* parts = callee ? callee->type->func_parts() : nullptr;
-  if (!parts || !parts->is_prototyped) return true;
+  const FUNC_PARTS* parts = called_prototype(call);
+  if (!parts) return true;
   const size_t args = static_cast<size_t>(arg_list_count(call->right));
   return parts->is_variadic ? args >= parts->params.size() : args == parts->params.size();
 }
 
 const char* check_result(const NODE* node) {
   const TYPE* type = node->type;
+  if (computes_lane_by_lane(node) && !node->left->type->is_vector())
+    return "left operand is not a vector";
   switch (node->op) {
-  case ICON: return type->is_int_or_enum() || type->is_pointer() ? nullptr : "ICON of that type";
+  case ICON: // of a floating type: the integer's value
+    return type->is_int_or_enum() || type->is_pointer() || type->is_float() ? nullptr
+                                                                            : "ICON of that type";
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
   case UAND:
   case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
@@ -235,34 +226,6 @@ const char* check_result(const NODE* node) {
   case VPACKM:
   case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
   case SWITCH: return node->left->type->is_int_or_enum() ? nullptr : "SWITCH on that type";
-  case EQ:
-  case NEQ:
-  case LE:
-  case LT:
-  case GE:
-  case GT:
-  case ULE:
-  case ULT:
-  case UGE:
-  case UGT:
-  case FEQ:
-  case FNEQ:
-  case FLE:
-  case FLT:
-  case FGE:
-  case FGT:
-  case FEQN:
-  case FNEQN:
-  case FLEN:
-  case FLTN:
-  case FGEN:
-  case FGTN:
-  case FORD:
-  case FUNO:
-  case EXCLAIM:
-  case ANDAND:
-  case OROR:
-    return type->is_int_or_enum() || type->is_vector() ? nullptr : "truth value of that type";
   case PLUS:
   case MINUS:
   case MULT:
@@ -283,21 +246,14 @@ const char* check_result(const NODE* node) {
   case PCONV:
   case ACONV:
   case PMCONV:
-  case PVCONV:
-  case PLUSASG:
-  case MINUSASG:
-  case MULTASG:
-  case DIVASG:
-  case MODASG:
-  case SLLASG:
-  case SRLASG:
-  case ANDBASG:
-  case ORBASG:
-  case XORBASG:
-  case PLUSPLUS:
-  case MINMIN: return is_computable(type) ? nullptr : "computation in that type";
-  default: return nullptr;
+  case PVCONV: return is_computable(type) ? nullptr : "computation in that type";
+  default: break;
   }
+  if (is_truth_operator(node->op))
+    return type->is_int_or_enum() || type->is_vector() ? nullptr : "truth value of that type";
+  if (is_operator_assignment(node->op))
+    return is_computable(type) ? nullptr : "computation in that type";
+  return nullptr;
 }
 
 const char* check_tree(const NODE* tree, PLACE place) {

@@ -5,6 +5,8 @@
 #include "OPT5/deadasg.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/lateprep.h"
+#include "OPT5/loop.h"
+#include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
 #include "OPT5/settings.h"
 #include "OPT5/simp1.h"
@@ -58,16 +60,13 @@ static void check_before_writing(const NODE* tree) {
       abort_optimizer();
     }
     if (p->op == CALL || p->op == UCALL) {
-      const SYMTAB* callee = get_callee_for_call(p);
-      const FUNC_PARTS* parts = callee ? callee->type->func_parts() : nullptr;
-      if (parts && parts->is_prototyped && !parts->is_variadic) {
+      const FUNC_PARTS* parts = called_prototype(p);
+      if (parts && !parts->is_variadic) {
         const size_t n_args = arg_list_count(p->right), n_params = parts->params.size();
         CHECK(n_args == n_params);
       }
     }
-    const bool lane_wise = p->op >= PLUS && p->op <= XORBASG && p->right && p->op != UMULT;
-    if (lane_wise && p->type->is_vector())
-      CHECK(p->type->is_vector() && p->left->type->is_vector());
+    if (computes_lane_by_lane(p)) CHECK(p->type->is_vector() && p->left->type->is_vector());
     return true;
   });
 }
@@ -171,15 +170,31 @@ static void log_block(const BBLK* bb) {
   print_if_debug(")\n\tSUCCESSORS =   ( ");
   for (const EDGE* e = bb->successors; e; e = e->rest)
     print_if_debug("%d ", e->first->dfn);
-  print_if_debug(")\n\tLOOP DEPTH = %d\n", 0);
+  print_if_debug(")\n\tLOOP DEPTH = %d\n", bb->loop ? bb->loop->level : 0);
 }
 
-static NODE* last_rewrites(NODE* tree) {
-  if (tree->op == CBRANCH) {
+static NODE* without_operand(NODE* node) {
+  NODE* operand = node->left;
+  node->left = nullptr;
+  erase_tree(node);
+  return operand;
+}
+
+// The statement in the form in which it goes out; more than one where it has to be split.
+static void rewrite_for_output(LIST* s) {
+  NODE* tree = s->tree;
+  if (tree_is_EH_SWITCH(tree)) {
+    tree->left = without_operand(tree->left);
+  } else if (is_magic_EH_MCALL_ASG(tree)) {
+    NODE* args = without_operand(tree->right);
+    tree->right = args->right;
+    args->right = nullptr;
+    s->next = mkelist(tree, s->next, s->psn);
+    s->tree = without_operand(args);
+  } else if (tree->op == CBRANCH) {
     tree->left = simp_for_control(simp_node(make_boolean(tree->left), nullptr));
-    tree = revert_CBRANCH_with_builtin_expect(tree);
+    s->tree = revert_CBRANCH_with_builtin_expect(tree);
   }
-  return tree;
 }
 
 void wrbblocks() {
@@ -194,7 +209,7 @@ void wrbblocks() {
       log_block(bb);
       if (referenced) wrbdlr(bb->label);
       for (LIST* s = bb->statements; s; s = s->next) {
-        s->tree = last_rewrites(s->tree);
+        rewrite_for_output(s);
         wrexpr(s);
       }
       previous = bb;
@@ -209,29 +224,53 @@ void wrbblocks() {
 // ---------------------------------------------------------------------------------------------
 // Exception tables
 
-static void mark_entry_and_surroundings(const std::vector<EHT_ITEM>& eht, unsigned id,
-                                        std::vector<bool>& kept) {
-  while (id < eht.size() && !kept[id]) {
-    kept[id] = true;
-    id = eht[id].region;
+// Which entries of an exception table stay.
+class KEPT_ENTRIES {
+public:
+  explicit KEPT_ENTRIES(const std::vector<EHT_ITEM>& table) : eht(table), kept(table.size()) {}
+  bool operator[](size_t id) const { return kept[id]; }
+
+  // An entry and those around it.
+  void keep(unsigned id) {
+    for (; id < eht.size() && !kept[id]; id = eht[id].region) {
+      kept[id] = true;
+      if (eht[id].kind != EHK_CATCH && eht[id].count < eht.size())
+        highest_link = std::max(highest_link, eht[id].count);
+    }
   }
-}
+
+  // What the code generator makes of an entry's link is its own business. It stays true, be it an
+  // id or not, where the ids up to its value stay as they are.
+  void keep_what_links_may_name() {
+    for (unsigned id = 0; id <= highest_link; id++)
+      keep(id);
+  }
+
+private:
+  const std::vector<EHT_ITEM>& eht;
+  std::vector<bool> kept;
+  unsigned highest_link = 0;
+};
 
 // An end of a clean-up that no statement stands under goes; the others get dense ids.
 static void write_exception_table(FUNINFO* fi) {
   std::vector<EHT_ITEM>& eht = fi->eht;
   if (eht.empty()) return;
-  std::vector<bool> kept(eht.size());
+  KEPT_ENTRIES kept(eht);
   auto each_call = [&](auto&& action) {
+    auto calls_only = [&](NODE*& node) {
+      if (node->op == CALL || node->op == UCALL) action(node);
+    };
     for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
       for (LIST* s = bb->statements; s; s = s->next)
-        walk_postorder(s->tree, [&](NODE*& node) {
-          if (node->op == CALL || node->op == UCALL) action(node);
-        });
+        walk_postorder(s->tree, calls_only);
+    for (EHT_ITEM& item : eht)
+      if (item.cleanup) walk_postorder(item.cleanup, calls_only);
   };
-  each_call([&](NODE* call) { mark_entry_and_surroundings(eht, call->eh_entry, kept); });
+  each_call([&](NODE* call) { kept.keep(call->eh_entry); });
   for (unsigned i = 0; i < eht.size(); i++)
-    if (eht[i].kind != EHK_CLEANUP_END) mark_entry_and_surroundings(eht, i, kept);
+    if (eht[i].kind != EHK_CLEANUP_END) kept.keep(i);
+  kept.keep_what_links_may_name();
 
   std::vector<unsigned> new_ids(eht.size());
   std::vector<EHT_ENTRY> out;
@@ -282,7 +321,7 @@ void write_func_body() {
   log_control("I_EA", TAG_END_ARGS, fi->end_args_psn);
   o_file->if_write_end_args(fi->end_args_psn);
 
-  for (SYMTAB* list : {fi->reg_candidates, fi->inlined_params, fi->incoming})
+  for (SYMTAB* list : {fi->incoming, fi->reg_candidates, fi->inlined_params})
     for (SYMTAB* sym = list; sym; sym = sym->next) {
       CHECK(sym->level == 2);
       write_local(sym);
@@ -449,6 +488,9 @@ static void log_pragma(const PRAGMA* p) {
 }
 
 void finish_global_symbols() {
+  for (const std::string& comment : comments_between_functions) // behind the last function
+    o_file->if_write_comment(comment.c_str());
+  comments_between_functions.clear();
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
     decide_linkage(sym);
   bool first = true;

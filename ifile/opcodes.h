@@ -55,3 +55,28 @@ enum OPCODE : int {
 
 constexpr int FIRST_MEMORY_OP = 164;
 constexpr int OPCODE_COUNT = 225;
+
+// The left operand's new value is computed from its old one.
+constexpr bool is_operator_assignment(int op) {
+  switch (op) {
+  case PLUSASG:
+  case MINUSASG:
+  case MULTASG:
+  case DIVASG:
+  case MODASG:
+  case SLLASG:
+  case SRLASG:
+  case ANDBASG:
+  case ORBASG:
+  case XORBASG:
+  case PLUSPLUS:
+  case MINMIN: return true;
+  default: return false;
+  }
+}
+
+// Comparisons and logical operators: the value is 0 or 1.
+constexpr bool is_truth_operator(int op) {
+  return (op >= EQ && op <= UGT) || (op >= FEQ && op <= FUNO) || op == ANDAND || op == OROR ||
+         op == EXCLAIM;
+}

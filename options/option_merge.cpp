@@ -54,8 +54,7 @@ void option_obj::copy_option(option_id id, const option_obj& from) {
   forms[id] = from.forms[id];
   is_derived[id] = from.is_derived[id];
   arguments[id] = from.arguments[id];
-  for (HISTORY_ENTRY& entry : history)
-    if (entry.id == id) entry.cleared = true;
+  mark_cleared_in_history(id);
   for (const HISTORY_ENTRY& entry : from.history)
     if (entry.id == id) append_history(from, entry);
 }
@@ -69,14 +68,12 @@ void option_obj::append_history(const option_obj& from, const HISTORY_ENTRY& ent
 void option_obj::do_merge_conflicts(option_id id, option_obj& other) {
   for (int k = 0; k < OPTION_CONFLICT_COUNT; k++) {
     const OPTION_CONFLICT& conflict = option_conflicts[k];
-    if (conflict.earlier != id || !other.isset(conflict.later) || other.is_derived[conflict.later])
-      continue;
+    if (conflict.earlier != id || other.is_derived[conflict.later]) continue;
+    if (!other.has_value(conflict.later, conflict.later_value)) continue;
+    if (conflict.earlier_value && getnumarg(id, 0) != conflict.earlier_value) continue;
     // One override decides between spellings of one thing, by what they mean.
     const merge_member decides = merge_override(id);
     if (decides && decides == merge_override(conflict.later)) continue;
-    if (conflict.later_value && other.getnumarg(conflict.later, 0) != conflict.later_value)
-      continue;
-    if (conflict.earlier_value && getnumarg(id, 0) != conflict.earlier_value) continue;
     if (conflict.action == CONFLICT_IS_ERROR) {
       DIAG::optgen_merge_conflict(other.get_opt_txt(conflict.later), other.file_name,
                                   get_opt_txt(id))
@@ -238,16 +235,9 @@ void option_obj::give_way(option_id id, const option_obj& other, option_id winne
 // The goal and its older spellings come from one file, so that they agree: from the one with the
 // more careful goal. The goal itself is the last of them in the order of merging.
 bool option_obj::merge_goal(option_id id, option_obj& other) {
-  auto rank = [](const option_obj& options) -> int {
-    switch (options.getnumarg(OPT_size_speed_goal, 0)) {
-    case GOAL_HIGH_RISK_SIZE: return 0;
-    case GOAL_MEDIUM_RISK_SIZE: return 1;
-    case GOAL_LOW_RISK_SIZE: return 2;
-    case GOAL_LOW_RISK_PERFORMANCE: return 3;
-    case GOAL_MEDIUM_RISK_PERFORMANCE: return 4;
-    case GOAL_HIGH_RISK_PERFORMANCE: return 5;
-    default: return 6; // no goal at all
-    }
+  auto rank = [](const option_obj& options) {
+    const int goal = goal_number(options.getnumarg(OPT_size_speed_goal, 0));
+    return goal < 0 ? 6 : goal; // no goal comes behind all
   };
   if (rank(*this) <= rank(other)) return true;
   for (const option_id spelling : {OPT_opt_for_space, OPT_opt_for_speed, OPT_size_speed_goal})

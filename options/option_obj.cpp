@@ -71,12 +71,19 @@ void option_obj::set_now(option_id id, const an_argument_t* argument, bool deriv
   derive_goal(id);
 }
 
+// The goals by their numbers: from the smallest code to the fastest.
+static const long goal_of_speed[] = {GOAL_HIGH_RISK_SIZE,          GOAL_MEDIUM_RISK_SIZE,
+                                     GOAL_LOW_RISK_SIZE,           GOAL_LOW_RISK_PERFORMANCE,
+                                     GOAL_MEDIUM_RISK_PERFORMANCE, GOAL_HIGH_RISK_PERFORMANCE};
+
+int goal_number(long item) {
+  const auto* place = std::find(std::begin(goal_of_speed), std::end(goal_of_speed), item);
+  return place == std::end(goal_of_speed) ? -1 : static_cast<int>(place - goal_of_speed);
+}
+
 // The goal has two older spellings.
 void option_obj::derive_goal(option_id id) {
   if (id != OPT_opt_for_speed && id != OPT_opt_for_space) return;
-  static const long goal_of_speed[] = {GOAL_HIGH_RISK_SIZE,          GOAL_MEDIUM_RISK_SIZE,
-                                       GOAL_LOW_RISK_SIZE,           GOAL_LOW_RISK_PERFORMANCE,
-                                       GOAL_MEDIUM_RISK_PERFORMANCE, GOAL_HIGH_RISK_PERFORMANCE};
   const OPTION_DEFINITION& def = definition(id);
   const long given = getargcount(id) ? getnumarg(id, 0) : def.without;
   const long number = std::clamp(given, def.low, def.high); // a program may say anything
@@ -171,6 +178,10 @@ void option_obj::clear_now(option_id id) {
   state[id] = 0;
   is_derived[id] = false;
   arguments[id].clear();
+  mark_cleared_in_history(id);
+}
+
+void option_obj::mark_cleared_in_history(option_id id) {
   for (HISTORY_ENTRY& entry : history)
     if (entry.id == id) entry.cleared = true;
 }
@@ -205,12 +216,9 @@ void option_obj::parsed_option(option_id id) {
 // ---------------------------------------------------------------------------------------------
 // Conflicts
 
-bool option_obj::conflict_holds(const OPTION_CONFLICT& conflict) const {
-  auto matches = [this](option_id id, long value) {
-    return isset(id) && (value == 0 || getnumarg(id, 0) == value);
-  };
-  return matches(conflict.later, conflict.later_value) &&
-         matches(conflict.earlier, conflict.earlier_value);
+// Is the option set, and to that value unless it is 0?
+bool option_obj::has_value(option_id id, long value) const {
+  return isset(id) && (value == 0 || getnumarg(id, 0) == value);
 }
 
 void option_obj::clear_for(const OPTION_CONFLICT& conflict) {
@@ -232,7 +240,9 @@ void option_obj::clear_for(const OPTION_CONFLICT& conflict) {
 void option_obj::do_conflicts(option_id id) {
   for (int k = 0; k < OPTION_CONFLICT_COUNT; k++) {
     const OPTION_CONFLICT& conflict = option_conflicts[k];
-    if (conflict.later != id || !conflict_holds(conflict)) continue;
+    if (conflict.later != id || !has_value(id, conflict.later_value) ||
+        !has_value(conflict.earlier, conflict.earlier_value))
+      continue;
     if (conflict.earlier == derived_from) continue; // it agrees with what follows from it
     if (conflict.action == CONFLICT_IS_ERROR && !overriding)
       report_once(DIAG::optgen_conflict(get_opt_txt(id), get_opt_txt(conflict.earlier)));

@@ -202,12 +202,14 @@ private:
   void derive_goal(option_id id);
   void clear_now(option_id id);
   void clear_for(const OPTION_CONFLICT& conflict);
-  bool conflict_holds(const OPTION_CONFLICT& conflict) const;
+  bool has_value(option_id id, long value) const;
+  void mark_cleared_in_history(option_id id);
   std::string text_with_argument(option_id id) const;
   void copy_option(option_id id, const option_obj& from);
   void append_history(const option_obj& from, const HISTORY_ENTRY& entry);
   void give_way(option_id id, const option_obj& other, option_id winner);
   std::string render(option_id id, const an_argument_t* argument) const;
+  std::string render(const HISTORY_ENTRY& entry) const;
 };
 
 // A dash has been cut off `text`; where does the option's name match? The long option whose name

@@ -16,6 +16,10 @@ std::string option_obj::render(option_id id, const an_argument_t* argument) cons
   return text;
 }
 
+std::string option_obj::render(const HISTORY_ENTRY& entry) const {
+  return render(entry.id, entry.has_argument ? &entry.argument : nullptr);
+}
+
 std::string option_obj::export_option(option_id id, int k) const {
   const auto n = static_cast<int>(getargcount(id));
   if (!isset(id) || k < 0 || k >= std::max(n, 1)) return "";
@@ -25,8 +29,7 @@ std::string option_obj::export_option(option_id id, int k) const {
 std::vector<std::string> option_obj::export_option_pairs() const {
   std::vector<std::string> texts;
   for (const HISTORY_ENTRY& entry : history)
-    if (!entry.cleared && !entry.derived)
-      texts.push_back(render(entry.id, entry.has_argument ? &entry.argument : nullptr));
+    if (!entry.cleared && !entry.derived) texts.push_back(render(entry));
   return texts;
 }
 
@@ -36,7 +39,7 @@ std::vector<std::string> option_obj::export_option_class(export_option_list_type
   if (which != EXPORT_SET) { // in order, so that a later setting clears an earlier one again
     for (const HISTORY_ENTRY& entry : history)
       if (isclass(entry.id, group) && !entry.derived && (which == EXPORT_SEEN || !entry.cleared))
-        texts.push_back("-" + render(entry.id, entry.has_argument ? &entry.argument : nullptr));
+        texts.push_back("-" + render(entry));
     return texts;
   }
   for (const OPTION_DEFINITION& def : option_definitions) {
@@ -105,8 +108,7 @@ void option_obj::dump_history() const {
   printf("\nHistory:\n");
   int k = 0;
   for (const HISTORY_ENTRY& entry : history) {
-    printf("%4d  -%s", ++k,
-           render(entry.id, entry.has_argument ? &entry.argument : nullptr).c_str());
+    printf("%4d  -%s", ++k, render(entry).c_str());
     if (entry.derived) printf("  (follows from another option)");
     if (entry.cleared) printf("  (cleared)");
     printf("  from %s\n", entry.file.empty() ? "the command line" : entry.file.c_str());

@@ -265,5 +265,9 @@ const char* enum_to_enumtxt(option_id option);
 const char* enum_to_optiontxt(option_id option);
 // The text of a list's item without its mark; null if the list has no such value.
 const char* item_text(const OPTION_ITEM* items, long value);
+
+// The number of a goal by its item value: 0, the smallest code, to 5, the fastest; -1 for other
+// values.
+int goal_number(long item);
 // The items as "a,b,c", deprecated ones left out.
 std::string item_list_text(const OPTION_DEFINITION& def, const char* between = ",");

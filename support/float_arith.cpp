@@ -8,22 +8,10 @@ namespace {
 
 using U128 = unsigned __int128;
 
-int invalid(simul_fval* result) {
-  fp_error |= FP_INVALID;
-  *result = a_nan;
-  return -1;
-}
-
 int special(const simul_fval& v, int sign, simul_fval* result) {
   *result = v;
   result->sign = sign;
   return 0;
-}
-
-int division_by_zero(int sign, simul_fval* result) {
-  fp_error |= FP_OVERFLOW;
-  special(pos_huge, sign, result);
-  return -1;
 }
 
 // The first NaN of the operands, if there is one.
@@ -89,7 +77,7 @@ int add_finite(const simul_fval* a, const simul_fval* b, simul_fval* result) {
 
 int f_add(const simul_fval* a, const simul_fval* b, simul_fval* result) {
   if (const simul_fval* nan = nan_of(a, b)) return special(*nan, nan->sign, result);
-  if (f_is_inf(a) && f_is_inf(b) && a->sign != b->sign) return invalid(result);
+  if (f_is_inf(a) && f_is_inf(b) && a->sign != b->sign) return f_give_invalid(result);
   if (f_is_inf(a) || f_is_inf(b)) return special(pos_huge, (f_is_inf(a) ? a : b)->sign, result);
   if (f_is_zero(a) && f_is_zero(b)) return special(pos_zero, a->sign & b->sign, result);
   if (f_is_zero(a) || f_is_zero(b)) {
@@ -110,7 +98,7 @@ int f_mul(const simul_fval* a, const simul_fval* b, simul_fval* result) {
   const int sign = a->sign ^ b->sign;
   if (const simul_fval* nan = nan_of(a, b)) return special(*nan, nan->sign, result);
   if (f_is_inf(a) || f_is_inf(b))
-    return f_is_zero(a) || f_is_zero(b) ? invalid(result) : special(pos_huge, sign, result);
+    return f_is_zero(a) || f_is_zero(b) ? f_give_invalid(result) : special(pos_huge, sign, result);
   if (f_is_zero(a) || f_is_zero(b)) return special(pos_zero, sign, result);
 
   uint16_t product[2 * F_MANT_WORDS];
@@ -129,10 +117,10 @@ int f_mul(const simul_fval* a, const simul_fval* b, simul_fval* result) {
 int f_div(const simul_fval* a, const simul_fval* b, simul_fval* result) {
   const int sign = a->sign ^ b->sign;
   if (const simul_fval* nan = nan_of(a, b)) return special(*nan, nan->sign, result);
-  if ((f_is_inf(a) && f_is_inf(b)) || (f_is_zero(a) && f_is_zero(b))) return invalid(result);
+  if ((f_is_inf(a) && f_is_inf(b)) || (f_is_zero(a) && f_is_zero(b))) return f_give_invalid(result);
   if (f_is_inf(a)) return special(pos_huge, sign, result);
   if (f_is_inf(b) || f_is_zero(a)) return special(pos_zero, sign, result);
-  if (f_is_zero(b)) return division_by_zero(sign, result);
+  if (f_is_zero(b)) return f_give_error(FP_OVERFLOW, pos_huge, sign, result);
 
   // Bit by bit: the first is the whole part of a quotient below 2.
   const U128 divisor = mantissa_of(b);
@@ -152,7 +140,7 @@ int f_div(const simul_fval* a, const simul_fval* b, simul_fval* result) {
 
 int f_sqrt(const simul_fval* a, simul_fval* result) {
   if (f_is_nan(a) || f_is_zero(a)) return special(*a, a->sign, result);
-  if (a->sign) return invalid(result);
+  if (a->sign) return f_give_invalid(result);
   if (f_is_inf(a)) return special(pos_huge, 0, result);
   // sqrt(0.m * 2^2k) = sqrt(0.m) * 2^k; two bits of the mantissa a step give one of the root.
   constexpr int ROOT_BITS = F_MANT_BITS + 8;
@@ -176,7 +164,7 @@ int f_sqrt(const simul_fval* a, simul_fval* result) {
 
 int f_fmod(const simul_fval* a, const simul_fval* b, simul_fval* result) {
   if (const simul_fval* nan = nan_of(a, b)) return special(*nan, nan->sign, result);
-  if (f_is_inf(a) || f_is_zero(b)) return invalid(result);
+  if (f_is_inf(a) || f_is_zero(b)) return f_give_invalid(result);
   if (f_is_zero(a) || f_is_inf(b) || compare_magnitudes(a, b) < 0)
     return special(*a, a->sign, result);
   const int sign = a->sign;

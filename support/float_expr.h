@@ -2,7 +2,7 @@
 // decimal text.
 #pragma once
 
-#include "support/simul_fval.h"
+#include "support/float_words.h"
 
 #include <atomic>
 
@@ -130,17 +130,8 @@ inline int f_give(const F_NUM& value, simul_fval* result) {
   *result = value.v;
   return 0;
 }
-inline int f_give_error(uint32_t error, const simul_fval& value, int sign, simul_fval* result) {
-  fp_error |= error;
-  *result = value;
-  result->sign = sign;
-  return -1;
-}
-inline int f_give_invalid(simul_fval* result) {
-  return f_give_error(FP_INVALID, a_nan, 0, result);
-}
 
 // Is the value so small that x + c x^2 is x, to 96 bits?
 inline bool f_is_tiny(const simul_fval* v) {
-  return v->exp < -F_MANT_WORDS * 16;
+  return v->exp < -F_MANT_BITS;
 }

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -98,6 +99,12 @@ int f_itof(int64_t v, simul_fval* result) {
   return 0;
 }
 
+int f_i65tof(INT65 v, simul_fval* result) {
+  f_utof((v.is_negative() ? -v : v).low, result);
+  result->sign = v.is_negative();
+  return 0;
+}
+
 int f_xtof(const unsigned char* v, simul_fval* result) {
   unsigned char bytes[XI_BYTES];
   const bool negative = v[0] & 0x80;
@@ -109,9 +116,7 @@ int f_xtof(const unsigned char* v, simul_fval* result) {
   uint16_t words[XI_BYTES / 2];
   for (int i = 0; i < XI_BYTES / 2; i++)
     words[i] = static_cast<uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
-  f_round_words(words, XI_BYTES / 2, 8 * XI_BYTES, negative, result);
-  if (f_is_zero(result)) result->sign = 0;
-  return 0;
+  return f_round_words(words, XI_BYTES / 2, 8 * XI_BYTES, negative, result);
 }
 
 int f_ftox(const simul_fval* v, unsigned char* result) {
@@ -141,36 +146,30 @@ int f_ftox(const simul_fval* v, unsigned char* result) {
   return 0;
 }
 
-int f_ftoi(const simul_fval* v, int64_t* result) {
+// By way of 128 bits, of which `narrow` takes what fits. Out of range: the nearest there is.
+template <class INT, class WIDE>
+static int to_integer(const simul_fval* v, INT* result,
+                      int (*narrow)(const unsigned char*, WIDE*)) {
   unsigned char wide[XI_BYTES];
-  long long value = 0;
+  WIDE value = 0;
   int status = f_ftox(v, wide);
   if (f_is_nan(v)) {
     *result = 0;
     return status;
   }
-  if (XI_xtolli(wide, &value) != 0) {
-    value = v->sign ? INT64_MIN : INT64_MAX;
+  if (narrow(wide, &value) != 0) {
+    value = v->sign ? std::numeric_limits<INT>::min() : std::numeric_limits<INT>::max();
     fp_error |= FP_INVALID;
     status = -1;
   }
-  *result = value;
+  *result = static_cast<INT>(value);
   return status;
 }
 
+int f_ftoi(const simul_fval* v, int64_t* result) {
+  return to_integer(v, result, XI_xtolli);
+}
+
 int f_ftou(const simul_fval* v, uint64_t* result) {
-  unsigned char wide[XI_BYTES];
-  unsigned long long value = 0;
-  int status = f_ftox(v, wide);
-  if (f_is_nan(v)) {
-    *result = 0;
-    return status;
-  }
-  if (XI_xtollu(wide, &value) != 0) {
-    value = v->sign ? 0 : UINT64_MAX;
-    fp_error |= FP_INVALID;
-    status = -1;
-  }
-  *result = value;
-  return status;
+  return to_integer(v, result, XI_xtollu);
 }

@@ -27,3 +27,14 @@ int f_normalize(uint16_t* words, int32_t* exp, int n);
 //
 // Out of range it is an infinity with FP_OVERFLOW or a zero with FP_UNDERFLOW, and -1.
 int f_round_words(const uint16_t* words, int n, long exp, int sign, simul_fval* result);
+
+// Results that come with an error: give -1.
+inline int f_give_error(uint32_t error, const simul_fval& value, int sign, simul_fval* result) {
+  fp_error |= error;
+  *result = value;
+  result->sign = sign;
+  return -1;
+}
+inline int f_give_invalid(simul_fval* result) {
+  return f_give_error(FP_INVALID, a_nan, 0, result);
+}

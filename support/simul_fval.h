@@ -6,6 +6,8 @@
 // operands are expected to be.
 #pragma once
 
+#include "support/int65.h"
+
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -108,6 +110,7 @@ bool f_bit_eq(const simul_fval* a, const simul_fval* b);
 // Exact.
 int f_itof(int64_t v, simul_fval* result);
 int f_utof(uint64_t v, simul_fval* result);
+int f_i65tof(INT65 v, simul_fval* result); // rounded for -2^64 only
 // From an XI_* integer, rounded as the arithmetic.
 int f_xtof(const unsigned char* v, simul_fval* result);
 // Truncated towards zero. Out of range is FP_INVALID with the nearest end of the range; a NaN is

@@ -72,21 +72,9 @@ const fkMDATA* bit_field_of(const NODE* node) {
   case STDOT:
   case STREF:
   case STFIELD: return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
-  case ASG:
-  case PLUSASG:
-  case MINUSASG:
-  case MULTASG:
-  case DIVASG:
-  case MODASG:
-  case SLLASG:
-  case SRLASG:
-  case ANDBASG:
-  case ORBASG:
-  case XORBASG:
-  case PLUSPLUS:
-  case MINMIN: return bit_field_of(node->left);
+  case ASG: return bit_field_of(node->left);
   case COMMAOP: return bit_field_of(node->right);
-  default: return nullptr;
+  default: return is_operator_assignment(node->op) ? bit_field_of(node->left) : nullptr;
   }
 }
 

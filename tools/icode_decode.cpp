@@ -39,6 +39,15 @@ template <class R> struct FieldReader {
   }
 };
 
+// A record that is nothing but its fields: gives its index in its table.
+template <class R, class FIELDS>
+uint32_t get_record(Reader& r, std::vector<R>& table, FIELDS fields) {
+  R record;
+  FieldReader<R> reader{r, record};
+  fields(reader);
+  return append(table, std::move(record));
+}
+
 void expect_tag(Reader& r, uint8_t tag, const char* what) {
   size_t start = r.pos();
   uint8_t found = r.open_record();
@@ -371,34 +380,12 @@ void decode_item(Reader& r, Unit& unit, StreamState& state) {
     break;
   case TAG_COMMENT: item.index = add_string(unit, r.str()); break;
   case TAG_IR: item.index = add_string(unit, r.rest()); break;
-  case TAG_LOOP: {
-    LoopDef loop;
-    FieldReader<LoopDef> fields{r, loop};
-    loop_fields(fields);
-    item.index = append(unit.loops, std::move(loop));
+  case TAG_LOOP: item.index = get_record(r, unit.loops, [](auto& v) { loop_fields(v); }); break;
+  case TAG_LOOP_USE:
+    item.index = get_record(r, unit.loop_uses, [](auto& v) { loop_use_fields(v); });
     break;
-  }
-  case TAG_LOOP_USE: {
-    LoopUse use;
-    FieldReader<LoopUse> fields{r, use};
-    loop_use_fields(fields);
-    item.index = append(unit.loop_uses, std::move(use));
-    break;
-  }
-  case TAG_MBANK: {
-    MemBank bank;
-    FieldReader<MemBank> fields{r, bank};
-    bank_fields(fields);
-    item.index = append(unit.banks, std::move(bank));
-    break;
-  }
-  case TAG_EDGE: {
-    DepEdge edge;
-    FieldReader<DepEdge> fields{r, edge};
-    edge_fields(fields);
-    item.index = append(unit.edges, std::move(edge));
-    break;
-  }
+  case TAG_MBANK: item.index = get_record(r, unit.banks, [](auto& v) { bank_fields(v); }); break;
+  case TAG_EDGE: item.index = get_record(r, unit.edges, [](auto& v) { edge_fields(v); }); break;
   case TAG_VECTOR: {
     DepVector vector;
     vector.id = r.uint();

@@ -40,6 +40,12 @@ template <class R> struct FieldWriter {
   }
 };
 
+// A record that is nothing but its fields.
+template <class R, class FIELDS> void put_record(Writer& w, const R& record, FIELDS fields) {
+  FieldWriter<R> writer{w, record};
+  fields(writer);
+}
+
 } // namespace
 
 bool Encoder::put_raw(uint32_t raw) {
@@ -227,26 +233,18 @@ void Encoder::item(const Item& item) {
   case TAG_COMMENT: payload.str(unit.strings[item.index]); break;
   case TAG_IR: payload.raw(unit.strings[item.index]); break;
   case TAG_PRAGMA: return pragma(unit.pragmas[item.index]);
-  case TAG_LOOP: {
-    FieldWriter<LoopDef> fields{payload, unit.loops[item.index]};
-    loop_fields(fields);
+  case TAG_LOOP:
+    put_record(payload, unit.loops[item.index], [](auto& v) { loop_fields(v); });
     break;
-  }
-  case TAG_LOOP_USE: {
-    FieldWriter<LoopUse> fields{payload, unit.loop_uses[item.index]};
-    loop_use_fields(fields);
+  case TAG_LOOP_USE:
+    put_record(payload, unit.loop_uses[item.index], [](auto& v) { loop_use_fields(v); });
     break;
-  }
-  case TAG_MBANK: {
-    FieldWriter<MemBank> fields{payload, unit.banks[item.index]};
-    bank_fields(fields);
+  case TAG_MBANK:
+    put_record(payload, unit.banks[item.index], [](auto& v) { bank_fields(v); });
     break;
-  }
-  case TAG_EDGE: {
-    FieldWriter<DepEdge> fields{payload, unit.edges[item.index]};
-    edge_fields(fields);
+  case TAG_EDGE:
+    put_record(payload, unit.edges[item.index], [](auto& v) { edge_fields(v); });
     break;
-  }
   case TAG_VECTOR: {
     const DepVector& v = unit.vectors[item.index];
     if (v.entries.size() > 255) return fail("a dependence vector has more than 255 entries");

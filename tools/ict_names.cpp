@@ -298,34 +298,7 @@ TYPE_RULE type_rule(int op) {
   switch (op) {
   case NAME: return OF_SYMBOL;
   case FIELD: return OF_MEMBER;
-  case ICON:
-  case EQ:
-  case NEQ:
-  case LE:
-  case LT:
-  case GE:
-  case GT:
-  case ULE:
-  case ULT:
-  case UGE:
-  case UGT:
-  case FEQ:
-  case FNEQ:
-  case FLE:
-  case FLT:
-  case FGE:
-  case FGT:
-  case FEQN:
-  case FNEQN:
-  case FLEN:
-  case FLTN:
-  case FGEN:
-  case FGTN:
-  case FORD:
-  case FUNO:
-  case ANDAND:
-  case OROR:
-  case EXCLAIM: return BASIC_INT;
+  case ICON: return BASIC_INT;
   case FCON: return BASIC_FLOAT;
   case LCON: return BASIC_LLONG;
   case NOP:
@@ -344,31 +317,19 @@ TYPE_RULE type_rule(int op) {
   case ASSERT:
   case ENDINIT: return BASIC_VOID;
   case PLUS:
-  case PLUSASG:
   case MINUS:
-  case MINUSASG:
   case UMINUS:
   case MULT:
-  case MULTASG:
   case ANDB:
-  case ANDBASG:
   case ORB:
-  case ORBASG:
   case XORB:
-  case XORBASG:
   case DIV:
-  case DIVASG:
   case MOD:
-  case MODASG:
   case SLL:
-  case SLLASG:
   case SRL:
-  case SRLASG:
   case ASG:
   case STASG:
   case ARASG:
-  case PLUSPLUS:
-  case MINMIN:
   case NOTB:
   case ABS:
   case SQRT:
@@ -397,8 +358,9 @@ TYPE_RULE type_rule(int op) {
   case ARGREF: return POINTER_TO_LEFT;
   case CALL:
   case UCALL: return RETURNED;
-  default: return BY_HAND;
+  default: break;
   }
+  return is_truth_operator(op) ? BASIC_INT : is_operator_assignment(op) ? FROM_LEFT : BY_HAND;
 }
 
 } // namespace

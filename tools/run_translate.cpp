@@ -14,24 +14,7 @@ constexpr uint32_t MAX_REGISTERS = 1 << 20;  // of a function
 constexpr uint16_t MAX_AUX = UINT16_MAX;
 
 bool assigns(int op) {
-  switch (op) {
-  case ASG:
-  case STASG:
-  case ARASG:
-  case PLUSASG:
-  case MINUSASG:
-  case MULTASG:
-  case DIVASG:
-  case MODASG:
-  case SLLASG:
-  case SRLASG:
-  case ANDBASG:
-  case ORBASG:
-  case XORBASG:
-  case PLUSPLUS:
-  case MINMIN: return true;
-  default: return false;
-  }
+  return op == ASG || op == STASG || op == ARASG || is_operator_assignment(op);
 }
 
 // The facts of all nodes. A file has operands behind their operator, so one backward pass sees

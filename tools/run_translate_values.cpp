@@ -427,6 +427,12 @@ void FunctionTranslator::branch_if(uint32_t n, bool when, uint32_t label) {
   top = save;
 }
 
+// The temporaries from `save` on are free again, unless the value is itself one of them.
+Operand FunctionTranslator::kept(Operand value, uint32_t save, uint32_t want) {
+  if (value.is_imm || value.reg < save || value.reg == want) top = save;
+  return value;
+}
+
 // --- Assignments ---
 
 // What an assignment gives: the value stored, as the place would read, in the node's type. `v` is
@@ -460,10 +466,8 @@ Operand FunctionTranslator::assignment(uint32_t n, uint32_t want, bool needed) {
     top = save;
     return v;
   }
-  // The temporaries below the value are free now, but it may itself be one of them.
   Operand result = stored_value(to, type, v, n, want);
-  if (result.is_imm || result.reg < save || result.reg == want) top = save;
-  return result;
+  return kept(result, save, want);
 }
 
 Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool needed) {
@@ -497,8 +501,7 @@ Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool
     return v;
   }
   Operand result = stored_value(to, type, v, n, want);
-  if (result.is_imm || result.reg < save || result.reg == want) top = save;
-  return result;
+  return kept(result, save, want);
 }
 
 // PLUSPLUS, MINMIN: the value is the old one.
@@ -524,8 +527,7 @@ Operand FunctionTranslator::step_assignment(uint32_t n, uint32_t want, bool need
   }
   const Shape& s = shape(n);
   Operand result = s.is_scalar() ? converted(old, type, s.scalar, want) : old;
-  if (result.is_imm || result.reg < save || result.reg == want) top = save;
-  return result;
+  return kept(result, save, want);
 }
 
 // --- Any node ---

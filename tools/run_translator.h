@@ -125,6 +125,7 @@ struct FunctionTranslator {
   Operand assignment(uint32_t n, uint32_t want, bool needed);
   Operand operation_assignment(uint32_t n, uint32_t want, bool needed);
   Operand step_assignment(uint32_t n, uint32_t want, bool needed);
+  Operand kept(Operand value, uint32_t save, uint32_t want);
   Operand stored_value(const Place& to, Scalar type, Operand v, uint32_t n, uint32_t want);
   Operand class_pointer(uint32_t n, uint32_t want);
   Scalar common_type(Scalar a, Scalar b) const;

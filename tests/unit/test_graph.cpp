@@ -129,8 +129,28 @@ TEST_F(Graph, CriticalEdgesAreSplit) {
       EXPECT_EQ(edge_length(e->first->predecessors), 1);
   }
   EXPECT_EQ(split, currfuninfo->bb_count - before);
+  // A known probability stays with the edge's first half.
+  BBLK* from = currfuninfo->bb_list;
+  BBLK* to = from->successors->first;
+  from->successors->prob = 0.25;
+  BBLK* middle = split_cfg_edge(from, to);
+  EXPECT_EQ(edge_memberp(middle, from->successors)->prob, 0.25);
+  EXPECT_EQ(middle->successors->prob, -1.0);
   rebuildcfg();
   verify_function("rebuilding");
+}
+
+// Numbers of the source's labels mean nothing once blocks have theirs.
+TEST_F(Graph, LabelsAreFoundByTheirBlocksNumber) {
+  label(2);
+  stmt(op(PLUSASG, name(variable("x")), icon(1)));
+  label(7);
+  cbranch(name(variable("y")), 7);
+  buildcfg();
+  BBLK* loop = currfuninfo->bb_list->dflink;
+  EXPECT_EQ(loop->label->number, 1);
+  EXPECT_EQ(find_label(1), loop->label);
+  EXPECT_EXIT(find_label(7), ::testing::ExitedWithCode(1), "INDEX=7");
 }
 
 TEST_F(Graph, UnknownAndRepeatedLabelsEndTheRun) {

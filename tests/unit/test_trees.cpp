@@ -1,6 +1,8 @@
 // Trees: tables, making, copying, comparing, erasing.
 #include "tests/unit/ir_fixture.h"
 
+#include "ifile/i_file.h"
+
 #include <thread>
 
 using Trees = IrTest;
@@ -105,6 +107,9 @@ TEST_F(Trees, Congruence) {
   NODE* p = load(volatile_int);
   NODE* q = copy_tree(p, true);
   EXPECT_FALSE(same(p, q));
+  SYMTAB* port = local("port", volatile_int);
+  EXPECT_FALSE(same(name(port), name(port)));
+  EXPECT_TRUE(same(name(port), name(port), true));
 }
 
 TEST_F(Trees, AssignmentForms) {
@@ -125,6 +130,23 @@ TEST_F(Trees, AssignmentForms) {
   asg = op(PLUSASG, op(UMULT, step), icon(2));
   EXPECT_EQ(opASG_to_ASG(asg)->op, PLUSASG);
   erase_tree(asg);
+  // A volatile object is read and written once in both forms; what finds it isn't read twice.
+  TYPE* volatile_int = tp->mk_qual(tp->mk_plain_int(), TYPE::Q_VOLATILE);
+  SYMTAB* port = local("port", volatile_int);
+  asg = opASG_to_ASG(maketree(PLUSASG, name(port), icon(2), volatile_int));
+  EXPECT_EQ(asg->op, ASG);
+  erase_tree(asg);
+  SYMTAB* moving = local("moving", tp->mk_qual(p->type, TYPE::Q_VOLATILE));
+  asg = opASG_to_ASG(op(PLUSASG, op(UMULT, mk_NAME(moving)), icon(2)));
+  EXPECT_EQ(asg->op, PLUSASG);
+  erase_tree(asg);
+  // A count becomes an int where its value stays.
+  asg = opASG_to_ASG(op(SLLASG, name(x), mk_ICON(3, tp->mk_long())));
+  EXPECT_EQ(tree_text(asg), "ASG:int(x, SLL:int(x, 3:int))");
+  erase_tree(asg);
+  asg = opASG_to_ASG(op(SLLASG, name(x), mk_ICON(65536, tp->mk_long())));
+  EXPECT_EQ(tree_text(asg), "ASG:int(x, SLL:int(x, 65536:long))");
+  erase_tree(asg);
   // A narrow target computes in the common type.
   SYMTAB* wide = local("wide", tp->mk_long());
   asg = opASG_to_ASG(op(PLUSASG, name(x), mk_NAME(wide)));
@@ -143,6 +165,46 @@ TEST_F(Trees, PeelingKeepsEffects) {
   tree = peel_for_effect(op(ANDAND, name(x), mk_ASG(name(y), icon(2))));
   EXPECT_EQ(tree->op, ANDAND);
   erase_tree(tree);
+}
+
+TEST_F(Trees, ConstantsAreConvertedAtOnce) {
+  TYPE* single = tp->mk_fltpt(TYPE::F_FLOAT);
+  auto converted = [](TYPE* type, NODE* tree) {
+    tree = coerce_to_type(type, tree, false);
+    const std::string text = tree_text(tree);
+    erase_tree(tree);
+    return text;
+  };
+  EXPECT_EQ(converted(tp->mk_long(), icon(-1)), "-1:long");
+  EXPECT_EQ(converted(single, icon(-3)), "-0x1.8p+1:float");
+  simul_fval value;
+  f_itof(-7, &value);
+  EXPECT_EQ(converted(tp->mk_plain_int(), mk_FCON(value, single)), "-7:int");
+  EXPECT_EQ(converted(single, name(variable("x"))), "SCONV:float(x)");
+}
+
+TEST_F(Trees, TheFileLayersOperatorsAreCompared) {
+  EXPECT_EXIT((if_enter_node(PLUS, "PLUS", 1), init_opcode_tables()), ::testing::ExitedWithCode(1),
+              "INTERNAL ERROR: if_node_info\\[\\] mismatch");
+}
+
+// A definition stands for its name, wherever the declaration is.
+TEST_F(Trees, DeclarationsLeadToTheDefinition) {
+  auto global = [](const char* text, int sclass) {
+    auto* sym = new SYMTAB;
+    sym->name = strdup(text);
+    sym->type = sym->otype = tp->mk_plain_int();
+    sym->sclass = static_cast<unsigned char>(sclass);
+    enter_global_symbol(sym);
+    return sym;
+  };
+  SYMTAB* declared = global("g", SC_EXTERN_DECL);
+  SYMTAB* defined = global("g", SC_EXTERN);
+  SYMTAB* again = global("g", SC_EXTERN_DECL);
+  EXPECT_EQ(get_sym_def_for_decl(declared), defined);
+  EXPECT_EQ(get_sym_def_for_decl(again), defined);
+  SYMTAB* lonely = global("h", SC_EXTERN_DECL);
+  EXPECT_EQ(get_sym_def_for_decl(lonely), lonely);
 }
 
 TEST_F(Trees, ErasingTwiceIsReported) {
@@ -213,6 +275,14 @@ TEST_F(Trees, TypeQuestions) {
   EXPECT_TRUE(type_is_contained_in_type(inner, outer));
   EXPECT_FALSE(type_is_contained_in_type(outer, inner));
   EXPECT_TRUE(type_may_contain_volatile(outer));
+  TYPE* derived = tp->mk_struct("derived");
+  derived->csu_parts()->complete = true;
+  EXPECT_FALSE(type_may_contain_volatile(derived));
+  TYPE* heir = tp->mk_struct("heir");
+  heir->csu_parts()->complete = true;
+  heir->csu_parts()->bases.emplace_back();
+  heir->csu_parts()->bases.back().type = inner;
+  EXPECT_TRUE(type_may_contain_volatile(heir));
   EXPECT_TRUE(type_may_alias_type(tp->mk_long(), outer));
   EXPECT_FALSE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), outer));
   NODE* bit = op(ANDB, icon(6), icon(1));
