@@ -74,7 +74,7 @@ public:
     if (int quals = type->qual_kind(true)) sym->type = tp->mk_qual(sym->type, quals);
     sym->size = size;
     sym->align = static_cast<unsigned>(align);
-    if (!type->is_func() && size != type->size)
+    if (!type->is_func() && !type->is_unknown() && size != type->size)
       optassert("otype->is_func() || size == otype->size()", __FILE__, __LINE__);
     sym->value = static_cast<int>(value);
     sym->sclass = sym->orig_class = static_cast<unsigned char>(sclass);
@@ -265,8 +265,7 @@ public:
 
   // Made anew by this tool's own analyses.
   void cl_func_info(int) override {}
-  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long,
-                   unsigned) override {}
+  void cl_loop_def(unsigned, unsigned, unsigned long, unsigned long, unsigned long) override {}
   void cl_loop_header(unsigned, I_SYMTAB*, int) override {}
   void cl_dd_vector(int, int, int, DD_ENTRY*) override {}
   void cl_dd_edge(int, int, int) override {}

@@ -6,6 +6,7 @@
 #include "OPT5/symbol.h"
 #include "OPT5/types.h"
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <set>
@@ -109,6 +110,13 @@ bool types_contained_in_union(TYPE* a, TYPE* b) {
   return false;
 }
 
+// An object of unknown kind may hold anything.
+static bool may_hold_unknown(TYPE* whole) {
+  std::lock_guard<std::mutex> hold(cm_lock);
+  const std::unordered_set<const TYPE*>& parts = components_of(whole);
+  return std::any_of(parts.begin(), parts.end(), [](const TYPE* t) { return t->is_unknown(); });
+}
+
 static bool compute_aliasing(TYPE* a, TYPE* b) {
   if (a == b || a->is_void() || b->is_void()) return true;
   // Characters may alias anything; here they have the size of a plain int, which then may too.
@@ -120,6 +128,7 @@ static bool compute_aliasing(TYPE* a, TYPE* b) {
   if (a->is_int() && b->is_int() && a->size == b->size)
     return true; // signed and unsigned of one width
   if (a->is_pointer() && b->is_pointer()) return true;
+  if (may_hold_unknown(a) || may_hold_unknown(b)) return true;
   return is_type_component_of_type(a, b) || is_type_component_of_type(b, a) ||
          types_contained_in_union(a, b);
 }

@@ -209,6 +209,8 @@ const char* check_result(const NODE* node) {
   const TYPE* type = node->type;
   if (computes_lane_by_lane(node) && !node->left->type->is_vector())
     return "left operand is not a vector";
+  const bool assigns = node->op == ASG || node->op == ARASG || is_operator_assignment(node->op);
+  if (assigns && node->left->type->is_unknown()) return "assignment to an unknown type";
   switch (node->op) {
   case ICON: // of a floating type: the integer's value
     return type->is_int_or_enum() || type->is_pointer() || type->is_float() ? nullptr
@@ -263,6 +265,9 @@ const char* check_tree(const NODE* tree, PLACE place) {
       return "unknown operator";
     if (node->op == ILLOP) return "erased node";
     if (const char* fault = check_place(node, place)) return fault;
+    // Only the place of such an object has a meaning: its address may be taken.
+    if (node->type->is_unknown() && place != LVALUE && place != FIELD_REF)
+      return "value of an unknown type";
     const auto operands = number_of_operands[node->op]; // -1 for any number
     if (node->op == UMULT ? !node->left
                           : operands >= 0 && (operands >= 1) + (operands >= 2) !=

@@ -55,7 +55,8 @@ TYPE::TYPE(KIND k) : kind(k), base(this) {
   case K_POINTER:
   case K_REFERENCE:
   case K_QUALIFIED:
-  case K_PTM: break;
+  case K_PTM:
+  case K_UNKNOWN: break;
   case K_TYPEDEF: subparts = new TYPEDEF_PARTS{}; break;
   case K_ARRAY: subparts = new ARRAY_PARTS{}; break;
   case K_FUNC: subparts = new FUNC_PARTS{}; break;

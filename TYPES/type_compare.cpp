@@ -76,7 +76,8 @@ bool compatible_types(const TYPE* a, const TYPE* b, bool relaxed) {
       case TYPE::K_ENUM:
       case TYPE::K_CLASS:
       case TYPE::K_STRUCT:
-      case TYPE::K_UNION: return false;
+      case TYPE::K_UNION:
+      case TYPE::K_UNKNOWN: return false;
       case TYPE::K_INT:
       case TYPE::K_FLOAT:
         if (!same_node(a, b)) return false;

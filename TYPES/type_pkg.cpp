@@ -61,7 +61,7 @@ unsigned long float_size(TYPE::FKIND k) {
 
 std::string map_name(const TYPE* t) {
   char head[128];
-  snprintf(head, sizeof head, "%c%x:%lx:%x:", "virdxp&qtamfecsu"[t->kind], t -> flags, t -> size,
+  snprintf(head, sizeof head, "%c%x:%lx:%x:", "virdxp&qtamfecsu?"[t->kind], t -> flags, t -> size,
            t -> align);
   switch (t->kind) {
   case TYPE::K_TYPEDEF: {
@@ -267,6 +267,11 @@ TYPE* TYPE_PKG::new_type(TYPE::KIND kind, TYPE* base, unsigned long size, unsign
   t->size = size;
   t->align = align;
   return t;
+}
+
+TYPE* TYPE_PKG::mk_unknown() {
+  if (!unknown) unknown = register_type(new_type(TYPE::K_UNKNOWN, nullptr, 0, 0), basic[SLOT_VOID]);
+  return unknown;
 }
 
 TYPE* TYPE_PKG::mk_int(TYPE::IKIND k, bool boolean) {

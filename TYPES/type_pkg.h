@@ -25,10 +25,11 @@ struct fkMDATA {
   TYPE* owner = nullptr; // the class
   unsigned number = 0;   // member number, unique within the class
   int access = 0;
-  long bit_offset = 0;   // from the start of the class
-  unsigned bit_size = 0; // width of a bit-field, 0 for a plain member
-  unsigned fixed_type_id = 0;
-  bool flags[3] = {}; // as in the file's record
+  long bit_offset = 0;          // from the start of the class
+  unsigned bit_size = 0;        // width of a bit-field, 0 for a plain member
+  unsigned fixed_type_id = 0;   // if not 0, `name` is made of it
+  const char* record_name = ""; // interned; what the file calls a member with such an id
+  bool flags[3] = {};           // as in the file's record
   PSN* psn = nullptr;
   bool is_bitfield() const { return bit_size != 0; }
 };
@@ -129,7 +130,8 @@ public:
     K_ENUM,
     K_CLASS,
     K_STRUCT,
-    K_UNION
+    K_UNION,
+    K_UNKNOWN // of the front end's own: no layout, no values; only carried from file to file
   };
   // Slots of the basic integer types; also the file's codes by way of ekind().
   enum IKIND : int {
@@ -186,6 +188,7 @@ public:
   // Kind tests look through typedefs and qualifiers.
   KIND base_kind() const { return underlying_type()->kind; }
   bool is_void() const { return base_kind() == K_VOID; }
+  bool is_unknown() const { return base_kind() == K_UNKNOWN; }
   bool is_int() const { return base_kind() == K_INT; }
   bool is_enum() const { return base_kind() == K_ENUM; }
   bool is_int_or_enum() const { return is_int() || is_enum(); }
@@ -258,6 +261,7 @@ public:
   void normalize_basic_types();
 
   TYPE* mk_void() { return basic[17]; }
+  TYPE* mk_unknown(); // the one type of unknown kind
   TYPE* mk_int(TYPE::IKIND k, bool boolean = false);
   TYPE* mk_int(TYPE::IKIND k, bool is_signed, unsigned long size, unsigned align, bool is_boolean,
                bool std_signed);
@@ -328,6 +332,7 @@ private:
   unsigned session = 0; // stamp of the package
   unsigned fake_names = 0;
   TYPE* vpred = nullptr;
+  TYPE* unknown = nullptr;
   std::map<std::pair<unsigned long, TYPE*>, TYPE*> struct_vectors;
 
   TYPE_PKG() = default;

@@ -42,6 +42,7 @@ std::string leaf_name(const TYPE* t) {
   case TYPE::K_CLASS: return tagged("class ");
   case TYPE::K_STRUCT: return tagged("struct ");
   case TYPE::K_UNION: return tagged("union ");
+  case TYPE::K_UNKNOWN: return "<unknown>";
   default: return "...";
   }
 }
@@ -121,13 +122,13 @@ void TYPE_PKG::dump_all() {
 }
 
 void TYPE_PKG::print_stats() {
-  unsigned counts[TYPE::K_UNION + 1] = {};
+  unsigned counts[TYPE::K_UNKNOWN + 1] = {};
   walk_types([](TYPE* t, void* arg) { static_cast<unsigned*>(arg)[t->kind]++; }, counts);
   static const char* const names[] = {
-      "void",      "integer",   "floating", "fixed point", "complex",           "pointer",
-      "reference", "qualified", "typedef",  "array",       "pointer to member", "function",
-      "enum",      "class",     "struct",   "union"};
-  for (int k = 0; k <= TYPE::K_UNION; k++)
+      "void",      "integer", "floating", "fixed point",       "complex",  "pointer", "reference",
+      "qualified", "typedef", "array",    "pointer to member", "function", "enum",    "class",
+      "struct",    "union",   "unknown"};
+  for (int k = 0; k <= TYPE::K_UNKNOWN; k++)
     if (counts[k]) printf("%8u %s types\n", counts[k], names[k]);
   printf("%8zu bytes in types\n", tp_bytes_allocated());
 }

@@ -11,6 +11,7 @@ static const char ICODE_MAGIC[] = "!<icode>\n";
 
 constexpr int STREAM_BUFFER = 32768;
 constexpr int COPY_BUFFER = 8192;
+constexpr unsigned long RECORD_BUFFER = 32768; // and the step of its growth
 
 IF_NODE_INFO if_node_info[FIRST_MEMORY_OP];
 void (*if_death_hook)();
@@ -92,13 +93,19 @@ bool I_FILE::read_magic() {
   types_off = i_read_u32();
   files_off = i_read_u32();
   globals_off = i_read_u32();
-  source_name = i_read_string();
-  if (version >= -83) {
-    if (pos + 4 > header_end) return false;
-    extra_word = i_read_u32();
-  }
+  if (!if_read_source(header_end)) return false;
   pos = header_end;
   return client->cl_magic(version, cpu);
+}
+
+// The end of the header: the source file's name and, in the versions that have it, the extra word.
+// False if they don't fit.
+bool I_FILE::if_read_source(unsigned long header_end) {
+  source_name = i_read_string();
+  if (version < -83) return pos <= header_end;
+  if (pos + 4 > header_end) return false;
+  extra_word = i_read_u32();
+  return true;
 }
 
 I_FILE* I_FILE::if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t extra_word) {
@@ -162,7 +169,9 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
   locals.clear();
   globals.clear();
   bytes = {};
-  buf = {};
+  free(buf);
+  buf = nullptr;
+  buf_size = buf_next = 0;
   if (fp) {
     failed |= fflush(fp) != 0 && writing;
     failed |= ferror(fp) != 0;
@@ -175,6 +184,7 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
 I_FILE::~I_FILE() {
   for (OPTION_SET* set : option_sets)
     delete set;
+  free(buf);
   if (fp) fclose(fp);
 }
 
@@ -271,19 +281,38 @@ unsigned long I_FILE::i_read_uint() {
   }
 }
 
-long I_FILE::i_read_sint() {
+// The groups of a signed number, without its sign's extension: how many bits they hold and whether
+// the last one has the sign bit set.
+unsigned long I_FILE::read_sint_groups(int& bits, bool& is_negative) {
   unsigned long value = 0;
-  int shift = 0;
   unsigned b;
+  bits = 0;
   do {
-    if (shift > 63) if_die(INVALID_RECORD);
+    if (bits > 63) if_die(INVALID_RECORD);
     b = i_read_u8();
-    value |= static_cast<unsigned long>(b & 0x7F) << shift;
-    shift += 7;
+    value |= static_cast<unsigned long>(b & 0x7F) << bits;
+    bits += 7;
   } while (b & 0x80);
-  // The sign reaches just to bit 31: wider values travel as decimal text.
-  if (shift < 32 && (b & 0x40)) value |= 0xFFFFFFFFul & (~0ul << shift);
-  if (shift < 32 || (shift == 35 && value >> 32 == 7)) return static_cast<int32_t>(value);
+  is_negative = b & 0x40;
+  return value;
+}
+
+long I_FILE::i_read_sint() {
+  int bits;
+  bool is_negative;
+  unsigned long value = read_sint_groups(bits, is_negative);
+  // The sign reaches just to bit 31: wider constants travel as decimal text.
+  if (bits < 32 && is_negative) value |= 0xFFFFFFFFul & (~0ul << bits);
+  // Numbers of 32 bits that need 35 in groups are those below zero only.
+  if (bits < 32 || (bits == 35 && value >> 31 == 0xF)) return static_cast<int32_t>(value);
+  return static_cast<long>(value);
+}
+
+long I_FILE::i_read_wide_sint() {
+  int bits;
+  bool is_negative;
+  unsigned long value = read_sint_groups(bits, is_negative);
+  if (bits < 64 && is_negative) value |= ~0ul << bits;
   return static_cast<long>(value);
 }
 
@@ -336,16 +365,32 @@ void I_FILE::put_bytes(const void* p, unsigned long n) {
   written += n;
 }
 
+// Makes room for n more bytes of the record.
+void I_FILE::grow_buf(unsigned long n) {
+  const unsigned long steps = (buf_next + n + RECORD_BUFFER - 1) / RECORD_BUFFER;
+  void* grown = realloc(buf, steps * RECORD_BUFFER);
+  if (!grown) if_die(">> ICODE Buffer size exceeded and realloc failed");
+  buf = static_cast<unsigned char*>(grown);
+  buf_size = steps * RECORD_BUFFER;
+}
+
+void I_FILE::append(const char* p, unsigned long n) {
+  if (n == 0) return;
+  if (n > buf_size - buf_next) grow_buf(n);
+  memcpy(buf + buf_next, p, n);
+  buf_next += n;
+}
+
 void I_FILE::i_write_raw(const char* p, int n) {
-  buf.insert(buf.end(), reinterpret_cast<const unsigned char*>(p),
-             reinterpret_cast<const unsigned char*>(p) + n);
+  append(p, static_cast<unsigned long>(n));
 }
 
 void I_FILE::i_write_i8(int v) {
-  buf.push_back(static_cast<unsigned char>(v));
+  if (buf_next == buf_size) grow_buf(1);
+  buf[buf_next++] = static_cast<unsigned char>(v);
 }
 void I_FILE::i_write_bool(bool v) {
-  buf.push_back(v ? 1 : 0);
+  i_write_i8(v);
 }
 
 void I_FILE::i_write_i16(int v) {
@@ -361,10 +406,10 @@ void I_FILE::i_write_i32(int v) {
 
 void I_FILE::i_write_uint(unsigned long v) {
   while (v >= 0x80) {
-    buf.push_back(static_cast<unsigned char>(v | 0x80));
+    i_write_i8(static_cast<int>((v & 0x7F) | 0x80));
     v >>= 7;
   }
-  buf.push_back(static_cast<unsigned char>(v));
+  i_write_i8(static_cast<int>(v));
 }
 
 void I_FILE::i_write_sint(long v) {
@@ -372,7 +417,7 @@ void I_FILE::i_write_sint(long v) {
     unsigned char b = v & 0x7F;
     v >>= 7;
     bool last = (v == 0 && !(b & 0x40)) || (v == -1 && (b & 0x40));
-    buf.push_back(last ? b : b | 0x80);
+    i_write_i8(last ? b : b | 0x80);
     if (last) return;
   }
 }
@@ -381,7 +426,7 @@ void I_FILE::i_write_string(const char* text, int n) {
   if (n >= 0)
     i_write_raw(text, n);
   else
-    i_write_raw(text, static_cast<int>(strlen(text)) + 1);
+    append(text, strlen(text) + 1);
 }
 
 void I_FILE::i_write_psn(PSN* psn) {
@@ -397,13 +442,13 @@ void I_FILE::i_write_psn(PSN* psn) {
 void I_FILE::i_flush(int tag) {
   unsigned char head[11] = {static_cast<unsigned char>(tag)};
   int n = 1;
-  unsigned long length = buf.size();
+  unsigned long length = buf_next;
   for (; length >= 0x80; length >>= 7)
     head[n++] = static_cast<unsigned char>(length | 0x80);
   head[n++] = static_cast<unsigned char>(length);
   put_bytes(head, n);
-  put_bytes(buf.data(), buf.size());
-  buf.clear();
+  put_bytes(buf, buf_next);
+  buf_next = 0;
 }
 
 void I_FILE::i_write_eof() {
@@ -416,12 +461,13 @@ void I_FILE::i_write_eof() {
 
 unsigned I_FILE::i_enter_file_name(const char* name) {
   const char* text = intern_text(name ? name : "NO_FILE");
-  auto [place, is_new] = file_numbers.emplace(text, 0);
-  if (is_new) {
-    file_names.push_back(text);
-    place->second = static_cast<unsigned>(file_names.size());
+  const auto next_number = static_cast<unsigned>(file_names.size() + 1);
+  if (writing) {
+    auto [place, is_new] = file_numbers.emplace(text, next_number);
+    if (!is_new) return place->second;
   }
-  return place->second;
+  file_names.push_back(text);
+  return next_number;
 }
 
 void I_FILE::if_enter_option_set(const OPTION_SET& set) {
@@ -467,7 +513,7 @@ void I_FILE::read_options() {
 
 bool I_FILE::read_file_name(int tag, int) {
   if (tag != TAG_FILE_NAME) return false;
-  file_names.push_back(intern_text(i_read_string()));
+  i_enter_file_name(i_read_string());
   end_record();
   return true;
 }
@@ -546,8 +592,14 @@ bool I_FILE::if_check_lengths() {
     tag = bytes[pos++];
     length = 0;
     if (tag == TAG_EOF) continue;
-    length = i_read_uint();
-    if (length > bytes_left()) {
+    // By hand: a length that makes no sense is what is looked for.
+    bool has_length = false;
+    for (int shift = 0; !has_length && shift <= 63 && pos < file_size; shift += 7) {
+      const unsigned b = bytes[pos++];
+      length |= static_cast<unsigned long>(b & 0x7F) << shift;
+      has_length = !(b & 0x80);
+    }
+    if (!has_length || length > bytes_left()) {
       printf(">>I-file error:@%d,id=%d,sz=%d,prev [@%d,id=%d,sz=%d]\n", static_cast<int>(at), tag,
              static_cast<int>(length), static_cast<int>(previous_at), previous_tag,
              static_cast<int>(previous_length));

@@ -18,6 +18,7 @@
 #include <vector>
 
 class TYPE_PKG;
+struct CSU_PARTS;
 struct FUNC_PARTS;
 struct TYPE_PARAM;
 
@@ -115,7 +116,10 @@ public:
   static I_FILE* if_open(FILE* fp, IF_CLIENT* client);
   // New file for writing. Writes a header with zero offsets.
   static I_FILE* if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t extra_word);
+  I_FILE() = default; // a blank one, for the makers above
   ~I_FILE();
+  I_FILE(const I_FILE&) = delete;
+  I_FILE& operator=(const I_FILE&) = delete;
   void if_type_init(TYPE_PKG* pkg) { tp = pkg; }
   void if_read_file();
   // Reads one function's records from `offset` (0: from here) up to its end record.
@@ -129,7 +133,9 @@ public:
   int if_close(bool named_types_too, bool abandon);
   void if_copy_raw(unsigned long offset, unsigned long length, I_FILE* from);
   void if_copy_symbols(I_FILE* from); // enter the globals of `from`, under the same indices
-  bool if_check_lengths(); // walk all records of the function stream; false on a bad frame
+  // Walks the records of the whole file. On one whose length is cut or reaches behind the file's
+  // end it prints where it and the one before stand, and gives false.
+  bool if_check_lengths();
   void if_enter_option_set(const OPTION_SET& set);
   void if_enter_option_set(unsigned number, unsigned count, char** strings);
 
@@ -143,7 +149,10 @@ public:
   uint32_t i_read_u32();
   int32_t i_read_s32();
   unsigned long i_read_uint();
+  // Signed LEB128. The sign of a number of less than 32 bits reaches to bit 31: fields of this kind
+  // are 32 bits wide.
   long i_read_sint();
+  long i_read_wide_sint(); // the same for the one kind of field of 64 bits, an enumerator's value
   // Text in a buffer that the next call overwrites. n >= 0: exactly n bytes; -1: up to a zero byte.
   char* i_read_string(int n = -1);
   void i_read_raw(char* bytes, int n);
@@ -173,6 +182,8 @@ public:
   void if_write_all_types(bool named);
 
   // Files, symbols, pragmas.
+  // Gives the name's number. A writer looks for the name among those it has, a reader takes the
+  // names as they come.
   unsigned i_enter_file_name(const char* name);
   I_SYMTAB* if_read_sym();
   void if_read_symbol_def();
@@ -187,10 +198,30 @@ public:
   // Statements and expressions.
   bool if_read_record(); // false at the section's end
   BASE_NODE* if_read_expr_node(bool with_header);
+  // Readers of one record each, behind its tag and length, up to the end of its fields; what
+  // follows a record and belongs to it is read too.
+  void if_read_begin_func();
+  void if_read_end_func();
+  void if_read_begin_block();
+  void if_read_end_block();
+  void if_read_end_args();
+  void if_read_end_locals();
   void if_read_expr_header();
   void if_read_init();
-  void if_read_eht();
+  void if_read_label();
+  void if_read_assembly();
+  void if_read_comment();
+  void if_read_func_info();
+  void if_read_loop();
+  void if_read_inloop();
+  void if_read_dep_edge();
+  void if_read_dep_vector();
+  void if_read_mbank();
   void if_read_ldspec();
+  void if_read_eht();
+  void if_read_eht_entry(EHT_ENTRY* entry); // from the entry's header on; fills a cleared entry
+  void if_read_ir_func();
+  void if_read_ir_end_func();
   void if_write_expr(BASE_NODE* tree, PSN* psn); // tree may be null
   void if_write_expr_node(BASE_NODE* tree);
   void if_write_control(int tag, PSN* psn);
@@ -233,15 +264,22 @@ private:
   int eof_reads = 0;
   std::vector<char> text_buffer;
 
-  std::vector<unsigned char> buf;
+  // The payload of the record being written: buf_next bytes of buf_size. The file's own memory, as
+  // its exhaustion has a message of its own.
+  unsigned char* buf = nullptr;
+  unsigned long buf_size = 0, buf_next = 0;
   unsigned long written = 0;                              // bytes written so far, from base
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
   std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
   std::vector<char> type_is_written; // by the same index
 
   int get_byte();
+  unsigned long read_sint_groups(int& bits, bool& is_negative);
   void put_bytes(const void* p, unsigned long n);
+  void grow_buf(unsigned long n);
+  void append(const char* p, unsigned long n);
   bool read_magic();
+  bool if_read_source(unsigned long header_end);
   void write_header();
   void read_options();
   void read_section(uint32_t offset, bool (I_FILE::*read_one)(int tag, int len));
@@ -258,14 +296,36 @@ private:
   unsigned long read_type_size();
   unsigned long read_scalar_size();
   unsigned read_type_align();
-  TYPE* read_plain_type(int code, unsigned& depth);
-  void read_func(unsigned long number);
-  void read_csu(unsigned long number, bool is_long);
-  void read_member(TYPE* csu);
+  // Each reads the fields of one form of type record and hands them to the type package. `depth`
+  // becomes that of the type.
+  TYPE* tp_make_plain_type(int code, unsigned& depth);
+  TYPE* tp_make_int(int code);
+  TYPE* tp_make_float(int code);
+  TYPE* tp_make_fixed(unsigned& depth);
+  TYPE* tp_make_complex(unsigned& depth);
+  TYPE* tp_make_typedef(unsigned& depth);
+  TYPE* tp_make_addr(unsigned& depth);
+  TYPE* tp_make_ref(unsigned& depth);
+  TYPE* tp_make_qual(unsigned& depth);
+  TYPE* tp_make_array(unsigned& depth);
+  TYPE* tp_make_ptm(unsigned& depth);
+  TYPE* tp_make_enum(unsigned& depth);
+  void tp_make_func(unsigned long number);
+  void tp_make_csu(unsigned long number, bool is_long);
+  void tp_make_list(TYPE_INFO& owner);
+  void tp_end_list(TYPE_INFO& owner);
+  // The elements of lists.
+  void tp_make_element(TYPE_INFO& owner, int code);
+  void tp_make_param(TYPE_INFO& owner);
+  void tp_make_etor(TYPE* enumeration);
+  void tp_make_mdata(TYPE* csu);
+  void tp_make_bclass(CSU_PARTS* parts);
+  void tp_make_adecl(CSU_PARTS* parts);
+  void tp_make_ffriend(CSU_PARTS* parts);
+  void tp_make_sdata(CSU_PARTS* parts);
+  void tp_make_mfunc(CSU_PARTS* parts);
   void finish_func(TYPE_INFO& info);
   void check_types();
-  void read_type_element(TYPE_INFO& owner, int code);
-  void read_type_list(TYPE_INFO& owner, int code);
   void define_type(unsigned long number, TYPE* type, unsigned depth);
   unsigned long type_number(TYPE* type);
   void begin_type_record(TYPE* type, int code);
@@ -274,5 +334,13 @@ private:
   void write_type_record(TYPE* type);
   void write_csu_short(TYPE* csu);
   void write_csu_type_lists(TYPE* csu);
-  void write_type(TYPE* type);
+  void refer_to(TYPE* type);
+  // Give numbers to what the section must hold: what the globals name, with `named` all types that
+  // have a name, then what the numbered types are made of.
+  void mark_types_of_globals();
+  void mark_named_types(const std::vector<TYPE*>& all, bool named);
+  void mark_refed_types();
+  std::vector<TYPE*> write_all_csu_types(const std::vector<TYPE*>& all);
+  void write_type_tree();
+  void if_write_type(TYPE* type);
 };

@@ -58,7 +58,7 @@ public:
   virtual void cl_func_info(int info) = 0;
   virtual void cl_func_eht(EHT_ENTRY* entries, unsigned count) = 0;
   virtual void cl_loop_def(unsigned id, unsigned parent, unsigned long min, unsigned long max,
-                           unsigned long multiple, unsigned flags) = 0;
+                           unsigned long multiple) = 0;
   virtual void cl_loop_header(unsigned id, I_SYMTAB* lcv, int flag) = 0;
   virtual void cl_dd_vector(int id, int kind, int n, DD_ENTRY* entries) = 0;
   virtual void cl_dd_edge(int from, int to, int kind) = 0;

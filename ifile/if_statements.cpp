@@ -273,118 +273,108 @@ void I_FILE::if_write_init(I_SYMTAB* sym) {
 // ---------------------------------------------------------------------------------------------
 // The function stream
 
+void I_FILE::if_read_begin_func() {
+  if (level != 0) if_die(INVALID_RECORD);
+  PSN* psn = i_read_psn();
+  I_SYMTAB* func = find_symref(0, i_read_uint());
+  level = 1;
+  locals.clear();
+  client->cl_begin_func(func, psn);
+}
+
+void I_FILE::if_read_end_func() {
+  if (level != 2) if_die(INVALID_RECORD);
+  level = 0;
+  client->cl_end_func(i_read_psn());
+}
+
+void I_FILE::if_read_begin_block() {
+  if (level < 2 || level > MAX_RIGHT_DEPTH) if_die(INVALID_RECORD);
+  level++;
+  client->cl_begin_block(i_read_psn());
+}
+
+void I_FILE::if_read_end_block() {
+  if (level <= 2) if_die(INVALID_RECORD);
+  level--;
+  client->cl_end_block(i_read_psn());
+}
+
+void I_FILE::if_read_end_args() {
+  if (level != 1) if_die(INVALID_RECORD);
+  level = 2;
+  client->cl_end_args(i_read_psn());
+}
+
+void I_FILE::if_read_end_locals() {
+  if (level < 2) if_die(INVALID_RECORD);
+  client->cl_end_locals(i_read_psn());
+}
+
+void I_FILE::if_read_assembly() {
+  std::string text = i_read_string();
+  PSN* psn = i_read_psn();
+  client->cl_inline_asm(text.data(), psn);
+}
+
+void I_FILE::if_read_comment() {
+  client->cl_comment(i_read_string());
+}
+
+void I_FILE::if_read_label() {
+  if (level < 2) if_die(INVALID_RECORD);
+  client->cl_label(static_cast<unsigned>(i_read_uint()));
+}
+
+void I_FILE::if_read_func_info() {
+  client->cl_func_info(i_read_s8());
+}
+
+// Functions of a later stage of the toolchain are read over.
+void I_FILE::if_read_ir_func() {
+  if (level != 0) if_die(INVALID_RECORD);
+  level = 1;
+  locals.clear();
+}
+
+void I_FILE::if_read_ir_end_func() {
+  if (level == 0) if_die(INVALID_RECORD);
+  level = 0;
+  client->cl_ir_end_func(i_read_psn());
+}
+
 bool I_FILE::if_read_record() {
   const unsigned long at = pos;
   int tag, len;
   i_read_header(tag, len);
   switch (tag) {
   case TAG_EOF: return false;
-  case TAG_BEGIN_FUNC: {
-    if (level != 0) if_die(INVALID_RECORD);
-    PSN* psn = i_read_psn();
-    I_SYMTAB* func = find_symref(0, i_read_uint());
-    level = 1;
-    locals.clear();
-    client->cl_begin_func(func, psn);
-    break;
-  }
-  case TAG_END_FUNC:
-    if (level != 2) if_die(INVALID_RECORD);
-    level = 0;
-    client->cl_end_func(i_read_psn());
-    break;
-  case TAG_BEGIN_BLOCK:
-    if (level < 2 || level > MAX_RIGHT_DEPTH) if_die(INVALID_RECORD);
-    level++;
-    client->cl_begin_block(i_read_psn());
-    break;
-  case TAG_END_BLOCK:
-    if (level <= 2) if_die(INVALID_RECORD);
-    level--;
-    client->cl_end_block(i_read_psn());
-    break;
-  case TAG_END_ARGS:
-    if (level != 1) if_die(INVALID_RECORD);
-    level = 2;
-    client->cl_end_args(i_read_psn());
-    break;
-  case TAG_END_LOCALS:
-    if (level < 2) if_die(INVALID_RECORD);
-    client->cl_end_locals(i_read_psn());
-    break;
+  case TAG_BEGIN_FUNC: if_read_begin_func(); break;
+  case TAG_END_FUNC: if_read_end_func(); break;
+  case TAG_BEGIN_BLOCK: if_read_begin_block(); break;
+  case TAG_END_BLOCK: if_read_end_block(); break;
+  case TAG_END_ARGS: if_read_end_args(); break;
+  case TAG_END_LOCALS: if_read_end_locals(); break;
   case TAG_SYMBOL: if_read_symbol_def(); return true;
-  case TAG_ASM: {
-    std::string text = i_read_string();
-    PSN* psn = i_read_psn();
-    client->cl_inline_asm(text.data(), psn);
-    break;
-  }
-  case TAG_COMMENT: client->cl_comment(i_read_string()); break;
-  case TAG_LABEL:
-    if (level < 2) if_die(INVALID_RECORD);
-    client->cl_label(static_cast<unsigned>(i_read_uint()));
-    break;
+  case TAG_ASM: if_read_assembly(); break;
+  case TAG_COMMENT: if_read_comment(); break;
+  case TAG_LABEL: if_read_label(); break;
   case TAG_EXPR:
     if (level < 2) if_die(INVALID_RECORD);
     if_read_expr_header();
     return true;
   case TAG_PRAGMA: client->cl_pragma(nullptr, if_read_pragma(nullptr)); break;
-  case TAG_FUNC_INFO: client->cl_func_info(i_read_s8()); break;
-  case TAG_LOOP_DEF: {
-    unsigned id = static_cast<unsigned>(i_read_uint());
-    unsigned parent = static_cast<unsigned>(i_read_uint());
-    unsigned long min = i_read_uint();
-    unsigned long max = i_read_uint();
-    unsigned long multiple = i_read_uint();
-    client->cl_loop_def(id, parent, min, max, multiple, i_read_u16());
-    break;
-  }
-  case TAG_IN_LOOP: {
-    unsigned id = static_cast<unsigned>(i_read_uint());
-    unsigned sym_level = static_cast<unsigned>(i_read_sint());
-    unsigned index = static_cast<unsigned>(i_read_sint());
-    I_SYMTAB* lcv = sym_level < NO_SYMBOL_LEVEL ? find_symref(sym_level, index) : nullptr;
-    client->cl_loop_header(id, lcv, static_cast<int>(i_read_u8()));
-    break;
-  }
-  case TAG_MBANK: {
-    int words[5];
-    for (int& word : words)
-      word = static_cast<int>(i_read_uint());
-    client->cl_mbank(words[0], words[1], words[2], words[3], words[4]);
-    break;
-  }
-  case TAG_DD_EDGE: {
-    int from = static_cast<int>(i_read_uint());
-    int to = static_cast<int>(i_read_uint());
-    client->cl_dd_edge(from, to, static_cast<int>(i_read_uint()));
-    break;
-  }
-  case TAG_DD_VECTOR: {
-    int id = static_cast<int>(i_read_uint());
-    int kind = static_cast<int>(i_read_u8());
-    int n = static_cast<int>(i_read_u8());
-    DD_ENTRY entries[256];
-    for (int k = 0; k < n; k++) {
-      entries[k].kind = static_cast<unsigned char>(i_read_u8());
-      entries[k].distance = static_cast<signed char>(i_read_s8());
-    }
-    client->cl_dd_vector(id, kind, n, entries);
-    break;
-  }
+  case TAG_FUNC_INFO: if_read_func_info(); break;
+  case TAG_LOOP_DEF: if_read_loop(); break;
+  case TAG_IN_LOOP: if_read_inloop(); break;
+  case TAG_MBANK: if_read_mbank(); break;
+  case TAG_DD_EDGE: if_read_dep_edge(); break;
+  case TAG_DD_VECTOR: if_read_dep_vector(); break;
   case TAG_LDSPEC: if_read_ldspec(); break;
   case TAG_EHT: if_read_eht(); return true;
-  case TAG_LIR: break; // of a later stage of the toolchain: skipped as a whole
-  case TAG_IR_FUNC:
-    if (level != 0) if_die(INVALID_RECORD);
-    level = 1;
-    locals.clear();
-    break;
-  case TAG_IR_END:
-    if (level == 0) if_die(INVALID_RECORD);
-    level = 0;
-    client->cl_ir_end_func(i_read_psn());
-    break;
+  case TAG_LIR: break; // skipped as a whole
+  case TAG_IR_FUNC: if_read_ir_func(); break;
+  case TAG_IR_END: if_read_ir_end_func(); break;
   default: printf("\n///ERROR @0x%lx\n\n", at); return true; // goes on right behind the header
   }
   end_record();
@@ -452,6 +442,16 @@ void I_FILE::if_write_func_info(int info) {
 // ---------------------------------------------------------------------------------------------
 // Loops, dependences, memory banks, load speculation
 
+void I_FILE::if_read_loop() {
+  unsigned id = static_cast<unsigned>(i_read_uint());
+  unsigned parent = static_cast<unsigned>(i_read_uint());
+  unsigned long min = i_read_uint();
+  unsigned long max = i_read_uint();
+  unsigned long multiple = i_read_uint();
+  i_read_u16(); // the flags are the code generator's alone
+  client->cl_loop_def(id, parent, min, max, multiple);
+}
+
 void I_FILE::if_write_loop(unsigned id, unsigned parent, unsigned long min, unsigned long max,
                            unsigned long multiple, unsigned flags) {
   i_write_uint(id);
@@ -463,12 +463,32 @@ void I_FILE::if_write_loop(unsigned id, unsigned parent, unsigned long min, unsi
   i_flush(TAG_LOOP_DEF);
 }
 
+void I_FILE::if_read_inloop() {
+  unsigned id = static_cast<unsigned>(i_read_uint());
+  unsigned sym_level = static_cast<unsigned>(i_read_sint());
+  unsigned index = static_cast<unsigned>(i_read_sint());
+  I_SYMTAB* lcv = sym_level < NO_SYMBOL_LEVEL ? find_symref(sym_level, index) : nullptr;
+  client->cl_loop_header(id, lcv, static_cast<int>(i_read_u8()));
+}
+
 void I_FILE::if_write_inloop(unsigned id, I_SYMTAB* lcv, int flag) {
   i_write_uint(id);
   i_write_sint(lcv ? static_cast<long>(lcv->sym_level()) : static_cast<long>(NO_SYMBOL_LEVEL));
   i_write_sint(lcv ? lcv->index : 0);
   i_write_i8(flag);
   i_flush(TAG_IN_LOOP);
+}
+
+void I_FILE::if_read_dep_vector() {
+  int id = static_cast<int>(i_read_uint());
+  int kind = static_cast<int>(i_read_u8());
+  int n = static_cast<int>(i_read_u8());
+  DD_ENTRY entries[256];
+  for (int k = 0; k < n; k++) {
+    entries[k].kind = static_cast<unsigned char>(i_read_u8());
+    entries[k].distance = static_cast<signed char>(i_read_s8());
+  }
+  client->cl_dd_vector(id, kind, n, entries);
 }
 
 void I_FILE::if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n) {
@@ -482,10 +502,23 @@ void I_FILE::if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n) {
   i_flush(TAG_DD_VECTOR);
 }
 
+void I_FILE::if_read_dep_edge() {
+  int from = static_cast<int>(i_read_uint());
+  int to = static_cast<int>(i_read_uint());
+  client->cl_dd_edge(from, to, static_cast<int>(i_read_uint()));
+}
+
 void I_FILE::if_write_dep_edge(int from, int to, int kind) {
   for (int word : {from, to, kind})
     i_write_uint(static_cast<unsigned>(word));
   i_flush(TAG_DD_EDGE);
+}
+
+void I_FILE::if_read_mbank() {
+  int words[5];
+  for (int& word : words)
+    word = static_cast<int>(i_read_uint());
+  client->cl_mbank(words[0], words[1], words[2], words[3], words[4]);
 }
 
 void I_FILE::if_write_mbank(int a, int b, int c, int d, int e) {
@@ -554,41 +587,44 @@ void I_FILE::if_write_ldspec_region(unsigned id, unsigned label_id) {
 
 static const char INVALID_EHT[] = "\nINTERNAL ERROR: Invalid EHT record in I-code, aborting";
 
+void I_FILE::if_read_eht_entry(EHT_ENTRY* entry) {
+  int tag, len;
+  i_read_header(tag, len);
+  if (tag != TAG_EHT_ENTRY) if_die(INVALID_EHT);
+  entry->id = static_cast<unsigned>(i_read_uint());
+  entry->kind = static_cast<unsigned>(i_read_uint());
+  entry->region = static_cast<unsigned>(i_read_uint());
+  entry->count = static_cast<unsigned>(i_read_uint());
+  end_record();
+  if (entry->kind == EHK_CATCH) {
+    i_read_header(tag, len);
+    if (tag != TAG_CATCH) if_die(INVALID_EHT);
+    need(entry->count);
+    entry->catches = new std::vector<I_CATCH_ENTRY>;
+    for (unsigned k = 0; k < entry->count; k++) {
+      std::string name = i_read_string();
+      unsigned number = static_cast<unsigned>(i_read_uint());
+      entry->catches->push_back({name, number, i_read_bool()});
+    }
+    end_record();
+  } else if (entry->kind == EHK_CLEANUP) {
+    i_read_header(tag, len);
+    if (tag != TAG_EXPR) if_die(INVALID_EHT);
+    i_read_psn();
+    end_record();
+    // Without a tree the header stands alone.
+    if (pos < file_size && bytes[pos] == TAG_NODE) entry->cleanup = if_read_expr_node(true);
+  }
+}
+
 void I_FILE::if_read_eht() {
   unsigned long count = i_read_uint();
   end_record();
   need(count);
   std::vector<EHT_ENTRY> entries;
   for (; count; count--) {
-    int tag, len;
-    i_read_header(tag, len);
-    if (tag != TAG_EHT_ENTRY) if_die(INVALID_EHT);
-    EHT_ENTRY entry{};
-    entry.id = static_cast<unsigned>(i_read_uint());
-    entry.kind = static_cast<unsigned>(i_read_uint());
-    entry.region = static_cast<unsigned>(i_read_uint());
-    entry.count = static_cast<unsigned>(i_read_uint());
-    end_record();
-    if (entry.kind == EHK_CATCH) {
-      i_read_header(tag, len);
-      if (tag != TAG_CATCH) if_die(INVALID_EHT);
-      need(entry.count);
-      entry.catches = new std::vector<I_CATCH_ENTRY>;
-      for (unsigned k = 0; k < entry.count; k++) {
-        std::string name = i_read_string();
-        unsigned number = static_cast<unsigned>(i_read_uint());
-        entry.catches->push_back({name, number, i_read_bool()});
-      }
-      end_record();
-    } else if (entry.kind == EHK_CLEANUP) {
-      i_read_header(tag, len);
-      if (tag != TAG_EXPR) if_die(INVALID_EHT);
-      i_read_psn();
-      end_record();
-      // Without a tree the header stands alone.
-      if (pos < file_size && bytes[pos] == TAG_NODE) entry.cleanup = if_read_expr_node(true);
-    }
-    entries.push_back(entry);
+    entries.push_back({});
+    if_read_eht_entry(&entries.back());
   }
   client->cl_func_eht(entries.data(), static_cast<unsigned>(entries.size()));
 }

@@ -15,8 +15,9 @@ void I_FILE::if_enter_global(I_SYMTAB* sym) {
   sym->set_level(0);
   sym->index = static_cast<int>(globals.size());
   globals.push_back(sym);
-  // Positions of globals are written behind the table of file names.
-  if (PSN* psn = sym->sym_psn()) i_enter_file_name(psn->file);
+  // Positions of globals are written behind the table of file names. A reader has its table, and
+  // one more name there would answer to a number that the file does not define.
+  if (PSN* psn = sym->sym_psn(); psn && writing) i_enter_file_name(psn->file);
 }
 
 void I_FILE::if_copy_symbols(I_FILE* from) {

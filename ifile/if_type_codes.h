@@ -51,5 +51,5 @@ enum TYPE_LIST_KIND {
   TL_COUNT
 };
 
-// The name of a member that has none of its own but a fixed-type id.
+// The name of a member with a fixed-type id, whatever its record calls it.
 inline constexpr const char* FIXED_TYPE_NAME = "fti:%x";

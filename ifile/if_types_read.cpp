@@ -131,120 +131,24 @@ void I_FILE::if_read_type(int) {
   if (!tp) return;
   const unsigned long number = i_read_uint();
   const int code = static_cast<int>(i_read_u8());
-  if (code == TC_LIST_HEADER || code == TC_LIST_TRAILER) {
-    read_type_list(find_type_info(number), code);
+  if (code == TC_LIST_HEADER) {
+    tp_make_list(find_type_info(number));
+  } else if (code == TC_LIST_TRAILER) {
+    tp_end_list(find_type_info(number));
   } else if (list_of_element(code) >= 0) {
-    read_type_element(find_type_info(number), code);
+    tp_make_element(find_type_info(number), code);
   } else if (code == TC_FUNC) {
-    read_func(number);
+    tp_make_func(number);
   } else if (code == TC_CSU_SHORT || code == TC_CSU_LONG) {
-    read_csu(number, code == TC_CSU_LONG);
+    tp_make_csu(number, code == TC_CSU_LONG);
   } else {
     unsigned depth = 0;
-    TYPE* type = read_plain_type(code, depth);
+    TYPE* type = tp_make_plain_type(code, depth);
     define_type(number, type, depth);
   }
 }
 
-// The types that one record describes wholly, or but for a list that changes nothing of their
-// identity.
-TYPE* I_FILE::read_plain_type(int code, unsigned& depth) {
-  switch (code) {
-  case TC_VOID: return tp->mk_void();
-  case TC_FLOAT:
-  case TC_DOUBLE:
-  case TC_LDOUBLE: {
-    const unsigned long size = read_type_size();
-    const unsigned align = read_type_align();
-    if (size == 0) if_die(INVALID_RECORD);
-    return tp->mk_fltpt(static_cast<TYPE::FKIND>(code - TC_FLOAT), size, align);
-  }
-  case TC_FIXED: {
-    const int fraction = i_read_s8();
-    i_read_u8(); // signedness: the underlying type's
-    TYPE* under = read_target(depth);
-    const unsigned long size = read_scalar_size();
-    const unsigned align = read_type_align();
-    if (!under->is_int()) if_die(INVALID_RECORD);
-    return tp->mk_fxtpt(under, fraction, size, align);
-  }
-  case TC_COMPLEX: {
-    const unsigned long size = read_type_size();
-    const unsigned align = read_type_align();
-    TYPE* part = read_target(depth);
-    if (!part->is_int() && !part->is_float()) if_die(INVALID_RECORD);
-    return tp->mk_complex(part, size, align);
-  }
-  case TC_TYPEDEF: {
-    const char* name = intern_text(i_read_string());
-    TYPE* target = read_target(depth);
-    const unsigned long size = read_type_size();
-    const unsigned align = read_type_align();
-    const bool hidden = i_read_bool();
-    const bool lowered = i_read_bool();
-    PSN* psn = i_read_psn();
-    TYPE* type = tp->mk_typedef(name, hidden, target, size, align, lowered);
-    // A twin keeps the position of its first definition.
-    if (!type->typedef_parts()->psn) type->typedef_parts()->psn = psn;
-    return type;
-  }
-  case TC_POINTER: {
-    TYPE* target = read_target(depth);
-    unsigned long size = read_scalar_size();
-    unsigned align = read_type_align();
-    if (size == OLD_POINTER_SIZE) size = align = POINTER_SIZE;
-    return tp->mk_ptr(target, size, align);
-  }
-  case TC_REFERENCE: {
-    TYPE* target = read_target(depth);
-    const unsigned long size = read_scalar_size();
-    return tp->mk_ref(target, size, read_type_align());
-  }
-  case TC_QUALIFIED: {
-    TYPE* target = read_target(depth);
-    const unsigned long quals = i_read_uint();
-    const unsigned long size = read_type_size();
-    const unsigned align = read_type_align();
-    if (quals > 0xFF) if_die(INVALID_RECORD);
-    return tp->mk_qual(target, static_cast<unsigned char>(quals), size, align);
-  }
-  case TC_ARRAY: {
-    TYPE* elem = read_target(depth);
-    const unsigned long count = i_read_uint();
-    const unsigned long size = read_type_size();
-    const unsigned align = read_type_align();
-    const bool hidden = i_read_bool();
-    const bool complete = i_read_bool();
-    const bool is_vector = version >= -76 && i_read_bool();
-    if (version == -75 || version == -74) i_read_bool();
-    unsigned long natural_size;
-    if (__builtin_mul_overflow(count, elem->size, &natural_size)) if_die(INVALID_RECORD);
-    if (elem->is_void() || elem->is_func() || (is_vector && count == 0)) if_die(INVALID_RECORD);
-    if (is_vector) return tp->mk_vector(elem, hidden, count, size, align);
-    return tp->mk_array(elem, count, size, align, hidden, complete);
-  }
-  case TC_PTM: {
-    TYPE* target = read_target(depth);
-    TYPE* cls = read_target(depth);
-    const unsigned long size = read_type_size();
-    return tp->mk_ptm(target, cls, size, read_type_align());
-  }
-  case TC_ENUM: {
-    const char* name = intern_text(i_read_string());
-    const unsigned long size = read_scalar_size();
-    const unsigned align = read_type_align();
-    TYPE* under = read_target(depth);
-    if (!under->is_int()) if_die(INVALID_RECORD);
-    TYPE* type = tp->mk_enum(name, under, size, align);
-    type->enum_parts()->is_cpp = version >= -81 && i_read_bool();
-    type->enum_parts()->psn = i_read_psn();
-    return type;
-  }
-  default: break;
-  }
-  const bool is_int =
-      (code >= TC_FIRST_INT && code <= TC_LAST_SHORT_INT) || code == TC_LLONG || code == TC_ULLONG;
-  if (!is_int) if_die(INVALID_RECORD);
+TYPE* I_FILE::tp_make_int(int code) {
   const bool is_signed = i_read_bool();
   const unsigned long size = read_scalar_size();
   const unsigned align = read_type_align();
@@ -253,8 +157,132 @@ TYPE* I_FILE::read_plain_type(int code, unsigned& depth) {
   return tp->mk_int(int_kind(code), is_signed, size, align, is_boolean, std_signed);
 }
 
+TYPE* I_FILE::tp_make_float(int code) {
+  const unsigned long size = read_type_size();
+  const unsigned align = read_type_align();
+  if (size == 0) if_die(INVALID_RECORD);
+  return tp->mk_fltpt(static_cast<TYPE::FKIND>(code - TC_FLOAT), size, align);
+}
+
+TYPE* I_FILE::tp_make_fixed(unsigned& depth) {
+  const int fraction = i_read_s8();
+  i_read_u8(); // signedness: the underlying type's
+  TYPE* under = read_target(depth);
+  const unsigned long size = read_scalar_size();
+  const unsigned align = read_type_align();
+  if (!under->is_int()) if_die(INVALID_RECORD);
+  return tp->mk_fxtpt(under, fraction, size, align);
+}
+
+TYPE* I_FILE::tp_make_complex(unsigned& depth) {
+  const unsigned long size = read_type_size();
+  const unsigned align = read_type_align();
+  TYPE* part = read_target(depth);
+  if (!part->is_int() && !part->is_float()) if_die(INVALID_RECORD);
+  return tp->mk_complex(part, size, align);
+}
+
+TYPE* I_FILE::tp_make_typedef(unsigned& depth) {
+  const char* name = intern_text(i_read_string());
+  TYPE* target = read_target(depth);
+  const unsigned long size = read_type_size();
+  const unsigned align = read_type_align();
+  const bool hidden = i_read_bool();
+  const bool lowered = i_read_bool();
+  PSN* psn = i_read_psn();
+  TYPE* type = tp->mk_typedef(name, hidden, target, size, align, lowered);
+  // A twin keeps the position of its first definition.
+  if (!type->typedef_parts()->psn) type->typedef_parts()->psn = psn;
+  return type;
+}
+
+TYPE* I_FILE::tp_make_addr(unsigned& depth) {
+  TYPE* target = read_target(depth);
+  unsigned long size = read_scalar_size();
+  unsigned align = read_type_align();
+  if (size == OLD_POINTER_SIZE) size = align = POINTER_SIZE;
+  return tp->mk_ptr(target, size, align);
+}
+
+TYPE* I_FILE::tp_make_ref(unsigned& depth) {
+  TYPE* target = read_target(depth);
+  const unsigned long size = read_scalar_size();
+  return tp->mk_ref(target, size, read_type_align());
+}
+
+TYPE* I_FILE::tp_make_qual(unsigned& depth) {
+  TYPE* target = read_target(depth);
+  const unsigned long quals = i_read_uint();
+  const unsigned long size = read_type_size();
+  const unsigned align = read_type_align();
+  if (quals > 0xFF) if_die(INVALID_RECORD);
+  return tp->mk_qual(target, static_cast<unsigned char>(quals), size, align);
+}
+
+TYPE* I_FILE::tp_make_array(unsigned& depth) {
+  TYPE* elem = read_target(depth);
+  const unsigned long count = i_read_uint();
+  const unsigned long size = read_type_size();
+  const unsigned align = read_type_align();
+  const bool hidden = i_read_bool();
+  const bool complete = i_read_bool();
+  const bool is_vector = version >= -76 && i_read_bool();
+  if (version == -75 || version == -74) i_read_bool();
+  unsigned long natural_size;
+  if (__builtin_mul_overflow(count, elem->size, &natural_size)) if_die(INVALID_RECORD);
+  if (elem->is_void() || elem->is_func() || (is_vector && (count == 0 || elem->is_unknown())))
+    if_die(INVALID_RECORD);
+  if (is_vector) return tp->mk_vector(elem, hidden, count, size, align);
+  return tp->mk_array(elem, count, size, align, hidden, complete);
+}
+
+TYPE* I_FILE::tp_make_ptm(unsigned& depth) {
+  TYPE* target = read_target(depth);
+  TYPE* cls = read_target(depth);
+  const unsigned long size = read_type_size();
+  return tp->mk_ptm(target, cls, size, read_type_align());
+}
+
+TYPE* I_FILE::tp_make_enum(unsigned& depth) {
+  const char* name = intern_text(i_read_string());
+  const unsigned long size = read_scalar_size();
+  const unsigned align = read_type_align();
+  TYPE* under = read_target(depth);
+  if (!under->is_int()) if_die(INVALID_RECORD);
+  TYPE* type = tp->mk_enum(name, under, size, align);
+  type->enum_parts()->is_cpp = version >= -81 && i_read_bool();
+  type->enum_parts()->psn = i_read_psn();
+  return type;
+}
+
+// The types that one record describes wholly, or but for a list that changes nothing of their
+// identity.
+TYPE* I_FILE::tp_make_plain_type(int code, unsigned& depth) {
+  switch (code) {
+  case TC_VOID: return tp->mk_void();
+  case TC_UNKNOWN: return tp->mk_unknown();
+  case TC_FLOAT:
+  case TC_DOUBLE:
+  case TC_LDOUBLE: return tp_make_float(code);
+  case TC_FIXED: return tp_make_fixed(depth);
+  case TC_COMPLEX: return tp_make_complex(depth);
+  case TC_TYPEDEF: return tp_make_typedef(depth);
+  case TC_POINTER: return tp_make_addr(depth);
+  case TC_REFERENCE: return tp_make_ref(depth);
+  case TC_QUALIFIED: return tp_make_qual(depth);
+  case TC_ARRAY: return tp_make_array(depth);
+  case TC_PTM: return tp_make_ptm(depth);
+  case TC_ENUM: return tp_make_enum(depth);
+  default: break;
+  }
+  const bool is_int =
+      (code >= TC_FIRST_INT && code <= TC_LAST_SHORT_INT) || code == TC_LLONG || code == TC_ULLONG;
+  if (!is_int) if_die(INVALID_RECORD);
+  return tp_make_int(code);
+}
+
 // A function type is shared by what its parameters are, so it can't be made before they are read.
-void I_FILE::read_func(unsigned long number) {
+void I_FILE::tp_make_func(unsigned long number) {
   unsigned depth = 0;
   TYPE* return_type = read_target(depth);
   auto parts = std::make_shared<FUNC_PARTS>();
@@ -276,7 +304,7 @@ void I_FILE::finish_func(TYPE_INFO& info) {
   info.unfinished.reset();
 }
 
-void I_FILE::read_csu(unsigned long number, bool is_long) {
+void I_FILE::tp_make_csu(unsigned long number, bool is_long) {
   const unsigned kind = i_read_u8();
   if (kind < TYPE::K_CLASS || kind > TYPE::K_UNION) if_die(INVALID_RECORD);
   const char* name = intern_text(i_read_string());
@@ -313,19 +341,19 @@ void I_FILE::read_csu(unsigned long number, bool is_long) {
 // ---------------------------------------------------------------------------------------------
 // Lists
 
-void I_FILE::read_type_list(TYPE_INFO& owner, int code) {
+// A header in the middle of its list, or ahead of a second stretch, changes nothing.
+void I_FILE::tp_make_list(TYPE_INFO& owner) {
   const int kind = static_cast<int>(i_read_u8());
-  if (code == TC_LIST_TRAILER) {
-    if (owner.open_list != kind) if_die(INVALID_RECORD);
-    owner.open_list = -1;
-    return;
-  }
-  // A header in the middle of its list, or ahead of a second stretch, changes nothing.
   if (kind >= TL_COUNT || !can_have_list(owner, kind)) if_die(INVALID_RECORD);
   owner.open_list = kind;
 }
 
-void I_FILE::read_member(TYPE* csu) {
+void I_FILE::tp_end_list(TYPE_INFO& owner) {
+  if (owner.open_list != static_cast<int>(i_read_u8())) if_die(INVALID_RECORD);
+  owner.open_list = -1;
+}
+
+void I_FILE::tp_make_mdata(TYPE* csu) {
   fkMDATA member;
   const unsigned long number = i_read_uint();
   member.number = static_cast<unsigned>(number);
@@ -353,87 +381,91 @@ void I_FILE::read_member(TYPE* csu) {
     if_die(INVALID_RECORD);
   member.bit_size = static_cast<unsigned>(bit_size);
   char fixed_name[32];
-  if (member.fixed_type_id && !*member.name) {
+  if (member.fixed_type_id) {
+    member.record_name = member.name;
     snprintf(fixed_name, sizeof fixed_name, FIXED_TYPE_NAME, member.fixed_type_id);
     member.name = fixed_name; // interned by add_member
   }
   tp->add_member(csu, member);
 }
 
-void I_FILE::read_type_element(TYPE_INFO& owner, int code) {
+void I_FILE::tp_make_param(TYPE_INFO& owner) {
+  TYPE_PARAM param;
+  unsigned class_depth = 0; // a class stands on nothing, its forward references would not end
+  param.type = read_target(owner.unfinished ? owner.depth : class_depth);
+  i_read_bool();
+  param.flags = static_cast<unsigned>(i_read_uint());
+  param.name = intern_text(i_read_string());
+  (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params).push_back(param);
+}
+
+void I_FILE::tp_make_etor(TYPE* enumeration) {
+  TYPE_ENUMERATOR e;
+  e.name = intern_text(i_read_string());
+  // No decimal text helps a value of more than 32 bits here.
+  e.value = enumeration->is_signed() ? i_read_wide_sint() : static_cast<long>(i_read_uint());
+  e.psn = i_read_psn();
+  enumeration->enum_parts()->enumerators.push_back(e);
+}
+
+void I_FILE::tp_make_bclass(CSU_PARTS* parts) {
+  TYPE_BASE_CLASS b;
+  b.type = i_read_typeref();
+  b.offset = i_read_sint();
+  b.access = checked_access(i_read_u8());
+  b.is_virtual = i_read_bool();
+  if (!b.type || !b.type->is_csu()) if_die(INVALID_RECORD);
+  parts->bases.push_back(b);
+}
+
+void I_FILE::tp_make_adecl(CSU_PARTS* parts) {
+  TYPE_ACCESS_DECL d;
+  d.word = static_cast<unsigned>(i_read_uint());
+  d.access = checked_access(i_read_u8());
+  parts->access_decls.push_back(d);
+}
+
+void I_FILE::tp_make_ffriend(CSU_PARTS* parts) {
+  TYPE_FRIEND_FUNC f;
+  f.name = intern_text(i_read_string());
+  f.type = i_read_typeref();
+  parts->friend_funcs.push_back(f);
+}
+
+void I_FILE::tp_make_sdata(CSU_PARTS* parts) {
+  TYPE_STATIC_MEMBER m;
+  m.name = intern_text(i_read_string());
+  m.type = i_read_typeref();
+  m.access = checked_access(i_read_u8());
+  parts->static_members.push_back(m);
+}
+
+void I_FILE::tp_make_mfunc(CSU_PARTS* parts) {
+  TYPE_MEMBER_FUNC f;
+  f.name = intern_text(i_read_string());
+  f.type = i_read_typeref();
+  f.access = checked_access(i_read_u8());
+  f.vtable_index = i_read_sint();
+  for (bool& flag : f.flags)
+    flag = i_read_bool();
+  parts->member_funcs.push_back(f);
+}
+
+void I_FILE::tp_make_element(TYPE_INFO& owner, int code) {
   if (owner.open_list != list_of_element(code) || !can_have_list(owner, owner.open_list))
     if_die(INVALID_RECORD);
-  if (code == TC_PARAM) {
-    TYPE_PARAM param;
-    unsigned class_depth = 0; // a class stands on nothing, its forward references would not end
-    param.type = read_target(owner.unfinished ? owner.depth : class_depth);
-    i_read_bool();
-    param.flags = static_cast<unsigned>(i_read_uint());
-    param.name = intern_text(i_read_string());
-    (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params)
-        .push_back(param);
-    return;
-  }
-  if (code == TC_MEMBER) {
-    read_member(owner.type);
-    return;
-  }
-  if (code == TC_ENUMERATOR) {
-    TYPE_ENUMERATOR e;
-    e.name = intern_text(i_read_string());
-    e.value = owner.type->is_signed() ? i_read_sint() : static_cast<long>(i_read_uint());
-    e.psn = i_read_psn();
-    owner.type->enum_parts()->enumerators.push_back(e);
-    return;
-  }
-
+  if (code == TC_PARAM) return tp_make_param(owner);
+  if (code == TC_ENUMERATOR) return tp_make_etor(owner.type);
+  if (code == TC_MEMBER) return tp_make_mdata(owner.type);
   CSU_PARTS* parts = owner.type->csu_parts();
   switch (code) {
-  case TC_BASE_CLASS: {
-    TYPE_BASE_CLASS b;
-    b.type = i_read_typeref();
-    b.offset = i_read_sint();
-    b.access = checked_access(i_read_u8());
-    b.is_virtual = i_read_bool();
-    if (!b.type || !b.type->is_csu()) if_die(INVALID_RECORD);
-    parts->bases.push_back(b);
-    break;
-  }
-  case TC_ACCESS_DECL: {
-    TYPE_ACCESS_DECL d;
-    d.word = static_cast<unsigned>(i_read_uint());
-    d.access = checked_access(i_read_u8());
-    parts->access_decls.push_back(d);
-    break;
-  }
-  case TC_FRIEND_FUNC: {
-    TYPE_FRIEND_FUNC f;
-    f.name = intern_text(i_read_string());
-    f.type = i_read_typeref();
-    parts->friend_funcs.push_back(f);
-    break;
-  }
+  case TC_BASE_CLASS: tp_make_bclass(parts); break;
+  case TC_ACCESS_DECL: tp_make_adecl(parts); break;
+  case TC_FRIEND_FUNC: tp_make_ffriend(parts); break;
   case TC_FRIEND_CLASS: parts->friend_classes.push_back(i_read_typeref()); break;
   case TC_NESTED_TYPE: parts->nested_types.push_back(i_read_typeref()); break;
-  case TC_STATIC_MEMBER: {
-    TYPE_STATIC_MEMBER m;
-    m.name = intern_text(i_read_string());
-    m.type = i_read_typeref();
-    m.access = checked_access(i_read_u8());
-    parts->static_members.push_back(m);
-    break;
-  }
-  case TC_MEMBER_FUNC: {
-    TYPE_MEMBER_FUNC f;
-    f.name = intern_text(i_read_string());
-    f.type = i_read_typeref();
-    f.access = checked_access(i_read_u8());
-    f.vtable_index = i_read_sint();
-    for (bool& flag : f.flags)
-      flag = i_read_bool();
-    parts->member_funcs.push_back(f);
-    break;
-  }
+  case TC_STATIC_MEMBER: tp_make_sdata(parts); break;
+  case TC_MEMBER_FUNC: tp_make_mfunc(parts); break;
   default: if_die(INVALID_RECORD);
   }
 }

@@ -55,9 +55,13 @@ template <class VISIT> void for_each_list_type(const TYPE* csu, VISIT visit_type
     visit(p.type);
 }
 
+bool is_class(const TYPE* t) {
+  return t->kind >= TYPE::K_CLASS && t->kind <= TYPE::K_UNION;
+}
+
 // Is `t` a class that is more than declared?
 bool has_lists(const TYPE* t) {
-  if (t->kind < TYPE::K_CLASS) return false;
+  if (!is_class(t)) return false;
   const CSU_PARTS* parts = t->csu_parts();
   return parts->has_long_form || !parts->members.empty();
 }
@@ -132,7 +136,7 @@ void I_FILE::write_csu_short(TYPE* csu) {
 void I_FILE::write_csu_type_lists(TYPE* csu) {
   if (!has_lists(csu)) return;
   const CSU_PARTS* parts = csu->csu_parts();
-  for_each_list_type(csu, [this](TYPE* t) { write_type(t); });
+  for_each_list_type(csu, [this](TYPE* t) { if_write_type(t); });
 
   begin_type_record(csu, TC_CSU_LONG);
   i_write_i8(csu->kind);
@@ -188,11 +192,8 @@ void I_FILE::write_csu_type_lists(TYPE* csu) {
              [this](TYPE* t) { i_write_typeref(t); });
   write_list(TL_MEMBERS, TC_MEMBER, parts->members, [this](const fkMDATA* m) {
     i_write_uint(m->number);
-    char fixed_name[32];
-    snprintf(fixed_name, sizeof fixed_name, FIXED_TYPE_NAME, m->fixed_type_id);
-    // The reader makes such a name again.
-    const bool is_made_up = m->fixed_type_id && strcmp(m->name, fixed_name) == 0;
-    i_write_string(is_made_up ? "" : m->name);
+    // A reader makes the name of one with an id anew.
+    i_write_string(m->fixed_type_id ? m->record_name : m->name);
     i_write_typeref(m->type);
     i_write_i8(m->access);
     i_write_sint(m->bit_offset);
@@ -227,7 +228,8 @@ void I_FILE::write_type_record(TYPE* t) {
     i_write_uint(t->align);
   };
   switch (t->kind) {
-  case TYPE::K_VOID: begin_type_record(t, code_of_ekind[t->ekind()]); break;
+  case TYPE::K_VOID:
+  case TYPE::K_UNKNOWN: begin_type_record(t, code_of_ekind[t->ekind()]); break;
   case TYPE::K_INT:
     begin_type_record(t, code_of_ekind[t->ekind()]);
     i_write_bool(t->flags & TYPE::SIGNED);
@@ -336,7 +338,7 @@ void I_FILE::write_type_record(TYPE* t) {
 
 // Writes what `type` stands on, then itself; nothing that is written already. Classes count as
 // written: their short forms are.
-void I_FILE::write_type(TYPE* type) {
+void I_FILE::if_write_type(TYPE* type) {
   struct STEP {
     TYPE* type;
     bool bases_are_written;
@@ -359,43 +361,66 @@ void I_FILE::write_type(TYPE* type) {
   }
 }
 
-void I_FILE::if_write_all_types(bool named) {
-  auto refer_to = [this](TYPE* t) {
-    if (t) type_number(t);
-  };
+void I_FILE::refer_to(TYPE* type) {
+  if (type) type_number(type);
+}
+
+void I_FILE::mark_types_of_globals() {
   for (const I_SYMTAB* sym : globals) {
     refer_to(sym->sym_type());
     refer_to(sym->sym_cpp_type());
   }
-  std::vector<TYPE*> all;
-  if (tp)
-    tp->walk_types([](TYPE* t, void* arg) { static_cast<std::vector<TYPE*>*>(arg)->push_back(t); },
-                   &all);
-  if (named)
-    for (TYPE* t : all)
-      if (has_name(t)) refer_to(t);
+}
+
+void I_FILE::mark_named_types(const std::vector<TYPE*>& all, bool named) {
+  if (!named) return;
+  for (TYPE* t : all)
+    if (has_name(t)) refer_to(t);
+}
+
+void I_FILE::mark_refed_types() {
+  auto refer = [this](TYPE* t) { refer_to(t); };
   // The table grows on the way.
   for (size_t i = 0; i < numbered_types.size(); i++) {
-    for_each_basis(numbered_types[i], refer_to);
-    if (has_lists(numbered_types[i])) for_each_list_type(numbered_types[i], refer_to);
+    for_each_basis(numbered_types[i], refer);
+    if (has_lists(numbered_types[i])) for_each_list_type(numbered_types[i], refer);
   }
-  if (numbered_types.empty()) return;
+}
 
-  types_off = static_cast<uint32_t>(if_tell());
-  type_is_written.assign(numbered_types.size(), false);
+// The short forms of all classes that are referred to, which it gives back.
+std::vector<TYPE*> I_FILE::write_all_csu_types(const std::vector<TYPE*>& all) {
   std::vector<TYPE*> classes;
   for (TYPE* t : all) {
     const unsigned n = t->file_number;
     const bool is_numbered = n && n <= numbered_types.size() && numbered_types[n - 1] == t;
-    if (t->kind >= TYPE::K_CLASS && is_numbered) classes.push_back(t);
+    if (is_class(t) && is_numbered) classes.push_back(t);
   }
   for (TYPE* csu : classes) {
     type_is_written[csu->file_number - 1] = true;
     write_csu_short(csu);
   }
-  for (TYPE* csu : classes)
-    write_csu_type_lists(csu);
+  return classes;
+}
+
+void I_FILE::write_type_tree() {
   for (TYPE* t : numbered_types)
-    write_type(t);
+    if_write_type(t);
+}
+
+void I_FILE::if_write_all_types(bool named) {
+  std::vector<TYPE*> all;
+  if (tp)
+    tp->walk_types([](TYPE* t, void* arg) { static_cast<std::vector<TYPE*>*>(arg)->push_back(t); },
+                   &all);
+  mark_types_of_globals();
+  mark_named_types(all, named);
+  mark_refed_types();
+  if (numbered_types.empty()) return;
+
+  types_off = static_cast<uint32_t>(if_tell());
+  type_is_written.assign(numbered_types.size(), false);
+  for (TYPE* csu : write_all_csu_types(all))
+    write_csu_type_lists(csu);
+  write_type_tree();
   i_write_eof();
 }

@@ -93,7 +93,7 @@ uint32_t Reader::uint_32() {
   return uint32_t(value);
 }
 
-int32_t Reader::sint() {
+int64_t Reader::wide_sint() {
   size_t start = pos_;
   uint64_t value = 0;
   for (int shift = 0;; shift += 7) {
@@ -105,9 +105,14 @@ int32_t Reader::sint() {
     value |= uint64_t(byte & 0x7f) << shift;
     if (byte & 0x80) continue;
     int bits = shift + 7;
-    if (bits < 32 && (byte & 0x40)) value |= ~uint64_t(0) << bits;
-    return ok() ? int32_t(uint32_t(value)) : 0;
+    if (bits < 64 && (byte & 0x40)) value |= ~uint64_t(0) << bits;
+    return ok() ? int64_t(value) : 0;
   }
+}
+
+// The sign that the wide form puts above bit 31 is dropped with the other bits there.
+int32_t Reader::sint() {
+  return int32_t(uint32_t(wide_sint()));
 }
 
 std::string Reader::str() {

@@ -39,10 +39,11 @@ public:
   bool boolean() { return u8() != 0; }
   uint16_t u16();
   uint32_t u32();
-  uint64_t uint();    // unsigned LEB128 of at most 64 bits
-  uint32_t uint_32(); // the same, failing on a value of more than 32 bits
-  int32_t sint();     // signed LEB128; bits above the 32nd are dropped
-  std::string str();  // up to a zero byte, which is not part of the result
+  uint64_t uint();     // unsigned LEB128 of at most 64 bits
+  uint32_t uint_32();  // the same, failing on a value of more than 32 bits
+  int32_t sint();      // signed LEB128; bits above the 32nd are dropped
+  int64_t wide_sint(); // signed LEB128 of at most 64 bits
+  std::string str();   // up to a zero byte, which is not part of the result
   std::string counted(uint64_t length);
   std::string rest() { return counted(left()); } // what is left of the payload
 

@@ -31,7 +31,7 @@ template <class R> struct FieldReader {
   template <class F> void str(const char*, F R::*f) { to.*f = r.str(); }
   template <class F> void psn(F R::*f) { to.*f = get_psn(r); }
   template <class F> void value(const char*, F R::*f) {
-    to.*f = value_is_signed ? uint64_t(int64_t(r.sint())) : r.uint();
+    to.*f = value_is_signed ? uint64_t(r.wide_sint()) : r.uint();
   }
   template <class F> void lists(const char*, F R::*f) {
     for (size_t i = 0; i < LONG_FORM_LISTS.size(); ++i)

@@ -1,0 +1,354 @@
+// The container: records in, records out, and the walks over a file's bytes.
+#include "file_fixture.h"
+
+#include <cstdarg>
+#include <functional>
+#include <sys/resource.h>
+
+namespace {
+
+// Writes down what it is told.
+struct LOG_CLIENT : TYPE_CLIENT {
+  std::string log;
+
+  __attribute__((format(printf, 2, 3))) void note(const char* format, ...) {
+    char text[200];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    log += text;
+    log += '\n';
+  }
+  static unsigned line(const PSN* psn) { return psn ? psn->line : 0; }
+
+  void cl_symbol_def(I_SYMTAB* sym) override {
+    note("symbol %s %u", sym->sym_name(), sym->sym_level());
+  }
+  void cl_pragma(I_SYMTAB* sym, PRAGMA* pragma) override {
+    note("pragma %d %s", pragma->kind, sym ? sym->sym_name() : "-");
+    delete pragma;
+  }
+  void cl_begin_func(I_SYMTAB* func, PSN* psn) override {
+    note("function %s @%u", func->sym_name(), line(psn));
+  }
+  void cl_end_args(PSN* psn) override { note("end of arguments @%u", line(psn)); }
+  void cl_end_locals(PSN* psn) override { note("end of locals @%u", line(psn)); }
+  void cl_begin_block(PSN* psn) override { note("{ @%u", line(psn)); }
+  void cl_end_block(PSN* psn) override { note("} @%u", line(psn)); }
+  void cl_end_func(PSN* psn) override { note("end @%u", line(psn)); }
+  void cl_ir_end_func(PSN* psn) override { note("ir end @%u", line(psn)); }
+  void cl_expr(BASE_NODE* root, PSN* psn) override {
+    note("expression %d:%d @%u", root->op, root->vreg_id(), line(psn));
+    erase_base_tree(root);
+  }
+  void cl_label(unsigned number) override { note("label %u", number); }
+  void cl_inline_asm(char* text, PSN* psn) override { note("asm %s @%u", text, line(psn)); }
+  void cl_comment(char* text) override { note("comment of %zu", strlen(text)); }
+  void cl_func_info(int info) override { note("info %d", info); }
+  void cl_func_eht(EHT_ENTRY* entries, unsigned count) override {
+    for (EHT_ENTRY* e = entries; e != entries + count; e++) {
+      note("entry %u %u %u %u%s", e->id, e->kind, e->region, e->count, e->cleanup ? " tree" : "");
+      if (e->catches)
+        for (const I_CATCH_ENTRY& c : *e->catches)
+          note("catch %s %u %d", c.type_name.c_str(), c.number, c.flag);
+      delete e->catches;
+      if (e->cleanup) erase_base_tree(e->cleanup);
+    }
+  }
+  void cl_loop_def(unsigned id, unsigned parent, unsigned long min, unsigned long max,
+                   unsigned long multiple) override {
+    note("loop %u %u %lu %lu %lu", id, parent, min, max, multiple);
+  }
+  void cl_loop_header(unsigned id, I_SYMTAB* lcv, int flag) override {
+    note("in loop %u %s %d", id, lcv ? lcv->sym_name() : "-", flag);
+  }
+  void cl_dd_vector(int id, int kind, int n, DD_ENTRY* entries) override {
+    note("vector %d %d", id, kind);
+    for (int k = 0; k < n; k++)
+      note("distance %d %d", entries[k].kind, entries[k].distance);
+  }
+  void cl_dd_edge(int from, int to, int kind) override { note("edge %d %d %d", from, to, kind); }
+  void cl_mbank(int a, int b, int c, int d, int e) override {
+    note("bank %d %d %d %d %d", a, b, c, d, e);
+  }
+};
+
+class IcodeFile : public testing::Test {
+protected:
+  std::unique_ptr<TYPE_PKG> pkg{TYPE_PKG::init_type_pkg()};
+  LOG_CLIENT client;
+  std::string path = test_path(), second_path = test_path() + "_2";
+  std::vector<std::unique_ptr<TYPED_SYMBOL>> symbols;
+
+  void TearDown() override {
+    remove(path.c_str());
+    remove(second_path.c_str());
+  }
+
+  FILE_PTR create(const std::string& name) {
+    return FILE_PTR{I_FILE::if_create(fopen(name.c_str(), "w+b"), pkg.get(), "t.c", 0)};
+  }
+
+  TYPED_SYMBOL* symbol(const char* name, PSN* psn = nullptr) {
+    symbols.push_back(std::make_unique<TYPED_SYMBOL>(pkg->mk_plain_int(), name, psn));
+    return symbols.back().get();
+  }
+
+  FILE_PTR open(const std::string& name) {
+    FILE_PTR in{I_FILE::if_open(fopen(name.c_str(), "rb"), &client)};
+    EXPECT_TRUE(in);
+    in->if_type_init(pkg.get());
+    return in;
+  }
+
+  // Replaces bytes of the file.
+  void patch(long offset, const std::string& bytes) const {
+    FILE* fp = fopen(path.c_str(), "r+b");
+    fseek(fp, offset, SEEK_SET);
+    fwrite(bytes.data(), 1, bytes.size(), fp);
+    fclose(fp);
+  }
+};
+
+// A function with a comment of that many bytes.
+void write_commented(I_FILE& f, I_SYMTAB* func, size_t length) {
+  f.if_write_begin_func(func, nullptr);
+  f.if_write_end_args(nullptr);
+  f.if_write_comment(std::string(length, 'c').c_str());
+  f.if_write_end_func(nullptr);
+}
+
+PSN* at(unsigned line) {
+  return make_psn("t.c", line, 1);
+}
+
+} // namespace
+
+TEST_F(IcodeFile, EveryRecordOfAFunction) {
+  FILE_PTR out = create(path);
+  TYPED_SYMBOL* f = symbol("f");
+  out->if_enter_global(f);
+  out->if_write_begin_func(f, at(1));
+  TYPED_SYMBOL* p = symbol("p");
+  out->if_enter_local(p);
+  out->if_write_symbol(p);
+  out->if_write_end_args(at(2));
+  out->if_write_end_locals(at(3));
+  out->if_write_func_info(-3);
+  EHT_ENTRY entries[3] = {};
+  std::vector<I_CATCH_ENTRY> catches = {{"int", 7, true}, {"", 8, false}};
+  entries[1] = {1, EHK_CATCH, 0, 2, &catches, nullptr};
+  entries[2] = {2, EHK_CLEANUP, 1, 9, nullptr, nullptr}; // without a tree
+  out->if_write_func_eht(entries, 3);
+  out->if_write_loop(1, 2, 3, 1ul << 40, 4, 0xFFFF);
+  out->if_write_begin_block(at(4));
+  out->if_write_inloop(1, p, 2);
+  out->if_write_inloop(1, nullptr, 0);
+  out->if_write_label(5);
+  BASE_NODE* reg = new_node(VREG, pkg->mk_plain_int());
+  reg->mk_vreg(-6);
+  out->if_write_expr(reg, at(5));
+  erase_base_tree(reg);
+  DD_ENTRY distances[2] = {{200, -100}, {1, 127}};
+  out->if_write_dep_vector(distances, 1, 2, 2);
+  out->if_write_dep_edge(1, 2, 3);
+  out->if_write_mbank(1, 2, 3, 4, 5);
+  out->if_write_ldspec_induct(1, 2, -3, pkg->mk_plain_int(), -1, 4);
+  out->if_write_ldspec_rand(1, 2, 3, nullptr, 0, 4);
+  out->if_write_ldspec_region(1, INT32_MAX);
+  out->if_write_assembly("nop", at(6));
+  out->if_write_end_block(at(7));
+  out->if_write_end_func(at(8));
+  ASSERT_EQ(out->if_close(false, false), 0);
+
+  open(path)->if_read_file();
+  EXPECT_EQ(client.log, "symbol f 0\n"
+                        "function f @1\n"
+                        "symbol p 1\n"
+                        "end of arguments @2\n"
+                        "end of locals @3\n"
+                        "info -3\n"
+                        "entry 0 0 0 0\n"
+                        "entry 1 2 0 2\n"
+                        "catch int 7 1\n"
+                        "catch  8 0\n"
+                        "entry 2 1 1 9\n"
+                        "loop 1 2 3 1099511627776 4\n"
+                        "{ @4\n"
+                        "in loop 1 p 2\n"
+                        "in loop 1 - 0\n"
+                        "label 5\n"
+                        "expression 163:-6 @5\n"
+                        "vector 1 2\n"
+                        "distance 200 -100\n"
+                        "distance 1 127\n"
+                        "edge 1 2 3\n"
+                        "bank 1 2 3 4 5\n"
+                        "asm nop @6\n"
+                        "} @7\n"
+                        "end @8\n");
+}
+
+// Functions one by one: skipped, read from where the file stands, and read at an offset. The
+// stream is that of another file, copied in pieces.
+TEST_F(IcodeFile, FunctionsOneByOne) {
+  FILE_PTR out = create(path);
+  const size_t lengths[3] = {20000, 3, 8192};
+  unsigned long starts[4];
+  for (const char* name : {"f0", "f1", "f2"})
+    out->if_enter_global(symbol(name));
+  for (int k = 0; k < 3; k++) {
+    starts[k] = out->if_tell();
+    write_commented(*out, out->globals[k], lengths[k]);
+  }
+  starts[3] = out->if_tell();
+  ASSERT_EQ(out->if_close(false, false), 0);
+  const std::string first = contents(path);
+
+  FILE_PTR in = open(path);
+  in->if_read_file();
+  const auto function = [&](int k) {
+    return "function f" + std::to_string(k) + " @0\nend of arguments @0\ncomment of " +
+           std::to_string(lengths[k]) + "\nend @0\n";
+  };
+  const std::string tables = "symbol f0 0\nsymbol f1 0\nsymbol f2 0\n";
+  EXPECT_EQ(client.log, tables + function(0) + function(1) + function(2));
+
+  client.log.clear();
+  in->if_read_func(starts[1]);
+  EXPECT_EQ(client.log, function(1));
+  EXPECT_EQ(in->if_tell(), starts[2]);
+  EXPECT_EQ(in->level, 0u);
+  in->if_seek(starts[0]);
+  in->if_skip_func();
+  EXPECT_EQ(in->if_tell(), starts[1]);
+  in->if_skip_func();
+  in->if_read_func(0);
+  EXPECT_EQ(client.log, function(1) + function(2));
+  EXPECT_EQ(in->if_tell(), starts[3]);
+  // At the end of the stream there is nothing to read or skip.
+  in->if_read_func(starts[3]);
+  in->if_seek(starts[3]);
+  in->if_skip_func();
+  EXPECT_EQ(client.log, function(1) + function(2));
+  EXPECT_EXIT(in->if_seek(first.size() + 1), testing::ExitedWithCode(1), "Invalid I-code record");
+
+  FILE_PTR copy = create(second_path);
+  copy->if_copy_symbols(in.get());
+  copy->if_copy_raw(starts[0], starts[3] - starts[0], in.get());
+  EXPECT_EQ(copy->if_tell(), starts[3]);
+  EXPECT_EXIT(copy->if_copy_raw(starts[3], first.size(), in.get()), testing::ExitedWithCode(1),
+              "Invalid I-code record");
+  ASSERT_EQ(copy->if_close(false, false), 0);
+  EXPECT_EQ(contents(second_path), first);
+}
+
+TEST_F(IcodeFile, FramesAreChecked) {
+  FILE_PTR out = create(path);
+  out->if_enter_global(symbol("f"));
+  out->if_write_comment("before");
+  const unsigned long bad = out->if_tell();
+  out->if_write_comment("middle");
+  out->if_write_comment("behind");
+  ASSERT_EQ(out->if_close(false, false), 0);
+
+  const auto check = [&] {
+    FILE_PTR in = open(path);
+    testing::internal::CaptureStdout();
+    const bool good = in->if_check_lengths();
+    EXPECT_GT(in->if_tell(), 0u) << "the reader stands where it stood";
+    const std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(good, text.empty());
+    return text;
+  };
+  EXPECT_EQ(check(), "");
+  const std::string place = "@" + std::to_string(bad) + ",id=47,sz=";
+  const std::string previous = ",prev [@" + std::to_string(bad - 9) + ",id=47,sz=7]\n";
+  patch(static_cast<long>(bad) + 1, "\x7f");
+  EXPECT_EQ(check(), ">>I-file error:" + place + "127" + previous);
+  // A length that never ends, and one that the file's end cuts.
+  patch(static_cast<long>(bad) + 1, std::string(12, '\xff'));
+  EXPECT_EQ(check().substr(0, 15 + place.size()), ">>I-file error:" + place);
+  patch(static_cast<long>(bad) + 1, std::string("\x07middle\0\x2f\x07"
+                                                "be",
+                                                12));
+  EXPECT_EQ(check(), "");
+  patch(static_cast<long>(contents(path).size()), "\x2f\x80");
+  EXPECT_EQ(check().substr(0, 16), ">>I-file error:@");
+}
+
+// The number of a file that the table lacks has no name, whatever the symbols before it have.
+TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
+  FILE_PTR out = create(path);
+  out->if_enter_global(symbol("a", make_psn("a.c", 1, 1)));
+  out->if_enter_global(symbol("b", make_psn("b.c", 2, 1)));
+  EXPECT_EQ(out->file_names.size(), 2u);
+  EXPECT_EQ(out->i_enter_file_name("a.c"), 1u);
+  ASSERT_EQ(out->if_close(false, false), 0);
+  const std::string bytes = contents(path);
+  // b's position, in the last but one of its record's fields.
+  const size_t place = bytes.rfind(std::string("\x02\x02\x01\x00", 4));
+  ASSERT_NE(place, std::string::npos);
+  patch(static_cast<long>(place), "\x03");
+
+  FILE_PTR in = open(path);
+  in->if_read_file();
+  EXPECT_EQ(in->file_names.size(), 2u);
+  EXPECT_STREQ(client.symbols.at(0)->psn->file, "a.c");
+  EXPECT_EQ(client.symbols.at(1)->psn->file, nullptr);
+  EXPECT_EQ(client.symbols.at(1)->psn->line, 2u);
+}
+
+// The two readers of signed numbers differ in those of 32 bits and more only.
+TEST_F(IcodeFile, SignedNumbers) {
+  const long values[] = {
+      0,         -1,       63, 64, -64, -65, INT32_MAX, INT32_MIN, INT32_MAX + 1l, INT32_MIN - 1l,
+      INT64_MAX, INT64_MIN};
+  FILE_PTR out = create(path);
+  const unsigned long start = out->if_tell();
+  for (long v : values)
+    out->i_write_sint(v);
+  out->i_flush(TAG_LIR);
+  ASSERT_EQ(out->if_close(false, false), 0);
+  FILE_PTR in = open(path);
+  int tag, len;
+  in->if_seek(start);
+  in->i_read_header(tag, len);
+  EXPECT_EQ(tag, TAG_LIR);
+  for (long v : values)
+    EXPECT_EQ(in->i_read_wide_sint(), v);
+  in->if_seek(start);
+  in->i_read_header(tag, len);
+  for (long v : values)
+    EXPECT_EQ(in->i_read_sint(), v == INT32_MIN - 1l ? v + (1l << 35) : v);
+}
+
+TEST_F(IcodeFile, RecordsGrowAndMemoryEnds) {
+  FILE_PTR out = create(path);
+  for (size_t length : {32767, 32768, 100000})
+    out->if_write_comment(std::string(length, 'c').c_str());
+  for (int k = 0; k < 40000; k++)
+    out->i_write_i8('c');
+  out->i_write_i8(0);
+  out->i_flush(TAG_COMMENT);
+  ASSERT_EQ(out->if_close(false, false), 0);
+  open(path)->if_read_file();
+  EXPECT_EQ(client.log,
+            "comment of 32767\ncomment of 32768\ncomment of 100000\ncomment of 40000\n");
+
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "its own memory lets no limit be set";
+#endif
+  const auto write_without_end = [this] {
+    FILE_PTR endless = create(second_path);
+    rlimit limit;
+    limit.rlim_cur = limit.rlim_max = 256ul << 20;
+    setrlimit(RLIMIT_AS, &limit);
+    const std::string piece(1 << 20, 'c');
+    for (int k = 0; k < 1000; k++)
+      endless->i_write_string(piece.c_str());
+  };
+  EXPECT_EXIT(write_without_end(), testing::ExitedWithCode(1),
+              ">> ICODE Buffer size exceeded and realloc failed");
+}
