@@ -285,6 +285,13 @@ TEST_F(Trees, TypeQuestions) {
   EXPECT_TRUE(type_may_contain_volatile(heir));
   EXPECT_TRUE(type_may_alias_type(tp->mk_long(), outer));
   EXPECT_FALSE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), outer));
+  // Nothing is known of what an object of unknown kind holds.
+  TYPE* dark = tp->mk_struct("dark");
+  dark->csu_parts()->complete = true;
+  member.type = tp->mk_unknown();
+  tp->add_member(dark, member);
+  EXPECT_TRUE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), dark));
+  EXPECT_TRUE(type_may_alias_type(tp->mk_unknown(), outer));
   NODE* bit = op(ANDB, icon(6), icon(1));
   EXPECT_TRUE(returns_1_or_0(bit));
   EXPECT_TRUE(value_fits_in_type(bit, tp->mk_plain_int(), nullptr));
