@@ -1,7 +1,6 @@
 // The container: records in, records out, and the walks over a file's bytes.
 #include "file_fixture.h"
 
-#include <cstdarg>
 #include <functional>
 #include <sys/resource.h>
 
@@ -11,12 +10,9 @@ namespace {
 struct LOG_CLIENT : TYPE_CLIENT {
   std::string log;
 
-  __attribute__((format(printf, 2, 3))) void note(const char* format, ...) {
+  template <class... VALUES> void note(const char* format, VALUES... values) {
     char text[200];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
-    va_end(args);
+    snprintf(text, sizeof text, format, values...);
     log += text;
     log += '\n';
   }
@@ -258,7 +254,7 @@ TEST_F(IcodeFile, FramesAreChecked) {
     testing::internal::CaptureStdout();
     const bool good = in->if_check_lengths();
     EXPECT_GT(in->if_tell(), 0u) << "the reader stands where it stood";
-    const std::string text = testing::internal::GetCapturedStdout();
+    std::string text = testing::internal::GetCapturedStdout();
     EXPECT_EQ(good, text.empty());
     return text;
   };
