@@ -68,6 +68,7 @@ public:
 
   STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
   STACK_SHARING_SCOPE* sharing_open = nullptr;
+  TYPE* sharing_type = nullptr; // of the object that locals share, if any
 
   unsigned time = 0; // microseconds spent in steps
   bool cd_ok = true; // no built-in of the body forbids data-flow transformations

@@ -8,6 +8,7 @@
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/simp1.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
 #include "OPT5/types.h"
@@ -102,6 +103,7 @@ public:
       LS* scope =
           lex == 1 ? currfuninfo->scope->level_1_scope() : currfuninfo->scope->innermost_open();
       scope->add_symbol(sym);
+      if (lex > 2 && may_share_stack(sym)) add_stack_sharing_variable(sym);
     }
     return sym;
   }
@@ -114,6 +116,7 @@ public:
       // New pragmas go to the head; a file's order is the reverse of the reading order then, so
       // those of one symbol are appended here to be written as they were read.
       auto* sym = static_cast<SYMTAB*>(owner);
+      delete_stack_sharing_variable(sym); // it is spoken of by itself
       PRAGMA** tail = &sym->pragmas;
       while (*tail)
         tail = &(*tail)->next;
@@ -161,6 +164,7 @@ public:
     currfuninfo->incoming = currfuninfo->inlined_params = nullptr;
     currfuninfo->symbols = currfuninfo->reg_candidates = nullptr;
     currfuninfo->scope = LS::init(psn, sym);
+    init_stack_sharing();
     currfuninfo->header_comments.swap(comments_between_functions);
     lex = 1;
     open_blocks = {{psn, nullptr, nullptr}}; // of the parameters and the outermost locals
@@ -183,6 +187,7 @@ public:
     lex++;
     open_blocks.push_back({psn, currfuninfo->incoming, nullptr});
     currfuninfo->scope->open(psn, currfunc, 0);
+    begin_stack_sharing_scope(lex);
   }
 
   void cl_end_block(PSN* psn) override {
@@ -191,6 +196,7 @@ public:
     note_pointers_declared_since(open_blocks.back().symbols_at_begin);
     open_blocks.pop_back();
     currfuninfo->scope->close(psn, currfunc, 0);
+    end_stack_sharing_scope();
   }
 
   void cl_end_func(PSN* psn) override {

@@ -5,6 +5,7 @@
 
 #include "OPT5/passes.h"
 
+#include "OPT5/alias.h"
 #include "OPT5/deadasg.h"
 #include "OPT5/driver.h"
 #include "OPT5/fcp.h"
@@ -124,6 +125,11 @@ void pass_2_inits() {
   simpcfg(false, false);
 }
 
+void stack_sharing() {
+  reset_alias_info();
+  build_stack_sharing_type();
+}
+
 void disclose_vectors() {
   disclose_vector_operations(false);
 }
@@ -165,7 +171,7 @@ const STEP_ROW early_steps[] = {
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
     {"pass 2 inits", PASS, step<always, pass_2_inits>},
-    {"stack sharing", PASS, step<stack_sharing_wanted, build_stack_sharing_type>},
+    {"stack sharing", PASS, step<stack_sharing_wanted, stack_sharing>},
     {"CPS", PASS, step<always, nothing>},
     {"early LIR", PASS, step<always, nothing>},
     {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},

@@ -1,21 +1,42 @@
 #include "OPT5/stackshare.h"
 
+#include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/scope.h"
+#include "OPT5/streams.h"
+#include "OPT5/types.h"
 
 #include <algorithm>
+#include <bit>
 #include <mutex>
+#include <set>
 #include <unordered_map>
 
 static std::mutex mdata_lock; // member data that is added to the type package
 
+// Scopes from this depth on belong to the one around them: an access names two members a level,
+// and nobody nests that many blocks with arrays.
+static constexpr int DEEPEST_SCOPE = 16;
+// Objects beyond are no stack's, and sums of their sizes would not fit in a number.
+static constexpr unsigned long LARGEST_OBJECT = 1UL << 40; // bits
+static constexpr unsigned LARGEST_ALIGN = 1U << 20;        // bits
+
+// ---------------------------------------------------------------------------------------------
+// Collecting
+
+// All scopes of a tree, outer ones before those in them.
+static std::vector<STACK_SHARING_SCOPE*> scopes_of(STACK_SHARING_SCOPE* root) {
+  std::vector<STACK_SHARING_SCOPE*> order;
+  if (root) order.push_back(root);
+  for (size_t k = 0; k < order.size(); k++)
+    for (STACK_SHARING_SCOPE* child = order[k]->first_child; child; child = child->sibling)
+      order.push_back(child);
+  return order;
+}
+
 void erase_stack_sharing(STACK_SHARING_SCOPE* root) {
-  if (!root) return;
-  for (STACK_SHARING_SCOPE *child = root->first_child, *next; child; child = next) {
-    next = child->sibling;
-    erase_stack_sharing(child);
-  }
-  delete root;
+  for (STACK_SHARING_SCOPE* scope : scopes_of(root))
+    delete scope;
 }
 
 void init_stack_sharing() {
@@ -25,160 +46,313 @@ void init_stack_sharing() {
 
 void begin_stack_sharing_scope(int id) {
   FUNINFO* fi = currfuninfo;
+  if (!fi->sharing_root) fi->sharing_root = fi->sharing_open = new STACK_SHARING_SCOPE{-1};
   auto* scope = new STACK_SHARING_SCOPE{id};
   scope->parent = fi->sharing_open;
-  if (scope->parent) {
-    scope->sibling = scope->parent->first_child;
-    scope->parent->first_child = scope;
-  } else {
-    // Scopes side by side at the top share too.
-    if (!fi->sharing_root) fi->sharing_root = new STACK_SHARING_SCOPE{-1};
-    scope->parent = fi->sharing_root;
-    scope->sibling = fi->sharing_root->first_child;
-    fi->sharing_root->first_child = scope;
-  }
+  scope->sibling = scope->parent->first_child;
+  scope->parent->first_child = scope;
   fi->sharing_open = scope;
 }
 
 void end_stack_sharing_scope() {
   STACK_SHARING_SCOPE*& open = currfuninfo->sharing_open;
-  if (open) open = open->parent == currfuninfo->sharing_root ? nullptr : open->parent;
+  if (open && open->parent) open = open->parent;
+}
+
+bool may_share_stack(const SYMTAB* sym) {
+  if (sym->sclass != SC_AUTO || sym->location || sym->value || (sym->cqual & CQ_MUST_STAY))
+    return false;
+  TYPE* type = sym->type;
+  if (!type->is_array() && (!type->is_csu() || type->is_vector())) return false;
+  const unsigned align = std::max(sym->align, type->align);
+  if (sym->size == 0 || sym->size > LARGEST_OBJECT || align > LARGEST_ALIGN ||
+      (align && !std::has_single_bit(align)))
+    return false;
+  return !type_may_contain_volatile(type);
 }
 
 void add_stack_sharing_variable(SYMTAB* sym) {
-  if (currfuninfo->sharing_open) currfuninfo->sharing_open->variables.push_back(sym);
-}
-
-static void delete_from(STACK_SHARING_SCOPE* scope, SYMTAB* sym) {
-  std::erase(scope->variables, sym);
-  for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
-    delete_from(child, sym);
+  STACK_SHARING_SCOPE* open = currfuninfo->sharing_open;
+  if (open && open->parent) open->variables.push_back(sym);
 }
 
 void delete_stack_sharing_variable(SYMTAB* sym) {
-  if (currfuninfo->sharing_root) delete_from(currfuninfo->sharing_root, sym);
+  if (STACK_SHARING_SCOPE* open = currfuninfo->sharing_open)
+    if (std::erase(open->variables, sym)) return;
+  for (STACK_SHARING_SCOPE* scope : scopes_of(currfuninfo->sharing_root))
+    if (std::erase(scope->variables, sym)) return;
 }
+
+// ---------------------------------------------------------------------------------------------
+// Choosing
 
 namespace {
 
-// Where a shared variable lies: the members to step through from the object.
-using MEMBER_PATH = std::vector<fkMDATA*>;
+// Where the variables of the scopes are named.
+class USES {
+public:
+  explicit USES(const std::vector<STACK_SHARING_SCOPE*>& scopes) {
+    for (const STACK_SHARING_SCOPE* scope : scopes)
+      for (const SYMTAB* sym : scope->variables)
+        uses[sym] = NOWHERE;
+  }
 
+  void scan(const FUNINFO* fi) {
+    for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+      for (const LIST* s = bb->statements; s; s = s->next)
+        note(s->tree, [s](const SYMTAB* sym) {
+          return sym->scope && s->tree->ls && sym->scope->encloses(s->tree->ls);
+        });
+    // A clean-up runs while its object lives.
+    for (const EHT_ITEM& item : fi->eht)
+      note(item.cleanup, [](const SYMTAB*) { return true; });
+    // These speak of the whole function.
+    auto nowhere = [](const SYMTAB*) { return false; };
+    note(fi->entry_tree, nowhere);
+    for (const LIST* s = fi->global_assertions; s; s = s->next)
+      note(s->tree, nowhere);
+  }
+
+  bool only_in_its_block(const SYMTAB* sym) const { return uses.at(sym) == IN_BLOCK; }
+
+private:
+  enum PLACE { NOWHERE, IN_BLOCK, OUTSIDE };
+  std::unordered_map<const SYMTAB*, PLACE> uses;
+
+  template <class INSIDE> void note(const NODE* tree, INSIDE is_inside) {
+    if (!tree) return;
+    walk_preorder(tree, [&](const NODE* node) {
+      if (node->op != NAME) return true;
+      auto use = uses.find(node->u.sym);
+      if (use != uses.end() && use->second != OUTSIDE)
+        use->second = is_inside(use->first) ? IN_BLOCK : OUTSIDE;
+      return true;
+    });
+  }
+};
+
+// Lets the variables of a scope live in the one around it.
+void join_parent(STACK_SHARING_SCOPE* scope) {
+  std::vector<SYMTAB*>& outer = scope->parent->variables;
+  if (outer.size() < scope->variables.size()) outer.swap(scope->variables);
+  outer.insert(outer.end(), scope->variables.begin(), scope->variables.end());
+  scope->variables.clear();
+}
+
+// Reduces the tree to the scopes that matter. Empty ones go. One without a sibling lives together
+// with the scope around it. The others get the order of the source. `scopes` lists outer ones
+// first.
+void reduce(const std::vector<STACK_SHARING_SCOPE*>& scopes) {
+  std::unordered_map<const STACK_SHARING_SCOPE*, int> depth;
+  for (const STACK_SHARING_SCOPE* scope : scopes)
+    depth[scope] = scope->parent ? depth[scope->parent] + 1 : 0;
+  for (size_t k = scopes.size(); k-- > 0;) {
+    STACK_SHARING_SCOPE* scope = scopes[k];
+    STACK_SHARING_SCOPE* kept = nullptr;
+    for (STACK_SHARING_SCOPE *child = scope->first_child, *next; child; child = next) {
+      next = child->sibling;
+      if (depth[child] > DEEPEST_SCOPE) join_parent(child);
+      if (child->variables.empty() && !child->first_child) {
+        delete child;
+        continue;
+      }
+      child->sibling = kept;
+      kept = child;
+    }
+    scope->first_child = kept;
+    if (!kept || kept->sibling) continue;
+    join_parent(kept);
+    scope->first_child = kept->first_child;
+    for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
+      child->parent = scope;
+    delete kept;
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Laying out
+
+long round_up(long bits, long align) {
+  return (bits + align - 1) / align * align;
+}
+
+long alignment_of(const SYMTAB* sym) {
+  return std::max({sym->align, sym->type->align, 16u});
+}
+
+// Size and alignment of a scope: its variables one behind the other, then room for the largest of
+// the scopes in it, which are known already.
+void measure(STACK_SHARING_SCOPE* scope) {
+  long end = 0, inner_size = 0, inner_align = 16;
+  for (const SYMTAB* sym : scope->variables) {
+    end = round_up(end, alignment_of(sym)) + static_cast<long>(sym->size);
+    scope->align = std::max(scope->align, alignment_of(sym));
+  }
+  for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
+    inner_size = std::max(inner_size, child->size);
+    inner_align = std::max(inner_align, child->align);
+  }
+  scope->align = std::max(scope->align, inner_align);
+  end = round_up(end, inner_align) + round_up(inner_size, inner_align);
+  scope->size = round_up(end, scope->align);
+}
+
+// The classes, and where a variable lies in them.
 class LAYOUT {
 public:
-  std::unordered_map<const SYMTAB*, MEMBER_PATH> paths;
-
-  // A structure of the scope's variables, followed by a union of its children's structures.
-  TYPE* of_scope(STACK_SHARING_SCOPE* scope) {
-    TYPE* type = new_class(TYPE::K_STRUCT);
-    for (SYMTAB* sym : scope->variables)
-      paths[sym] = {append(type, sym->name, sym->type, sym->align)};
-    if (scope->first_child) {
-      TYPE* choice = new_class(TYPE::K_UNION);
-      for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
-        TYPE* inner = of_scope(child);
-        if (inner->size == 0) continue;
-        fkMDATA* member = append(choice, "scope", inner, inner->align);
-        prefix(child, member);
-      }
-      if (choice->size) {
-        fkMDATA* member = append(type, "scopes", choice, choice->align);
-        for (STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
-          prefix(child, member);
-      }
+  // One member of the union for each scope in `scope`: its only variable, or a structure.
+  TYPE* union_in(const STACK_SHARING_SCOPE* scope) {
+    TYPE* choice = new_class(TYPE::K_UNION);
+    for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
+      if (child->variables.empty())
+        append_class(choice, union_in(child));
+      else if (child->variables.size() == 1 && !child->first_child)
+        append_variable(choice, child->variables[0]);
+      else
+        append_class(choice, structure_of(child));
     }
-    scope->size = static_cast<long>(type->size);
-    return type;
+    return finished(choice);
+  }
+
+  bool holds(const SYMTAB* sym) const { return variables.count(sym) != 0; }
+
+  // The variable as a member of the object. The type is that of the name that it replaces.
+  NODE* access(SYMTAB* object, const NODE* name) const {
+    std::vector<fkMDATA*> path{variables.at(name->u.sym)};
+    while (path.back()->owner != object->type)
+      path.push_back(classes.at(path.back()->owner));
+    NODE* place = mk_NAME(object, name->ls);
+    for (; !path.empty(); path.pop_back()) {
+      fkMDATA* member = path.back();
+      NODE* field = alloc_node(FIELD, member->type);
+      field->mk_field(0, member, member->owner);
+      field->ls = name->ls;
+      place = maketree(STDOT, place, field, member->type, name->ls);
+    }
+    place->type = name->type;
+    return place;
   }
 
 private:
-  static TYPE* new_class(TYPE::KIND kind) {
-    TYPE* type = tp->mk_csu(kind, "$O$share");
-    type->csu_parts()->complete = type->csu_parts()->has_data = true;
+  std::unordered_map<const SYMTAB*, fkMDATA*> variables;
+  std::unordered_map<const TYPE*, fkMDATA*> classes; // members that hold them
+  std::set<std::string> member_names;                // of all classes
+  int class_count = 0;
+
+  // Its variables, and behind them a union of the scopes in it.
+  TYPE* structure_of(const STACK_SHARING_SCOPE* scope) {
+    TYPE* type = new_class(TYPE::K_STRUCT);
+    for (const SYMTAB* sym : scope->variables)
+      append_variable(type, sym);
+    if (scope->first_child) append_class(type, union_in(scope));
+    return finished(type);
+  }
+
+  static TYPE* finished(TYPE* csu) {
+    csu->size = static_cast<unsigned long>(round_up(static_cast<long>(csu->size), csu->align));
+    return csu;
+  }
+
+  // The name tells functions apart: the file's types are sorted by it, and functions may be worked
+  // on in any order.
+  TYPE* new_class(TYPE::KIND kind) {
+    const std::string name =
+        "$O$share$" + std::to_string(currfunc->index) + "$" + std::to_string(class_count++);
+    TYPE* type = tp->mk_csu(kind, name.c_str());
+    type->csu_parts()->complete = true;
     type->align = 16;
     return type;
   }
 
-  static fkMDATA* append(TYPE* csu, const char* name, TYPE* type, unsigned align) {
-    const unsigned long unit = std::max({align, type->align, 16u});
-    fkMDATA member;
-    member.name = intern_text(name);
-    member.type = type;
-    member.number = static_cast<unsigned>(csu->csu_parts()->members.size()) + 1;
-    if (!csu->is_union())
-      member.bit_offset = static_cast<long>((csu->size + unit - 1) / unit * unit);
-    csu->align = std::max<unsigned>(csu->align, static_cast<unsigned>(unit));
-    const unsigned long end = static_cast<unsigned long>(member.bit_offset) + type->storage_size();
-    csu->size = std::max(csu->size, end);
-    csu->size = (csu->size + csu->align - 1) / csu->align * csu->align;
-    return tp->add_member(csu, member);
+  void append_variable(TYPE* csu, const SYMTAB* sym) {
+    variables[sym] = append(csu, sym->name, sym->type, alignment_of(sym));
   }
 
-  // Puts a member in front of the paths of all variables of a scope and of those in it.
-  void prefix(const STACK_SHARING_SCOPE* scope, fkMDATA* member) {
-    for (const SYMTAB* sym : scope->variables)
-      paths[sym].insert(paths[sym].begin(), member);
-    for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling)
-      prefix(child, member);
+  void append_class(TYPE* csu, TYPE* part) {
+    classes[part] = append(csu, "$O$scope", part, part->align);
+  }
+
+  fkMDATA* append(TYPE* csu, const char* name, TYPE* type, long align) {
+    std::string unique = name;
+    for (int k = 2; !member_names.insert(unique).second; k++)
+      unique = std::string(name) + "$" + std::to_string(k);
+    fkMDATA member;
+    member.name = unique.c_str(); // the package keeps its own
+    member.type = type;
+    member.number = static_cast<unsigned>(csu->csu_parts()->members.size()) + 1;
+    if (!csu->is_union()) member.bit_offset = round_up(static_cast<long>(csu->size), align);
+    csu->align = std::max<unsigned>(csu->align, static_cast<unsigned>(align));
+    const long end = member.bit_offset + static_cast<long>(type->storage_size());
+    csu->size = std::max(csu->size, static_cast<unsigned long>(end));
+    return tp->add_member(csu, member);
   }
 };
 
-NODE* member_access(SYMTAB* object, const MEMBER_PATH& path, LS* ls) {
-  NODE* place = mk_NAME(object, ls);
-  for (fkMDATA* member : path) {
-    NODE* field = alloc_node(FIELD, member->type);
-    field->mk_field(0, member, member->owner);
-    place = maketree(STDOT, place, field, member->type, ls);
-  }
-  return place;
-}
-
-// Is there space to share: variables in at least two scopes of which neither holds the other?
-bool worth_sharing(const STACK_SHARING_SCOPE* scope) {
-  int with_variables = 0;
-  for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
-    if (worth_sharing(child)) return true;
-    const STACK_SHARING_SCOPE* inner = child;
-    while (inner->variables.empty() && inner->first_child)
-      inner = inner->first_child;
-    with_variables += !inner->variables.empty();
-  }
-  return with_variables >= 2;
-}
-
 } // namespace
 
-void build_stack_sharing_type() {
-  FUNINFO* fi = currfuninfo;
-  if (!fi->sharing_root || !worth_sharing(fi->sharing_root)) return;
-  LAYOUT layout;
-  TYPE* type;
-  {
-    std::lock_guard<std::mutex> hold(mdata_lock);
-    type = layout.of_scope(fi->sharing_root);
-  }
-  SYMTAB* object = sym_temp('S', -1, type, nullptr);
-  for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-    for (LIST* s = bb->statements; s; s = s->next)
-      walk_postorder(s->tree, [&](NODE*& node) {
-        if (node->op != NAME) return;
-        auto place = layout.paths.find(node->u.sym);
-        if (place == layout.paths.end()) return;
-        NODE* access = member_access(object, place->second, node->ls);
-        access->type = node->type;
-        erase_node(node);
-        node = access;
-      });
-  // The variables themselves are gone from the function.
-  for (SYMTAB** list : {&fi->symbols, &fi->reg_candidates, &fi->incoming, &fi->inlined_params})
+// The variables themselves are gone from the function.
+static void unlink_shared(FUNINFO* fi, const LAYOUT& layout) {
+  for (SYMTAB** list : {&fi->symbols, &fi->incoming})
     for (SYMTAB** place = list; *place;) {
       SYMTAB* sym = *place;
-      if (!layout.paths.count(sym)) {
+      if (!layout.holds(sym)) {
         place = &sym->next;
         continue;
       }
       *place = sym->next;
       sym->next = nullptr;
     }
+}
+
+void build_stack_sharing_type() {
+  FUNINFO* fi = currfuninfo;
+  STACK_SHARING_SCOPE* root = fi->sharing_root;
+  if (!root) return;
+  std::vector<STACK_SHARING_SCOPE*> scopes = scopes_of(root);
+  USES uses(scopes);
+  uses.scan(fi);
+  for (STACK_SHARING_SCOPE* scope : scopes)
+    std::erase_if(scope->variables,
+                  [&uses](const SYMTAB* sym) { return !uses.only_in_its_block(sym); });
+  reduce(scopes);
+  // What lives together with all scopes needs no object.
+  root->variables.clear();
+  long unshared = 0;
+  scopes = scopes_of(root);
+  for (size_t k = scopes.size(); k-- > 0;) {
+    measure(scopes[k]);
+    for (const SYMTAB* sym : scopes[k]->variables)
+      unshared += static_cast<long>(sym->size);
+  }
+  if (root->size < unshared) {
+    LAYOUT layout;
+    TYPE* type;
+    {
+      std::lock_guard<std::mutex> hold(mdata_lock);
+      type = layout.union_in(root);
+    }
+    CHECK(type->size == static_cast<unsigned long>(root->size));
+    SYMTAB* object = sym_temp('S', -1, type, nullptr);
+    auto rewrite = [&](NODE*& node) {
+      if (node->op != NAME || !layout.holds(node->u.sym)) return;
+      NODE* access = layout.access(object, node);
+      erase_node(node);
+      node = access;
+    };
+    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+      for (LIST* s = bb->statements; s; s = s->next)
+        walk_postorder(s->tree, rewrite);
+    for (EHT_ITEM& item : fi->eht)
+      if (item.cleanup) walk_postorder(item.cleanup, rewrite);
+    unlink_shared(fi, layout);
+    fi->sharing_type = type;
+    print_if_debug("\nStack sharing in %s(): %ld bits of locals in %lu\n", fi->name.c_str(),
+                   unshared, type->size);
+  }
   init_stack_sharing();
+}
+
+bool types_share_stack(TYPE* a, TYPE* b) {
+  TYPE* shared = currfuninfo ? currfuninfo->sharing_type : nullptr;
+  return shared && is_type_component_of_type(a, shared) && is_type_component_of_type(b, shared);
 }

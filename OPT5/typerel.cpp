@@ -2,6 +2,7 @@
 // remembered, each answer under its own lock.
 
 #include "OPT5/settings.h"
+#include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/symbol.h"
 #include "OPT5/types.h"
@@ -136,7 +137,8 @@ static bool compute_aliasing(TYPE* a, TYPE* b) {
 bool type_may_alias_type(TYPE* a, TYPE* b) {
   TYPE* x = essential_type(a)->normalized_type();
   TYPE* y = essential_type(b)->normalized_type();
-  if (y->uid < x->uid) std::swap(x, y); // the question is symmetric
+  if (types_share_stack(x, y)) return true; // in this function only
+  if (y->uid < x->uid) std::swap(x, y);     // the question is symmetric
   {
     std::lock_guard<std::mutex> hold(alias_lock);
     auto place = aliasing.find({x, y});

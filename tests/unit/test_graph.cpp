@@ -1,7 +1,6 @@
 // Symbols and graphs: temporaries, lists, building, ordering, surgery.
 #include "tests/unit/ir_fixture.h"
 
-#include "OPT5/stackshare.h"
 #include "OPT5/verify.h"
 
 #include <random>
@@ -206,42 +205,6 @@ TEST_F(Graph, RandomGraphs) {
     erase_all();
     currfuninfo->scope = LS::init(nullptr, func);
   }
-}
-
-TEST_F(Graph, ScopesSideBySideShareTheStack) {
-  SYMTAB* x = local("x", tp->mk_array(tp->mk_plain_int(), 10));
-  SYMTAB* y = local("y", tp->mk_array(tp->mk_long(), 3));
-  SYMTAB* z = local("z", tp->mk_long());
-  begin_stack_sharing_scope(1);
-  add_stack_sharing_variable(x);
-  end_stack_sharing_scope();
-  begin_stack_sharing_scope(2);
-  add_stack_sharing_variable(y);
-  begin_stack_sharing_scope(3);
-  add_stack_sharing_variable(z);
-  end_stack_sharing_scope();
-  end_stack_sharing_scope();
-  stmt(mk_ASG(mk_NAME(z),
-              maketree(UMULT, maketree(UAND, mk_NAME(y), nullptr, tp->mk_ptr(tp->mk_long())),
-                       nullptr, tp->mk_long())));
-  stmt(maketree(UAND, mk_NAME(x), nullptr, tp->mk_ptr(tp->mk_plain_int())));
-  buildcfg();
-  build_stack_sharing_type();
-  verify_function("stack sharing");
-  const LIST* s = currfuninfo->bb_list->statements;
-  EXPECT_EQ(tree_text(s->tree).find("ASG:long(STDOT:long(STDOT:"), 0u) << tree_text(s->tree);
-  const SYMTAB* object = currfuninfo->incoming;
-  // x alone takes 160 bits; y and z, one within the other's scope, 96 + 32.
-  EXPECT_EQ(object->size, 160u);
-  for (const SYMTAB* sym = currfuninfo->incoming; sym; sym = sym->next)
-    EXPECT_STREQ(sym->name, "$O$S0");
-  // One scope alone needs no union.
-  SYMTAB* alone = local("alone", tp->mk_long());
-  begin_stack_sharing_scope(1);
-  add_stack_sharing_variable(alone);
-  end_stack_sharing_scope();
-  build_stack_sharing_type();
-  EXPECT_EQ(currfuninfo->incoming, alone);
 }
 
 TEST_F(Graph, NewLocalsAreNamedAfterTheirOriginAndType) {
