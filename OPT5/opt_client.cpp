@@ -161,10 +161,10 @@ public:
     currfuninfo->begin_psn = psn;
     curr_file = !psn ? "NO_PSN_FILE" : !psn->file ? "NO_FILE" : psn->file;
     currfuninfo->stmts = nullptr;
+    init_stack_sharing();
     currfuninfo->incoming = currfuninfo->inlined_params = nullptr;
     currfuninfo->symbols = currfuninfo->reg_candidates = nullptr;
     currfuninfo->scope = LS::init(psn, sym);
-    init_stack_sharing();
     currfuninfo->header_comments.swap(comments_between_functions);
     lex = 1;
     open_blocks = {{psn, nullptr, nullptr}}; // of the parameters and the outermost locals

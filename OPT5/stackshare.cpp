@@ -185,7 +185,7 @@ long alignment_of(const SYMTAB* sym) {
 void measure(STACK_SHARING_SCOPE* scope) {
   long end = 0, inner_size = 0, inner_align = 16;
   for (const SYMTAB* sym : scope->variables) {
-    end = round_up(end, alignment_of(sym)) + static_cast<long>(sym->size);
+    end = round_up(end, alignment_of(sym)) + static_cast<long>(sym->type->storage_size());
     scope->align = std::max(scope->align, alignment_of(sym));
   }
   for (const STACK_SHARING_SCOPE* child = scope->first_child; child; child = child->sibling) {
