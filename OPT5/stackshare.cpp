@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <bit>
 #include <mutex>
-#include <set>
+#include <string>
 #include <unordered_map>
 
 static std::mutex mdata_lock; // member data that is added to the type package
@@ -236,7 +236,7 @@ public:
 private:
   std::unordered_map<const SYMTAB*, fkMDATA*> variables;
   std::unordered_map<const TYPE*, fkMDATA*> classes; // members that hold them
-  std::set<std::string> member_names;                // of all classes
+  std::unordered_map<std::string, int> member_names; // of all classes, and how often wanted
   int class_count = 0;
 
   // Its variables, and behind them a union of the scopes in it.
@@ -272,10 +272,17 @@ private:
     classes[part] = append(csu, "$O$scope", part, part->align);
   }
 
+  std::string unique_name(const std::string& name) {
+    int& count = member_names[name];
+    if (count++ == 0) return name;
+    std::string numbered = name + "$" + std::to_string(count);
+    while (!member_names.try_emplace(numbered, 1).second)
+      numbered = name + "$" + std::to_string(++count);
+    return numbered;
+  }
+
   fkMDATA* append(TYPE* csu, const char* name, TYPE* type, long align) {
-    std::string unique = name;
-    for (int k = 2; !member_names.insert(unique).second; k++)
-      unique = std::string(name) + "$" + std::to_string(k);
+    const std::string unique = unique_name(name);
     fkMDATA member;
     member.name = unique.c_str(); // the package keeps its own
     member.type = type;

@@ -69,14 +69,15 @@ TEST_F(StackSharing, AVariableKeepsItsAlignment) {
   block_variable("b", ints, 128);
   end_block();
   begin_block();
-  block_variable("c", ints);
-  block_variable("wild", ints, 48); // of no use as an alignment: stays alone
-  block_variable("d", ints);
+  TYPE* more = tp->mk_array(tp->mk_plain_int(), 10);
+  block_variable("c", more);
+  block_variable("wild", more, 48); // of no use as an alignment: stays alone
+  block_variable("d", more);
   end_block();
   const SYMTAB* object = share();
   ASSERT_TRUE(object);
   EXPECT_EQ(object->align, 128u);
-  EXPECT_EQ(object->size, 256u);
+  EXPECT_EQ(object->size, 384u);
   const NODE* b = statements()->next->tree->left;
   ASSERT_EQ(b->op, STDOT);
   EXPECT_EQ(b->right->mval->bit_offset, 128);
