@@ -4,9 +4,9 @@
 #include "OPT5/bblk.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
-#include "OPT5/restrict.h"
 #include "OPT5/livevars.h"
 #include "OPT5/loop.h"
+#include "OPT5/restrict.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
 

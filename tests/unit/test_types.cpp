@@ -225,7 +225,8 @@ TEST_F(Types, MisuseDies) {
   EXPECT_EXIT(f->getr(9), exit_1, "Bad kind:  TYPE::getr\\(\\)");
   EXPECT_EXIT(pkg->mk_unsigned(f), exit_1, "Bad kind: TYPE_PKG::mk_unsigned\\(\\)");
   EXPECT_EXIT(pkg->mk_complex(pkg->mk_ptr(f)), exit_1, "Bad complex part_type");
-  EXPECT_EXIT(T(static_cast<T::KIND>(T::K_UNKNOWN + 1)), exit_1, "Bad type kind:  TYPE::TYPE\\(KIND\\)");
+  EXPECT_EXIT(T(static_cast<T::KIND>(T::K_UNKNOWN + 1)), exit_1,
+              "Bad type kind:  TYPE::TYPE\\(KIND\\)");
   pkg->mk_ptr(f);
   EXPECT_EXIT(pkg->delete_type_tree(f, false, true), exit_1, "Nonrecusive type tree delete");
 }
