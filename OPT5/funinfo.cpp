@@ -133,6 +133,8 @@ void dump_FUNINFO(const FUNINFO* fi) {
 }
 
 void erase_all_FUNINFOs() {
+  currfunc = nullptr;
+  currfuninfo = file_funinfo = nullptr;
   for (FUNINFO* fi : all_records)
     delete fi;
   all_records.clear();
