@@ -323,8 +323,11 @@ private:
     return sym;
   }
 
-  // Each entry's region word names the entry around it; the root is its own.
+  // Each entry's region word names the entry around it. Nothing of the table is around the root:
+  // its word is the root itself, or no id.
   static bool no_loops_in_table(const std::vector<EHT_ITEM>& eht) {
+    const unsigned outermost = eht[EHT_ROOT_ID].region;
+    if (outermost != EHT_ROOT_ID && outermost < eht.size()) return false;
     std::vector<char> state(eht.size()); // 1 on the present path, 2 known to reach the root
     state[EHT_ROOT_ID] = 2;
     for (size_t start = 0; start < eht.size(); start++) {

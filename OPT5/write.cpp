@@ -283,7 +283,7 @@ static void write_exception_table(FUNINFO* fi) {
         {new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
   }
   for (EHT_ENTRY& entry : out)
-    entry.region = new_ids[entry.region];
+    if (entry.region < eht.size()) entry.region = new_ids[entry.region]; // the root's may be no id
   each_call([&](NODE* call) {
     if (call->eh_entry == 0 || call->eh_entry >= eht.size()) return;
     CHECK(new_ids[eht[call->eh_entry].id] != 0);
