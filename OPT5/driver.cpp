@@ -61,12 +61,13 @@ void print_toolversion(FILE* to) {
   fprintf(to, "%s v%s\n", isa_and_tool_name(), VERSION_TEXT);
 }
 
-// An end in the middle of things: nothing is taken apart. What was traced so far tells why.
+// What was traced so far tells why a run ended.
 void flush_traces() {
   if (FDEBUG) fflush(FDEBUG);
   if (finfo) fflush(finfo);
 }
 
+// An end in the middle of things: nothing is taken apart.
 [[noreturn]] void end_process(int status) {
   flush_traces();
   fflush(stdout);
@@ -113,6 +114,7 @@ void end_failing_run(const char* msg) {
   print_support_message();
   if (pass_debug_abort) {
     signal(SIGABRT, SIG_DFL); // for a core file; the end was told
+    flush_traces();           // abort() doesn't
     abort();
   }
   end_process(1);
