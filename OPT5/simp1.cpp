@@ -55,7 +55,7 @@ bool is_magic_EH_MCALL_ASG(const NODE* tree) {
 
 // --- Going out
 
-static NODE* drop_wrapper(NODE* node) {
+NODE* drop_wrapper(NODE* node) {
   NODE* inner = node->left;
   node->left = nullptr;
   erase_node(node);

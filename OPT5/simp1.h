@@ -20,6 +20,8 @@ bool tree_is_EH_SWITCH(const NODE* tree);
 // ASG(l, MCALL["__eh_call"]({call, x})): a call under an exception table, bound to the value that
 // stands for it. Goes out as two statements: the call, and ASG(l, x).
 bool is_magic_EH_MCALL_ASG(const NODE* tree);
+// Erases a node with one operand and gives that.
+NODE* drop_wrapper(NODE* node);
 // In-memory operators become what a file can hold: of a tree, and of all statements.
 NODE* unsimplify_tree(NODE* tree);
 void unsimplify();

@@ -173,24 +173,17 @@ static void log_block(const BBLK* bb) {
   print_if_debug(")\n\tLOOP DEPTH = %d\n", bb->loop ? bb->loop->level : 0);
 }
 
-static NODE* without_operand(NODE* node) {
-  NODE* operand = node->left;
-  node->left = nullptr;
-  erase_tree(node);
-  return operand;
-}
-
 // The statement in the form in which it goes out; more than one where it has to be split.
 static void rewrite_for_output(LIST* s) {
   NODE* tree = s->tree;
   if (tree_is_EH_SWITCH(tree)) {
-    tree->left = without_operand(tree->left);
+    tree->left = drop_wrapper(tree->left);
   } else if (is_magic_EH_MCALL_ASG(tree)) {
-    NODE* args = without_operand(tree->right);
+    NODE* args = drop_wrapper(tree->right);
     tree->right = args->right;
     args->right = nullptr;
     s->next = mkelist(tree, s->next, s->psn);
-    s->tree = without_operand(args);
+    s->tree = drop_wrapper(args);
   } else if (tree->op == CBRANCH) {
     tree->left = simp_for_control(simp_node(make_boolean(tree->left), nullptr));
     s->tree = revert_CBRANCH_with_builtin_expect(tree);
