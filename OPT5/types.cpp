@@ -18,6 +18,13 @@ TYPE* promoted_type(TYPE* t) {
   return t->is_int() ? tp->c_integral_promotions(t) : t->underlying_type();
 }
 
+TYPE* promoted_type(const NODE* tree) {
+  const fkMDATA* field = tree->type->is_int_or_enum() ? bit_field_of(tree) : nullptr;
+  TYPE* plain = tp->mk_plain_int();
+  if (!field || field->bit_size > plain->size) return promoted_type(tree->type);
+  return field->bit_size < plain->size || tree->type->is_signed() ? plain : tp->mk_plain_uint();
+}
+
 TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
   if (a->is_pointer()) return a;
   if (b->is_pointer()) return b;
@@ -28,7 +35,10 @@ TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
 }
 
 TYPE* combined_type(const NODE* a, const NODE* b) {
-  return combined_type_for_types(a->type, b->type);
+  auto type_of = [](const NODE* tree) {
+    return bit_field_of(tree) ? promoted_type(tree) : tree->type;
+  };
+  return combined_type_for_types(type_of(a), type_of(b));
 }
 
 TYPE* next_wider_type(TYPE* t) {

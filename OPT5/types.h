@@ -14,6 +14,8 @@ TYPE* normalized_underlying_type(TYPE* t); // an enumeration gives its integer
 // The type that an operand of type t has in an expression: integers below int become int (or
 // unsigned int if int can't hold them all), an enumeration its integer.
 TYPE* promoted_type(TYPE* t);
+TYPE* promoted_type(
+    const NODE* tree); // a bit-field by its width, whatever type it was declared with
 // The type in which a binary operator computes on the two: a pointer's if there is one, else C's
 // usual arithmetic conversions.
 TYPE* combined_type(const NODE* a, const NODE* b);

@@ -154,6 +154,57 @@ TEST_F(Trees, AssignmentForms) {
   erase_tree(asg);
 }
 
+// A bit-field computes in int if that holds its values, whatever type it was declared with.
+TEST_F(Trees, BitFieldsPromoteByTheirWidth) {
+  TYPE* record = tp->mk_struct("bits");
+  record->csu_parts()->complete = true;
+  SYMTAB *object = local("object", record), *x = variable("x");
+  auto field = [&](TYPE* type, unsigned long width) {
+    fkMDATA member;
+    member.name = "m";
+    member.number = static_cast<unsigned>(record->csu_parts()->members.size()) + 1;
+    member.type = type;
+    member.bit_size = width;
+    fkMDATA* added = tp->add_member(record, member);
+    NODE* field_node = alloc_node(FIELD, type);
+    field_node->mk_field(0, added, record);
+    return maketree(STDOT, mk_NAME(object), field_node, type);
+  };
+  TYPE *plain = tp->mk_plain_int(), *natural = tp->mk_plain_uint(), *wide = tp->mk_long();
+  TYPE* wide_natural = tp->basic[TYPE::I_ULONG];
+  auto promoted = [](NODE* tree) {
+    TYPE* type = promoted_type(tree);
+    erase_tree(tree);
+    return type;
+  };
+  EXPECT_EQ(promoted(field(natural, 5)), plain);
+  EXPECT_EQ(promoted(field(natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide_natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide, 16)), plain);
+  EXPECT_EQ(promoted(field(wide, 17)), wide);
+  EXPECT_EQ(promoted(mk_ASG(field(natural, 5), mk_ICON(1, natural))), plain);
+  EXPECT_EQ(promoted_type(tp->mk_int(TYPE::I_UINT, false, 5, 16, false, false)), plain);
+
+  // u5 /= -2 is a division of ints, as is x /= u5.
+  NODE* asg = opASG_to_ASG(maketree(DIVASG, field(natural, 5), icon(-2), natural));
+  EXPECT_EQ(asg->right->left->type, plain);
+  EXPECT_EQ(tree_text(asg->right->left->right), "-2:int");
+  erase_tree(asg);
+  asg = opASG_to_ASG(op(DIVASG, name(x), field(natural, 5)));
+  EXPECT_EQ(asg->right->type, plain);
+  erase_tree(asg);
+  // u5 = u5 / k computes in another type than u5 /= k.
+  NODE* place = field(natural, 5);
+  asg = ASG_to_opASG(
+      mk_ASG(place, maketree(DIV, copy_tree(place, true), mk_ICON(3, natural), natural)));
+  EXPECT_EQ(asg->op, DIVASG); // both unsigned
+  erase_tree(asg);
+  place = field(natural, 5);
+  asg = ASG_to_opASG(mk_ASG(place, maketree(DIV, copy_tree(place, true), icon(-2), natural)));
+  EXPECT_EQ(asg->op, ASG);
+  erase_tree(asg);
+}
+
 TEST_F(Trees, PeelingKeepsEffects) {
   SYMTAB *x = variable("x"), *y = variable("y");
   EXPECT_EQ(peel_for_effect(op(PLUS, name(x), icon(1))), nullptr);
