@@ -28,6 +28,9 @@ TYPE* get_complex_type(TYPE* part);
 TYPE* essential_type(TYPE* t); // without qualifiers and typedefs, elements of arrays too
 
 // --- Values
+// Is the tree an integer that is certain to be 1 or 0? An assignment's value is what its left side
+// holds then: -1 for a field of one signed bit. A vector is no integer, though its lanes may be 1
+// or 0.
 bool returns_1_or_0(const NODE* tree);
 // Is the tree's value certain to be representable in the integer type?
 bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP* loop);
