@@ -344,6 +344,47 @@ TEST_F(Trees, TruthValuesAreAskedByTheirValue) {
   EXPECT_TRUE(fits(mk_ASG(field(plain, 1), less()), plain));
 }
 
+// Folding puts the constant of a sum first.
+TEST_F(Trees, PointerSumsWithTheConstantOnEitherSide) {
+  TYPE *ints = tp->mk_ptr(tp->mk_plain_int()), *longs = tp->mk_ptr(tp->mk_long());
+  TYPE* number = tp->mk_long();
+  SYMTAB *p = local("p", ints), *q = local("q", ints);
+  auto sum = [&](NODE* a, NODE* b) { return maketree(PLUS, a, b, ints); };
+  auto pushed = [&](NODE* tree) {
+    tree = push_down_pointer_cast(longs, tree);
+    std::string text = tree_text(tree);
+    tree = remove_pushed_down_casts(tree);
+    text += " <- " + tree_text(tree);
+    erase_tree(tree);
+    return text;
+  };
+  EXPECT_EQ(pushed(sum(name(p), icon(4))),
+            "PLUS:long *(PCONV:long *(p), 4:int) <- PCONV:long *(PLUS:int *(p, 4:int))");
+  EXPECT_EQ(pushed(sum(icon(4), name(p))),
+            "PLUS:long *(4:int, PCONV:long *(p)) <- PCONV:long *(PLUS:int *(4:int, p))");
+  EXPECT_EQ(pushed(sum(sum(icon(4), name(p)), icon(2))),
+            "PLUS:long *(PLUS:long *(4:int, PCONV:long *(p)), 2:int) <- "
+            "PCONV:long *(PLUS:int *(PLUS:int *(4:int, p), 2:int))");
+  // A difference is a number, which the cast is applied to.
+  const std::string difference = "PCONV:long *(MINUS:long(p, q))";
+  EXPECT_EQ(pushed(maketree(MINUS, name(p), name(q), number)), difference + " <- " + difference);
+
+  auto* object = new SYMTAB;
+  object->name = strdup("object");
+  object->type = object->otype = tp->mk_plain_int();
+  auto known = [](NODE* tree) {
+    const bool answer = expr_is_globally_evaluable(tree);
+    erase_tree(tree);
+    return answer;
+  };
+  auto address = [&] { return maketree(UAND, mk_NAME(object), nullptr, ints); };
+  EXPECT_TRUE(known(sum(address(), icon(4))));
+  EXPECT_TRUE(known(sum(icon(4), sum(address(), icon(4)))));
+  EXPECT_FALSE(known(sum(icon(4), name(p))));
+  EXPECT_FALSE(known(maketree(MINUS, icon(4), address(), ints)));
+  EXPECT_FALSE(known(maketree(MINUS, address(), address(), number)));
+}
+
 // struct { int a; volatile int v; mutable int m; int f: 4; struct { int x; mutable int y; } in[2];
 // }
 TEST_F(Trees, WhatNobodyChanges) {
