@@ -1,6 +1,7 @@
 #include "OPT5/ddmain.h"
 
 #include "OPT5/funinfo.h"
+#include "OPT5/treewalk.h"
 
 void do_dd_analysis_for_be() {}
 
