@@ -433,7 +433,7 @@ void release_everything() {
   erase_all_FUNINFOs();
   erase_all_symbols();
   erase_type_caches();
-  call_graph.clear();
+  forget_file_analysis();
   for (option_obj* options : all_option_sets)
     delete options;
   all_option_sets.clear();

@@ -114,10 +114,24 @@ void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
   u.csu = csu;
 }
 
+// What a constant of the type holds of an integer: an integer type its width, a pointer its bits, a
+// vector those of one lane, which is each lane's value. A floating constant is the integer's value,
+// and keeps the 64 bits that a file has room for.
+static INT65 truncate_constant(INT65 value, TYPE* type) {
+  if (type->is_int_or_enum()) {
+    if (type->size > 64) if_die(INVALID_RECORD);
+    return truncate_to_type(value, type);
+  }
+  if (type->is_signed()) return (value << 1) >> 1;
+  const TYPE* held = type->is_vector() ? type->underlying_type()->elem_type() : type;
+  const bool has_width = (held->is_int_or_enum() || held->is_pointer()) && held->size <= 64;
+  return value & ((INT65(1) << (has_width ? static_cast<int>(held->size) : 64)) - 1);
+}
+
 void NODE::mk_icon(long value) {
-  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
-  ival = type->is_signed() ? INT65(value) : INT65(static_cast<unsigned long>(value));
-  if (type->is_int_or_enum()) ival = truncate_to_type(ival, type);
+  const bool is_signed = type->is_signed();
+  ival =
+      truncate_constant(is_signed ? INT65(value) : INT65(static_cast<unsigned long>(value)), type);
 }
 
 void NODE::mk_lcon(const char* digits) {
@@ -126,9 +140,7 @@ void NODE::mk_lcon(const char* digits) {
   for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++)
     value = value * 10 + (*p - '0');
   op = ICON;
-  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
-  INT65 wide = negative ? -INT65(value) : INT65(value);
-  ival = type->is_int_or_enum() ? truncate_to_type(wide, type) : wide;
+  ival = truncate_constant(negative ? -INT65(value) : INT65(value), type);
 }
 
 void NODE::mk_fcon(const char* digits) {

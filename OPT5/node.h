@@ -280,6 +280,8 @@ bool tree_is_strict_subtree_of_tree(const NODE* part, const NODE* tree);
 int count_nodes_in_tree(const NODE* tree);
 int count_calls_in_tree(const NODE* tree);
 bool op_is_call(int op);
+// The bit-field that a tree reads, or whose new value an assignment gives; null for anything else.
+const fkMDATA* bit_field_of(const NODE* node);
 // Is it a binary operator, or its assignment form, that makes a vector from lanes of its operands?
 bool computes_lane_by_lane(const NODE* node);
 // The first statement of a function that copies its parameters: a PCOMMA chain of assignments of

@@ -118,6 +118,7 @@ public:
       // New pragmas go to the head; a file's order is the reverse of the reading order then, so
       // those of one symbol are appended here to be written as they were read.
       auto* sym = static_cast<SYMTAB*>(owner);
+      if (pragma->kind == PRAGMA_SYNONYM) note_names_in_pragma(pragma);
       delete_stack_sharing_variable(sym); // it is spoken of by itself
       PRAGMA** tail = &sym->pragmas;
       while (*tail)
@@ -125,6 +126,7 @@ public:
       *tail = pragma;
       return;
     }
+    note_names_in_pragma(pragma);
     if (!currfunc) {
       o_file->if_write_pragma(pragma);
       delete pragma;
@@ -230,6 +232,7 @@ public:
   }
 
   void cl_inline_asm(char* text, PSN* psn) override {
+    note_names_in_text(text);
     if (currfunc)
       add_statement(text_statement(text, false), psn);
     else
@@ -277,6 +280,7 @@ public:
 
 private:
   static constexpr unsigned EHT_ROOT_ID = 0;
+  static constexpr int PRAGMA_SYNONYM = 'N'; // of a function: names the one that it stands for
 
   static void require_function() {
     if (!currfunc) if_die(INVALID_RECORD);
@@ -284,6 +288,11 @@ private:
 
   static void add_statement(NODE* tree, PSN* psn) {
     currfuninfo->stmts = mkelist(tree, currfuninfo->stmts, psn);
+  }
+
+  static void note_names_in_pragma(const PRAGMA* pragma) {
+    for (const std::string& arg : pragma->args)
+      note_names_in_text(arg.c_str());
   }
 
   static NODE* text_statement(const char* text, bool is_comment) {

@@ -79,6 +79,17 @@ bool expr_is_globally_evaluable(const NODE* tree) {
   }
 }
 
+const fkMDATA* bit_field_of(const NODE* node) {
+  switch (node->op) {
+  case STDOT:
+  case STREF:
+  case STFIELD: return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
+  case ASG: return bit_field_of(node->left);
+  case COMMAOP: return bit_field_of(node->right);
+  default: return is_operator_assignment(node->op) ? bit_field_of(node->left) : nullptr;
+  }
+}
+
 bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree) {
   return tree_contains_matching_node(
       tree, [sym](const NODE* node) { return node->op == NAME && node->u.sym == sym; });

@@ -199,6 +199,10 @@ PLACES operand_places(const NODE* node, PLACE here) {
   }
 }
 
+bool has_integer_constants(const TYPE* type) {
+  return type->is_int_or_enum() || type->is_pointer() || type->is_float();
+}
+
 // A call passes as many arguments as the callee's prototype wants.
 bool arguments_fit_prototype(const NODE* call) {
   const FUNC_PARTS* parts = called_prototype(call);
@@ -214,9 +218,10 @@ const char* check_result(const NODE* node) {
   const bool assigns = node->op == ASG || node->op == ARASG || is_operator_assignment(node->op);
   if (assigns && node->left->type->is_unknown()) return "assignment to an unknown type";
   switch (node->op) {
-  case ICON: // of a floating type: the integer's value
-    return type->is_int_or_enum() || type->is_pointer() || type->is_float() ? nullptr
-                                                                            : "ICON of that type";
+  case ICON: // of a floating type: the integer's value; of a vector: that of all lanes
+    return has_integer_constants(type->is_vector() ? type->underlying_type()->elem_type() : type)
+               ? nullptr
+               : "ICON of that type";
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
   case UAND:
   case ARGREF: return type->is_pointer() ? nullptr : "address of that type";

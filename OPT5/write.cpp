@@ -4,6 +4,7 @@
 #include "DIAG/abort.h"
 #include "OPT5/ddmain.h"
 #include "OPT5/deadasg.h"
+#include "OPT5/fileopt.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/lateprep.h"
 #include "OPT5/loop.h"
@@ -427,7 +428,16 @@ void output_function() {
 // Global symbols
 
 static constexpr unsigned KEEP_VISIBLE =
-    FP_OUT_OF_ORDER | FP_MAIN | FP_VISIBLE_1000 | FP_VISIBLE_2000 | FP_VISIBLE_200;
+    FP_OUT_OF_ORDER | FP_MAIN | FP_ANONYMOUS | FP_INTERRUPT | FP_REFERENCED;
+
+// What the front end says by a pragma that this tool doesn't know may be that something else uses
+// the symbol, an interrupt vector for one.
+static bool all_pragmas_are_known(const SYMTAB* sym) {
+  static const char known[] = {'1', '3', '7', ':', 'E', 'G', 'J', 'K', 'N', 'Q', 'X', 23, 52, 59};
+  for (const PRAGMA* p = sym->pragmas; p; p = p->next)
+    if (std::find(std::begin(known), std::end(known), p->kind) == std::end(known)) return false;
+  return true;
+}
 
 static void decide_linkage(SYMTAB* sym) {
   if (sym->type_changed)
@@ -445,6 +455,7 @@ static void decide_linkage(SYMTAB* sym) {
   const bool hidden_ok =
       is_function ? no_outside_callers || is_static : is_static && no_outside_writers;
   if (sym->policy == I_SYMTAB::ALWAYS || (sym->policy == I_SYMTAB::DEFAULT_C && !hidden_ok)) return;
+  if (!all_pragmas_are_known(sym)) return;
   if (is_function) {
     FUNINFO* fi = find_FUNINFO(sym);
     if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE))
@@ -498,6 +509,7 @@ void finish_global_symbols() {
   for (const std::string& comment : comments_between_functions) // behind the last function
     o_file->if_write_comment(comment.c_str());
   comments_between_functions.clear();
+  note_uses_of_definitions();
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
     decide_linkage(sym);
   bool first = true;

@@ -286,39 +286,23 @@ unsigned long I_FILE::i_read_uint() {
   }
 }
 
-// The groups of a signed number, without its sign's extension: how many bits they hold and whether
-// the last one has the sign bit set.
-unsigned long I_FILE::read_sint_groups(int& bits, bool& is_negative) {
+long I_FILE::i_read_wide_sint() {
   unsigned long value = 0;
+  int bits = 0;
   unsigned b;
-  bits = 0;
   do {
     if (bits > 63) if_die(INVALID_RECORD);
     b = i_read_u8();
     value |= static_cast<unsigned long>(b & 0x7F) << bits;
     bits += 7;
   } while (b & 0x80);
-  is_negative = b & 0x40;
-  return value;
-}
-
-long I_FILE::i_read_sint() {
-  int bits;
-  bool is_negative;
-  unsigned long value = read_sint_groups(bits, is_negative);
-  // The sign reaches just to bit 31: wider constants travel as decimal text.
-  if (bits < 32 && is_negative) value |= 0xFFFFFFFFul & (~0ul << bits);
-  // Numbers of 32 bits that need 35 in groups are those below zero only.
-  if (bits < 32 || (bits == 35 && value >> 31 == 0xF)) return static_cast<int32_t>(value);
+  if (bits < 64 && b & 0x40) value |= ~0ul << bits;
   return static_cast<long>(value);
 }
 
-long I_FILE::i_read_wide_sint() {
-  int bits;
-  bool is_negative;
-  unsigned long value = read_sint_groups(bits, is_negative);
-  if (bits < 64 && is_negative) value |= ~0ul << bits;
-  return static_cast<long>(value);
+// The sign that the wide form puts above bit 31 goes with the other bits there.
+int32_t I_FILE::i_read_sint() {
+  return static_cast<int32_t>(i_read_wide_sint());
 }
 
 char* I_FILE::i_read_string(int n) {

@@ -149,9 +149,8 @@ public:
   uint32_t i_read_u32();
   int32_t i_read_s32();
   unsigned long i_read_uint();
-  // Signed LEB128. The sign of a number of less than 32 bits reaches to bit 31: fields of this kind
-  // are 32 bits wide.
-  long i_read_sint();
+  // Signed LEB128 of a field of 32 bits: what is above them is dropped.
+  int32_t i_read_sint();
   long i_read_wide_sint(); // the same for the one kind of field of 64 bits, an enumerator's value
   // Text in a buffer that the next call overwrites. n >= 0: exactly n bytes; -1: up to a zero byte.
   char* i_read_string(int n = -1);
@@ -275,7 +274,6 @@ private:
   std::vector<char> type_is_written; // by the same index
 
   int get_byte();
-  unsigned long read_sint_groups(int& bits, bool& is_negative);
   void put_bytes(const void* p, unsigned long n); // between records
   void begin_record();
   void write_out();

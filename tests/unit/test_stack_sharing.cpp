@@ -97,6 +97,15 @@ TEST_F(StackSharing, NothingIsBuiltWhereAlignmentEatsTheGain) {
   EXPECT_FALSE(share());
 }
 
+TEST_F(StackSharing, NothingIsBuiltWhereOffsetsWouldNotFitInAFile) {
+  for (const char* name : {"a", "b"}) {
+    begin_block();
+    block_variable(name, tp->mk_array(tp->mk_plain_int(), 1 << 27));
+    end_block();
+  }
+  EXPECT_FALSE(share());
+}
+
 TEST_F(StackSharing, DeepNestingEndsInOneStructure) {
   const int depth = 2000;
   TYPE* ints = tp->mk_array(tp->mk_plain_int(), 2);

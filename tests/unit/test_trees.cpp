@@ -5,7 +5,22 @@
 
 #include <thread>
 
-using Trees = IrTest;
+class Trees : public IrTest {
+protected:
+  // An access to a bit-field of a new structure.
+  NODE* field(TYPE* type, unsigned long width) {
+    TYPE* record = tp->mk_struct("bits");
+    record->csu_parts()->complete = true;
+    fkMDATA member;
+    member.name = "m";
+    member.number = 1;
+    member.type = type;
+    member.bit_size = width;
+    NODE* node = alloc_node(FIELD, type);
+    node->mk_field(0, tp->add_member(record, member), record);
+    return maketree(STDOT, mk_NAME(local("object", record)), node, type);
+  }
+};
 
 TEST_F(Trees, TablesAreEachOthersReverse) {
   int named = 0;
@@ -154,6 +169,44 @@ TEST_F(Trees, AssignmentForms) {
   erase_tree(asg);
 }
 
+// A bit-field computes in int if that holds its values, whatever type it was declared with.
+TEST_F(Trees, BitFieldsPromoteByTheirWidth) {
+  SYMTAB* x = variable("x");
+  TYPE *plain = tp->mk_plain_int(), *natural = tp->mk_plain_uint(), *wide = tp->mk_long();
+  TYPE* wide_natural = tp->basic[TYPE::I_ULONG];
+  auto promoted = [](NODE* tree) {
+    TYPE* type = promoted_type(tree);
+    erase_tree(tree);
+    return type;
+  };
+  EXPECT_EQ(promoted(field(natural, 5)), plain);
+  EXPECT_EQ(promoted(field(natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide_natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide, 16)), plain);
+  EXPECT_EQ(promoted(field(wide, 17)), wide);
+  EXPECT_EQ(promoted(mk_ASG(field(natural, 5), mk_ICON(1, natural))), plain);
+  EXPECT_EQ(promoted_type(tp->mk_int(TYPE::I_UINT, false, 5, 16, false, false)), plain);
+
+  // u5 /= -2 is a division of ints, as is x /= u5.
+  NODE* asg = opASG_to_ASG(maketree(DIVASG, field(natural, 5), icon(-2), natural));
+  EXPECT_EQ(asg->right->left->type, plain);
+  EXPECT_EQ(tree_text(asg->right->left->right), "-2:int");
+  erase_tree(asg);
+  asg = opASG_to_ASG(op(DIVASG, name(x), field(natural, 5)));
+  EXPECT_EQ(asg->right->type, plain);
+  erase_tree(asg);
+  // u5 = u5 / k computes in another type than u5 /= k.
+  NODE* place = field(natural, 5);
+  asg = ASG_to_opASG(
+      mk_ASG(place, maketree(DIV, copy_tree(place, true), mk_ICON(3, natural), natural)));
+  EXPECT_EQ(asg->op, DIVASG); // both unsigned
+  erase_tree(asg);
+  place = field(natural, 5);
+  asg = ASG_to_opASG(mk_ASG(place, maketree(DIV, copy_tree(place, true), icon(-2), natural)));
+  EXPECT_EQ(asg->op, ASG);
+  erase_tree(asg);
+}
+
 TEST_F(Trees, PeelingKeepsEffects) {
   SYMTAB *x = variable("x"), *y = variable("y");
   EXPECT_EQ(peel_for_effect(op(PLUS, name(x), icon(1))), nullptr);
@@ -280,6 +333,42 @@ TEST_F(Trees, MandatoryCasts) {
   EXPECT_EQ(cast(mk_ASG(name(x), name(x))), "x");
 }
 
+TEST_F(Trees, TruthValuesAreAskedByTheirValue) {
+  TYPE *plain = tp->mk_plain_int(), *truth = tp->basic[TYPE::I_BOOL];
+  TYPE* ints = tp->mk_vector(plain, false, 2, 32, 32);
+  TYPE* one_signed_bit = tp->mk_int(TYPE::I_INT, true, 1, 16, false, true);
+  auto truth_value = [](NODE* tree) {
+    const bool answer = returns_1_or_0(tree);
+    erase_tree(tree);
+    return answer;
+  };
+  auto fits = [](NODE* tree, TYPE* type) {
+    const bool answer = value_fits_in_type(tree, type, nullptr);
+    erase_tree(tree);
+    return answer;
+  };
+  SYMTAB *x = variable("x"), *v = local("v", ints);
+  auto less = [&] { return op(LT, name(x), icon(3)); };
+  EXPECT_TRUE(truth_value(less()));
+  EXPECT_TRUE(truth_value(op(ANDB, name(x), icon(1))));
+  EXPECT_TRUE(truth_value(op(ANDB, icon(1), name(x))));
+  EXPECT_FALSE(truth_value(op(ANDB, icon(3), name(x))));
+  EXPECT_FALSE(truth_value(maketree(ANDB, mk_NAME(v), icon(1), ints)));
+  EXPECT_FALSE(truth_value(maketree(LT, mk_NAME(v), mk_NAME(v), ints)));
+  EXPECT_TRUE(truth_value(mk_ICON(2, truth))); // is true, which is 1
+  EXPECT_TRUE(truth_value(mk_ASG(name(x), less())));
+  EXPECT_FALSE(truth_value(mk_ASG(field(plain, 1), less())));
+  EXPECT_TRUE(truth_value(mk_ASG(field(plain, 2), less())));
+  EXPECT_TRUE(truth_value(mk_ASG(field(tp->mk_plain_uint(), 1), less())));
+  EXPECT_FALSE(truth_value(op(COMMAOP, icon(5), mk_ASG(field(plain, 1), less()))));
+  EXPECT_FALSE(truth_value(mk_ASG(mk_NAME(local("r", tp->mk_fltpt(TYPE::F_FLOAT))), icon(1))));
+
+  EXPECT_TRUE(fits(less(), tp->mk_plain_uint()));
+  EXPECT_FALSE(fits(less(), one_signed_bit));
+  EXPECT_FALSE(fits(mk_ASG(field(plain, 1), less()), tp->mk_plain_uint()));
+  EXPECT_TRUE(fits(mk_ASG(field(plain, 1), less()), plain));
+}
+
 TEST_F(Trees, TypeQuestions) {
   EXPECT_EQ(promoted_type(tp->basic[TYPE::I_SCHAR])->normalized_type(),
             tp->mk_plain_int()->normalized_type());
@@ -317,8 +406,4 @@ TEST_F(Trees, TypeQuestions) {
   tp->add_member(dark, member);
   EXPECT_TRUE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), dark));
   EXPECT_TRUE(type_may_alias_type(tp->mk_unknown(), outer));
-  NODE* bit = op(ANDB, icon(6), icon(1));
-  EXPECT_TRUE(returns_1_or_0(bit));
-  EXPECT_TRUE(value_fits_in_type(bit, tp->mk_plain_int(), nullptr));
-  erase_tree(bit);
 }
