@@ -5,10 +5,12 @@
 #include "OPT5/bblk.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/memory.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/tailcall.h"
+#include "OPT5/treewalk.h"
 
 #include <map>
 #include <string>
@@ -18,7 +20,7 @@
 static thread_local std::map<int, LBL*> label_mapping;
 
 LBL* mklabel(int number, LBL* chain, BBLK* bb) {
-  auto* label = new LBL{number, 0, bb, chain};
+  auto* label = current_memory().arena.make<LBL>(number, static_cast<short>(0), bb, chain);
   currfuninfo->labels.push_back(label);
   return label;
 }
@@ -125,11 +127,10 @@ public:
   void resolve_labels() {
     for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
       for (LIST* s = bb->statements; s; s = s->next)
-        walk_preorder(s->tree, [](const NODE* node) {
-          if (node->op != LABEL || node->label) return true;
-          auto* ref = const_cast<NODE*>(node);
-          auto place = label_mapping.find(node->label_id());
-          LBL* label = place != label_mapping.end() ? place->second : find_label(node->label_id());
+        walk_preorder(s->tree, [](NODE* ref) {
+          if (ref->op != LABEL || ref->label) return true;
+          auto place = label_mapping.find(ref->label_id());
+          LBL* label = place != label_mapping.end() ? place->second : find_label(ref->label_id());
           ref->label = label->chain ? label->chain : label;
           if (ref->label->refcount < 32767) ref->label->refcount++;
           return true;

@@ -2,6 +2,7 @@
 
 #include "OPT5/funinfo.h"
 #include "OPT5/simp1.h"
+#include "OPT5/treewalk.h"
 
 void do_dd_analysis_for_be() {}
 

@@ -2,6 +2,7 @@
 
 #include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
+#include "OPT5/treewalk.h"
 
 #include <cctype>
 #include <string>

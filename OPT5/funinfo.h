@@ -2,12 +2,14 @@
 #pragma once
 
 #include "OPT5/bblk.h"
+#include "OPT5/memory.h"
 #include "OPT5/symbol.h"
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
 
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -22,7 +24,7 @@ struct EHT_ITEM {
   unsigned kind; // EHT_ENTRY_KIND
   unsigned region, count;
   std::vector<I_CATCH_ENTRY> catches;
-  NODE* cleanup; // owned, may be null
+  NODE* cleanup; // may be null
 };
 
 enum FUNC_PROPERTY : unsigned {
@@ -37,8 +39,16 @@ enum FUNC_PROPERTY : unsigned {
   FP_MAIN = 0x40000000
 };
 
+// What one function knows of a symbol of file scope.
+struct GLOBAL_MARKS {
+  bool aliased, under_ARGREF = false;
+  short bitnum = 0;
+  long depnum = 0;
+};
+
 class FUNINFO : public serial_namespace<BBLK, FUNINFO> {
 public:
+  FUNCTION_MEMORY memory;
   SYMTAB* symbol = nullptr;
   std::string name; // without a language prefix
   TYPE* return_type = nullptr;
@@ -51,8 +61,8 @@ public:
   BBLK* bb_list = nullptr;  // entry block
   BBLK* uon_list = nullptr; // blocks in order of creation
   int bb_count = 0;
-  std::vector<LBL*> labels;   // owned
-  NODE* entry_tree = nullptr; // copy of the argument prolog, owned
+  std::vector<LBL*> labels;
+  NODE* entry_tree = nullptr; // copy of the argument prolog
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
   Dominator* dominators = nullptr;
@@ -81,16 +91,14 @@ public:
   int sym_counter = 0;
   unsigned long serial_counter = 0;
 
-  // What GLOBAL_SYM keeps here, by the symbol's index.
-  std::vector<bool> aliased, under_ARGREF;
-  std::vector<short> bitnums;
-  std::vector<long> depnums;
+  // What GLOBAL_SYM keeps here: only of symbols whose marks differ from those of a new one.
+  std::unordered_map<const SYMTAB*, GLOBAL_MARKS> global_marks;
 
   std::vector<std::string> info_texts;      // deferred text of the information file
   std::vector<std::string> header_comments; // comments read ahead of the first statement
-  std::vector<bool> call_sites[3];          // by call number
 
   explicit FUNINFO(const char* name);
+  void clear_maps(); // what only the steps need
   ~FUNINFO();
 
   unsigned properties() const;
@@ -121,8 +129,8 @@ void erase_all_FUNINFOs();
 // The locals and parameters whose address, or that of a part, a statement or a clean-up tree takes.
 std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi);
 
-// Calls visit(NODE*&) on each tree of a function: statements, be they still a list or in blocks, then
-// clean-up trees.
+// Calls visit(NODE*&) on each tree of a function: statements, be they still a list or in blocks,
+// then clean-up trees.
 template <class VISIT> void visit_all_trees(FUNINFO* fi, VISIT&& visit) {
   for (LIST* s = fi->stmts; s; s = s->next)
     visit(s->tree);

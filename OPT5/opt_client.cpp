@@ -11,6 +11,7 @@
 #include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 #include "OPT5/verify.h"
 #include "OPT5/write.h"
@@ -29,17 +30,17 @@ namespace {
 // A block that is open while reading.
 struct OPEN_BLOCK {
   PSN* begin;
-  SYMTAB* symbols_at_begin; // newest symbol when the block opened
-  SYMTAB* symbols_at_end;   // newest one when its locals ended
+  std::vector<SYMTAB*> symbols; // declared in it
 };
 
 int lex; // current lexical level
 std::string curr_file;
 std::vector<OPEN_BLOCK> open_blocks;
 
-void note_pointers_declared_since(SYMTAB* end) {
-  for (SYMTAB* sym = currfuninfo->incoming; sym && sym != end; sym = sym->next)
+void close_innermost_block() {
+  for (SYMTAB* sym : open_blocks.back().symbols)
     find_or_make_PTR_entry(sym);
+  open_blocks.pop_back();
 }
 
 // A tree that breaks the shape rules: the file is damaged, or its maker is.
@@ -98,6 +99,7 @@ public:
       enter_global_symbol(sym);
     } else if (currfunc) {
       if (lex == 1) sym->in_interface = true;
+      open_blocks.back().symbols.push_back(sym);
       sym->next = currfuninfo->incoming;
       currfuninfo->incoming = sym;
       LS* scope =
@@ -131,7 +133,7 @@ public:
       return;
     }
     NODE* node = alloc_node(PPRAGMA, tp->mk_void());
-    node->pragma = pragma;
+    node->pragma = current_memory().own(pragma);
     add_statement(node, nullptr);
   }
 
@@ -169,7 +171,7 @@ public:
     currfuninfo->scope = LS::init(psn, sym);
     currfuninfo->header_comments.swap(comments_between_functions);
     lex = 1;
-    open_blocks = {{psn, nullptr, nullptr}}; // of the parameters and the outermost locals
+    open_blocks = {{psn, {}}}; // of the parameters and the outermost locals
   }
 
   void cl_end_args(PSN* psn) override {
@@ -181,13 +183,12 @@ public:
   void cl_end_locals(PSN* psn) override {
     if (!currfunc) return;
     if (open_blocks.size() == 1) currfuninfo->end_locals_psn = psn;
-    open_blocks.back().symbols_at_end = currfuninfo->incoming;
   }
 
   void cl_begin_block(PSN* psn) override {
     require_function();
     lex++;
-    open_blocks.push_back({psn, currfuninfo->incoming, nullptr});
+    open_blocks.push_back({psn, {}});
     currfuninfo->scope->open(psn, currfunc, 0);
     begin_stack_sharing_scope(lex);
   }
@@ -195,8 +196,7 @@ public:
   void cl_end_block(PSN* psn) override {
     require_function();
     lex--;
-    note_pointers_declared_since(open_blocks.back().symbols_at_begin);
-    open_blocks.pop_back();
+    close_innermost_block();
     currfuninfo->scope->close(psn, currfunc, 0);
     end_stack_sharing_scope();
   }
@@ -204,10 +204,8 @@ public:
   void cl_end_func(PSN* psn) override {
     require_function();
     functions.push_back(currfunc);
-    while (!open_blocks.empty()) {
-      note_pointers_declared_since(open_blocks.back().symbols_at_begin);
-      open_blocks.pop_back();
-    }
+    while (!open_blocks.empty())
+      close_innermost_block();
     lex = 0;
     finish_reading_function(psn, 3);
     currfunc = nullptr;
@@ -301,7 +299,7 @@ private:
 
   static NODE* text_statement(const char* text, bool is_comment) {
     NODE* node = alloc_node(ASM, tp->mk_void());
-    node->text = safestrdup(text);
+    node->text = current_memory().arena.copy_text(text);
     node->node_flags[NF_COMMENT] = is_comment;
     return node;
   }

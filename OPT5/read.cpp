@@ -10,6 +10,7 @@
 #include "OPT5/simp1.h"
 #include "OPT5/simpcfg.h"
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
 static const int PRAGMA_RETURNS_BY_CCTOR = 'Q';
@@ -103,8 +104,6 @@ void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
   simpcfg(false, false);
   fast_CP(4, 1);
   preprocess_fundef(fi);
-  for (std::vector<bool>& sites : fi->call_sites)
-    sites.resize(unique_call_index + 1);
   init_ipcp_for_fun();
   if (do_IP_MVP) init_IP_MVP_for_current_function();
   identify_fl_statics_safe_for_auto();

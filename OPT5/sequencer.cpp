@@ -22,8 +22,9 @@
 #include <future>
 #include <mutex>
 #include <thread>
+#include <unordered_set>
 
-std::map<SYMTAB*, std::list<pass*>> steps_table;
+std::map<SYMTAB*, step_list> steps_table;
 std::vector<SYMTAB*> unsuppressed_functions;
 int max_threads;
 
@@ -45,16 +46,38 @@ void choose_thread_count() {
 }
 
 // ---------------------------------------------------------------------------------------------
+// Step lists
+
+void step_list::pop_front() {
+  if (next < permuted_order.size())
+    next++;
+  else
+    last = nullptr;
+  if (without_barriers) skip_barriers();
+}
+
+void step_list::remove_barriers() {
+  without_barriers = true;
+  skip_barriers();
+}
+
+void step_list::skip_barriers() {
+  while (next < permuted_order.size() && permuted_order[next]->is_barrier())
+    next++;
+}
+
+// ---------------------------------------------------------------------------------------------
 // One step
 
 static void banner(const char* before, const char* what, const pass* p) {
+  if (!FDEBUG) return;
   print_if_debug("%s\t\t\t---------- %s step %d '%s' ----------\n", before, what,
                  static_cast<int>(p->serial()), p->name().c_str());
   flush_debug();
 }
 
 static void print_graph() {
-  if (currfuninfo && currfuninfo->bb_list) prbbinfix();
+  if (FDEBUG && currfuninfo && currfuninfo->bb_list) prbbinfix();
 }
 
 void pass::run() {
@@ -118,7 +141,7 @@ void dump_function_header() {
 
 } // namespace
 
-void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
+void run_steps(SYMTAB* sym, step_list& steps) {
   if (steps.empty() || steps.front()->is_barrier()) return;
   currfuninfo = make_FUNINFO(sym);
   currfunc = sym;
@@ -132,7 +155,7 @@ void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
   if (currfuninfo->has_property(FP_ON_UNSUPPRESSED) && print_debug && opt_level() >= 3)
     print_if_debug("\n!!! %s() (%s) must be unsuppressed !!!\n\n", sym->name,
                    sym->type->str().c_str());
-  std::list<pass*>& passes = steps;
+  step_list& passes = steps;
   while (!passes.empty() && !passes.front()->is_barrier()) {
     passes.front()->run();
     passes.pop_front();
@@ -188,7 +211,7 @@ static void worker() {
 
 static bool all_wait_at_a_barrier() {
   return std::all_of(functions.begin(), functions.end(), [](SYMTAB* sym) {
-    const std::list<pass*>& steps = steps_table[sym];
+    const step_list& steps = steps_table[sym];
     return !steps.empty() && steps.front()->is_barrier();
   });
 }
@@ -212,16 +235,17 @@ static void run_to_barrier() {
 static void take_in_unsuppressed_functions() {
   for (size_t k = 0; k < unsuppressed_functions.size(); k++)
     run_steps(unsuppressed_functions[k], steps_table[unsuppressed_functions[k]]);
-  for (SYMTAB* sym : unsuppressed_functions)
-    if (std::find(functions.begin(), functions.end(), sym) == functions.end())
-      functions.push_back(sym);
+  if (unsuppressed_functions.empty()) return;
+  const std::unordered_set<SYMTAB*> present(functions.begin(), functions.end());
+  for (SYMTAB* sym : unsuppressed_functions) // of which none is in twice
+    if (!present.count(sym)) functions.push_back(sym);
   unsuppressed_functions.clear();
 }
 
 static pass* take_barrier() {
   pass* barrier = nullptr;
   for (SYMTAB* sym : functions) {
-    std::list<pass*>& passes = steps_table[sym];
+    step_list& passes = steps_table[sym];
     if (passes.empty()) continue;
     CHECK(passes.front()->is_barrier());
     if (!barrier) barrier = passes.front();
@@ -242,10 +266,9 @@ static void write_deferred_texts(FUNINFO* fi) {
 void run_all_steps() {
   pass* output = make_output_pass();
   for (SYMTAB* sym : functions) {
-    std::list<pass*>& list = steps_table[sym];
-    list.insert(list.end(), permuted_order.begin(), permuted_order.end());
+    step_list& list = steps_table[sym];
     CHECK(steps_table[sym].size() == permuted_order.size());
-    if (max_threads == 0) list.push_back(output);
+    if (max_threads == 0) list.append(output);
     if (pass_debug_split_odb && print_debug) {
       FILE* kept = FDEBUG;
       open_debug_file(0, sym->name, "w");
@@ -269,13 +292,14 @@ void run_all_steps() {
   if (max_threads == 0) return;
   for (SYMTAB* sym : functions) {
     write_deferred_texts(make_FUNINFO(sym));
-    std::list<pass*> last{output};
-    run_steps(sym, last);
+    step_list& rest = steps_table[sym]; // at its end by now
+    rest.append(output);
+    run_steps(sym, rest);
   }
   for (size_t k = 0; k < unsuppressed_functions.size(); k++) { // may grow meanwhile
-    std::list<pass*>& list = steps_table[unsuppressed_functions[k]];
-    list.push_back(output);
-    list.remove_if([](const pass* p) { return p->is_barrier(); });
+    step_list& list = steps_table[unsuppressed_functions[k]];
+    list.append(output);
+    list.remove_barriers();
     run_steps(unsuppressed_functions[k], list);
   }
 }

@@ -2,6 +2,7 @@
 
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
+#include "OPT5/treewalk.h"
 
 #include <cstring>
 

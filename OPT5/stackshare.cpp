@@ -4,6 +4,7 @@
 #include "OPT5/funinfo.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 
 #include <algorithm>

@@ -12,6 +12,7 @@
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 
 #include <algorithm>
 #include <cstring>
@@ -98,10 +99,10 @@ bool find_tail_call(const BBLK* bb, const FUNINFO* fi, TAIL_CALL& found) {
 }
 
 bool arguments_match(NODE* call, const std::vector<SYMTAB*>& homes) {
-  NODE* args = get_arguments_to_call(call);
-  if (arg_list_count(args) != static_cast<int>(homes.size())) return false;
+  const std::vector<NODE*> args = arg_list_items(get_arguments_to_call(call));
+  if (args.size() != homes.size()) return false;
   for (size_t k = 0; k < homes.size(); k++) {
-    const NODE* arg = arg_list_lookup(args, static_cast<int>(k));
+    const NODE* arg = args[k];
     if (arg->op == ARGREF || !compatible_types(arg->type, homes[k]->type)) return false;
   }
   return true;
@@ -183,7 +184,7 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
 
 NODE* comment_statement(const std::string& text) {
   NODE* node = alloc_node(ASM, tp->mk_void());
-  node->text = safestrdup(text.c_str());
+  node->text = current_memory().arena.copy_text(text.c_str());
   node->node_flags[NF_COMMENT] = 1;
   return node;
 }
@@ -200,13 +201,11 @@ void replace_call(BBLK* bb, const TAIL_CALL& found, const std::vector<SYMTAB*>& 
                  psn ? static_cast<long>(psn->line) : 0L, tree_text(found.call).c_str());
 
   // Take the arguments out of the call; those with effects are evaluated first, in their order.
-  NODE* args = get_arguments_to_call(found.call);
+  const std::vector<NODE*> args = arg_list_items(get_arguments_to_call(found.call));
   std::vector<PENDING> pending;
-  bool effects = false;
-  for (size_t k = 0; k < homes.size(); k++)
-    effects |= tree_has_side_effects(arg_list_lookup(args, static_cast<int>(k)));
+  const bool effects = std::any_of(args.begin(), args.end(), tree_has_side_effects);
   for (size_t k = 0; k < homes.size(); k++) {
-    NODE* arg = copy_tree(arg_list_lookup(args, static_cast<int>(k)), true);
+    NODE* arg = copy_tree(args[k], true);
     if (arg->op == STARG) {
       NODE* aggregate = arg->left;
       arg->left = nullptr;

@@ -1,4 +1,5 @@
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 
 #include <set>
 #include <string>

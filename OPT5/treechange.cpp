@@ -3,6 +3,7 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 
 #include <cstring>

@@ -1,6 +1,7 @@
 // Types of expressions, and conversions of trees between them.
 
 #include "OPT5/types.h"
+#include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
 #include "OPT5/fold.h"

@@ -1,4 +1,5 @@
 #include "OPT5/write.h"
+#include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
 #include "OPT5/ddmain.h"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 I_FILE* i_file;
 I_FILE* o_file;
@@ -342,10 +344,20 @@ void write_func_body() {
   o_file->if_write_end_func(fi->end_psn);
 }
 
-static bool sym_appears_in_EHT(const SYMTAB* sym, const FUNINFO* fi) {
+using SYMBOL_SET = std::unordered_set<const SYMTAB*>;
+
+static SYMBOL_SET symbols_named_in_EHT(const FUNINFO* fi) {
+  SYMBOL_SET named;
   for (const EHT_ITEM& item : fi->eht)
-    if (item.cleanup && sym_appears_in_tree(sym, item.cleanup)) return true;
-  return false;
+    walk_preorder(item.cleanup, [&named](const NODE* node) {
+      if (node->op == NAME) named.insert(node->u.sym);
+      return true;
+    });
+  return named;
+}
+
+static bool sym_appears_in_EHT(const SYMTAB* sym, const SYMBOL_SET& named) {
+  return named.count(sym) != 0;
 }
 
 // Locals of the general list that no statement names.
@@ -358,9 +370,10 @@ static void drop_unused_locals(FUNINFO* fi) {
         if (node->op == NAME && node->u.sym && node->u.sym->level == 2) node->u.sym->inc_bitnum();
         return true;
       });
+  const SYMBOL_SET named_in_EHT = symbols_named_in_EHT(fi);
   for (SYMTAB** place = &fi->symbols; *place;) {
     SYMTAB* sym = *place;
-    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, fi)) {
+    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, named_in_EHT)) {
       *place = sym->next;
       sym->next = nullptr;
     } else {
@@ -409,6 +422,7 @@ void output_function() {
     write_func_body();
   }
   erase_all();
+  fi->clear_maps();
   currfuninfo = file_funinfo;
   currfunc = nullptr;
   restore_global_flags();

@@ -118,6 +118,7 @@ I_FILE* I_FILE::if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t e
   file->extra_word = extra_word;
   setvbuf(fp, nullptr, _IOFBF, STREAM_BUFFER);
   file->base = ftell(fp);
+  file->begin_record();
   file->write_header();
   return file;
 }
@@ -158,8 +159,10 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
       i_write_eof();
     }
     if_write_all_globals();
+    write_out();
     failed = written > 0xFFFFFFFFul || fseek(fp, base, SEEK_SET) != 0;
     write_header();
+    write_out();
   }
   for (OPTION_SET* set : option_sets)
     delete set;
@@ -171,7 +174,7 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
   bytes = {};
   free(buf);
   buf = nullptr;
-  buf_size = buf_next = 0;
+  buf_size = buf_next = record_start = 0;
   if (fp) {
     failed |= fflush(fp) != 0 && writing;
     failed |= ferror(fp) != 0;
@@ -201,6 +204,7 @@ void I_FILE::if_seek(unsigned long offset) {
 }
 
 void I_FILE::if_flush() {
+  if (writing) write_out();
   fflush(fp);
 }
 
@@ -272,6 +276,7 @@ int32_t I_FILE::i_read_s32() {
 }
 
 unsigned long I_FILE::i_read_uint() {
+  if (pos < file_size && bytes[pos] < 0x80) return bytes[pos++]; // most are short
   unsigned long value = 0;
   for (int shift = 0;; shift += 7) {
     if (shift > 63) if_die(INVALID_RECORD);
@@ -344,9 +349,27 @@ void I_FILE::i_read_skip(int n) {
 // Primitive writers
 
 void I_FILE::put_bytes(const void* p, unsigned long n) {
-  // A failure shows in the stream's error indicator, which if_close reports.
-  fwrite(p, 1, n, fp);
+  buf_next = record_start;
+  append(static_cast<const char*>(p), n);
   written += n;
+  begin_record();
+}
+
+constexpr unsigned long SHORT_HEAD = 2; // tag and length of a record of less than 128 bytes
+
+void I_FILE::begin_record() {
+  record_start = buf_next;
+  if (buf_next >= RECORD_BUFFER) return write_out(); // which begins the record
+  if (SHORT_HEAD > buf_size - buf_next) grow_buf(SHORT_HEAD);
+  buf_next += SHORT_HEAD;
+}
+
+// Hands the finished records to the stream. Not within a record.
+void I_FILE::write_out() {
+  // A failure shows in the stream's error indicator, which if_close reports.
+  if (record_start) fwrite(buf, 1, record_start, fp);
+  buf_next = record_start = 0;
+  begin_record();
 }
 
 // Makes room for n more bytes of the record.
@@ -389,11 +412,12 @@ void I_FILE::i_write_i32(int v) {
 }
 
 void I_FILE::i_write_uint(unsigned long v) {
+  if (buf_size - buf_next < 10) grow_buf(10);
   while (v >= 0x80) {
-    i_write_i8(static_cast<int>((v & 0x7F) | 0x80));
+    buf[buf_next++] = static_cast<unsigned char>(v | 0x80);
     v >>= 7;
   }
-  i_write_i8(static_cast<int>(v));
+  buf[buf_next++] = static_cast<unsigned char>(v);
 }
 
 void I_FILE::i_write_sint(long v) {
@@ -424,15 +448,24 @@ void I_FILE::i_write_psn(PSN* psn) {
 }
 
 void I_FILE::i_flush(int tag) {
-  unsigned char head[11] = {static_cast<unsigned char>(tag)};
-  int n = 1;
-  unsigned long length = buf_next;
-  for (; length >= 0x80; length >>= 7)
-    head[n++] = static_cast<unsigned char>(length | 0x80);
-  head[n++] = static_cast<unsigned char>(length);
-  put_bytes(head, n);
-  put_bytes(buf, buf_next);
-  buf_next = 0;
+  const unsigned long payload = record_start + SHORT_HEAD;
+  const unsigned long length = buf_next - payload;
+  unsigned long more = 0; // bytes of the length beyond the first
+  for (unsigned long rest = length >> 7; rest; rest >>= 7)
+    more++;
+  if (more) {
+    if (more > buf_size - buf_next) grow_buf(more);
+    memmove(buf + payload + more, buf + payload, length);
+    buf_next += more;
+  }
+  unsigned char* head = buf + record_start;
+  *head++ = static_cast<unsigned char>(tag);
+  unsigned long rest = length;
+  for (; rest >= 0x80; rest >>= 7)
+    *head++ = static_cast<unsigned char>(rest | 0x80);
+  *head = static_cast<unsigned char>(rest);
+  written += buf_next - record_start;
+  begin_record();
 }
 
 void I_FILE::i_write_eof() {

@@ -263,17 +263,20 @@ private:
   int eof_reads = 0;
   std::vector<char> text_buffer;
 
-  // The payload of the record being written: buf_next bytes of buf_size. The file's own memory, as
-  // its exhaustion has a message of its own.
+  // Finished records that wait to be written, up to record_start; behind it room for the tag and a
+  // length of one byte, and the payload of the record being made, up to buf_next. The file's own
+  // memory, as its exhaustion has a message of its own.
   unsigned char* buf = nullptr;
-  unsigned long buf_size = 0, buf_next = 0;
+  unsigned long buf_size = 0, buf_next = 0, record_start = 0;
   unsigned long written = 0;                              // bytes written so far, from base
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
   std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
   std::vector<char> type_is_written; // by the same index
 
   int get_byte();
-  void put_bytes(const void* p, unsigned long n);
+  void put_bytes(const void* p, unsigned long n); // between records
+  void begin_record();
+  void write_out();
   void grow_buf(unsigned long n);
   void append(const char* p, unsigned long n);
   bool read_magic();

@@ -74,7 +74,7 @@ def main():
             def pair(key, width):
                 return f"{stats0.get(key, 0):>{width}} -> {stats1.get(key, 0):<{width}}"
 
-            print(f"{source.name:<22}{count_nodes(before):>7} -> {count_nodes(after):<6}{pair('total', 12)}"
+            print(f"{source.name:<22}{count_nodes(before):>7} -> {count_nodes(after):<6}{pair('operations', 12)}"
                   f"{pair('loads', 9)}{pair('stores', 9)}{milliseconds:>5.0f}  "
                   f"{'same output' if same else 'DIFFERENT'}")
             changed = changed_function(before, after)

@@ -2,6 +2,8 @@
 
 #include "tools/cc_lower.h"
 
+#include "OPT5/treewalk.h"
+
 #include "OPT5/optables.h"
 #include "OPT5/verify.h"
 

@@ -57,10 +57,16 @@ struct JUMPS {
   int label; // 0 until it is needed
 };
 
+// The values of one `case`; a single one is a range of its own.
+struct CASE_RANGE {
+  INT65 first, last;
+  int label;
+};
+
 struct SWITCH_STATE {
   TYPE* type;
-  std::map<INT65, int> cases; // value to label
-  std::vector<std::pair<INT65, int>> in_order;
+  std::vector<CASE_RANGE> ranges; // in the order of the source
+  std::map<INT65, INT65> taken;   // last value to first, of all ranges
   int default_label = 0;
 };
 
@@ -172,6 +178,7 @@ private:
   void do_statement(const clang::DoStmt* s);
   void for_statement(const clang::ForStmt* s);
   void switch_statement(const clang::SwitchStmt* s);
+  void test_ranges(const SWITCH_STATE& state, size_t place, int otherwise);
   void case_label(const clang::CaseStmt* s);
   void default_label(const clang::DefaultStmt* s);
   void return_statement(const clang::ReturnStmt* s);

@@ -7,13 +7,19 @@
 
 #include "clang/AST/Attr.h"
 
+#include <algorithm>
+
 using clang::SourceLocation;
 
 namespace cc {
 
 namespace {
-constexpr unsigned long MAX_CASE_RANGE = 1024; // values of one `case a ... b`
+constexpr unsigned long MAX_CASE_VALUES = 64; // longer ranges are compared with instead
+
+bool is_long(const CASE_RANGE& range) {
+  return range.last - range.first >= INT65(MAX_CASE_VALUES);
 }
+} // namespace
 
 void LOWERING::emit(NODE* tree, PSN* psn) {
   if (const char* fault = verify_statement(tree)) {
@@ -265,17 +271,59 @@ void LOWERING::switch_statement(const clang::SwitchStmt* s) {
   fn->breaks.pop_back();
   fn->switches.pop_back();
   NODE* list = nullptr;
+  int count = 0;
+  bool has_long = false;
   auto add = [&](NODE* entry) {
     list = list ? maketree(COMMA, list, entry, tp->mk_void()) : entry;
   };
-  for (const auto& [v, label] : state.in_order)
-    add(maketree(CASE, icon(v, state.type), label_node(label), tp->mk_void()));
-  const int otherwise = state.default_label ? state.default_label : label_of(end);
+  for (const CASE_RANGE& range : state.ranges) {
+    has_long |= is_long(range);
+    if (is_long(range)) continue;
+    // The last value may be the type's greatest, so nothing is compared with a value behind it.
+    const unsigned long values = (range.last - range.first).low + 1;
+    for (unsigned long k = 0; k < values; k++, count++)
+      add(maketree(CASE, icon(range.first + INT65(k), state.type), label_node(range.label),
+                   tp->mk_void()));
+  }
+  int otherwise = state.default_label ? state.default_label : label_of(end);
+  if (has_long) {
+    const int tests = new_label();
+    test_ranges(state, place, otherwise);
+    ITEM label{ITEM::LABEL_RECORD};
+    label.label = otherwise = tests;
+    fn->items.insert(fn->items.begin() + static_cast<long>(place) + 1, label);
+  }
   add(maketree(DEFAULT, label_node(otherwise), nullptr, tp->mk_void()));
   tree->right = list;
-  tree->mk_switch(static_cast<int>(state.in_order.size()));
-  fn->items[place].tree = tree;
+  tree->mk_switch(count);
   place_label(end);
+}
+
+// Puts comparisons with the long ranges behind the switch at `place`, whose selector goes to a
+// temporary.
+void LOWERING::test_ranges(const SWITCH_STATE& state, size_t place, int otherwise) {
+  NODE* tree = fn->items[place].tree;
+  PSN* psn = fn->items[place].psn;
+  SYMTAB* selector = temporary(state.type, fn->decl->getLocation());
+  tree->left = mk_COMMAOP(assign(name_node(selector), tree->left), name_node(selector));
+  const size_t old_end = fn->items.size();
+  for (const CASE_RANGE& range : state.ranges) {
+    if (!is_long(range)) continue;
+    NODE *above = nullptr, *below = nullptr;
+    if (range.first > int_type_min(state.type))
+      above = compare(GE, name_node(selector), icon(range.first, state.type));
+    if (range.last < int_type_max(state.type))
+      below = compare(LE, name_node(selector), icon(range.last, state.type));
+    if (above && below)
+      branch_if(maketree(ANDAND, above, below, int_type()), range.label, psn);
+    else if (above || below)
+      branch_if(above ? above : below, range.label, psn);
+    else
+      emit_branch(range.label, psn);
+  }
+  emit_branch(otherwise, psn);
+  std::rotate(fn->items.begin() + static_cast<long>(place) + 1,
+              fn->items.begin() + static_cast<long>(old_end), fn->items.end());
 }
 
 void LOWERING::case_label(const clang::CaseStmt* s) {
@@ -283,12 +331,14 @@ void LOWERING::case_label(const clang::CaseStmt* s) {
   INT65 first = truncate_to_type(constant_of(s->getLHS()), state.type);
   INT65 last = first;
   if (s->getRHS()) last = truncate_to_type(constant_of(s->getRHS()), state.type);
-  if (last - first >= INT65(MAX_CASE_RANGE)) refuse(s->getCaseLoc(), "case range is too large");
   const int label = new_label();
-  for (INT65 v = first; v <= last; ++v) {
-    if (!state.cases.emplace(v, label).second)
-      refuse(s->getCaseLoc(), "duplicate case value '" + int65_text(v) + "'");
-    state.in_order.push_back({v, label});
+  if (first <= last) { // a range the other way round is empty
+    const auto next = state.taken.lower_bound(first);
+    if (next != state.taken.end() && next->second <= last)
+      refuse(s->getCaseLoc(),
+             "duplicate case value '" + int65_text(std::max(first, next->second)) + "'");
+    state.taken.emplace(last, first);
+    state.ranges.push_back({first, last, label});
   }
   emit_label(label);
   lower_statement(s->getSubStmt());

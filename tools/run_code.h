@@ -7,6 +7,7 @@
 #pragma once
 
 #include "tools/run_memory.h"
+#include "tools/run_operations.h"
 #include "tools/run_types.h"
 
 #include <array>
@@ -183,6 +184,7 @@ struct FunctionCode {
 // Nodes that are always executed together. Kept for statistics only.
 struct Region {
   std::array<uint32_t, FIRST_MEMORY_OP> nodes{};
+  OperationCounts counts;
   uint32_t statements = 0, loads = 0, stores = 0;
 };
 

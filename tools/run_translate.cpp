@@ -199,25 +199,43 @@ void FunctionTranslator::find_homes() {
 
 // --- Steps and statistics ---
 
+bool FunctionTranslator::is_register(uint32_t n) const {
+  const Node& x = node(n);
+  if (x.op == VREG) {
+    auto known = vregs.find(x.a);
+    return known != vregs.end() && known->second.kind == Place::REG;
+  }
+  return x.op == NAME && x.a != 0 && x.b < homes.size() && homes[x.b].place.kind == Place::REG;
+}
+
 // Counts the nodes that are executed whenever `root` is; what is behind a condition becomes a
 // region of its own when it is translated.
-void FunctionTranslator::enter_region(uint32_t root, bool is_statement) {
+void FunctionTranslator::enter_region(uint32_t root, bool is_statement, uint32_t parent) {
   uint64_t count = 0;
   if (p.with_stats) {
     region = uint32_t(p.regions.size());
     p.regions.emplace_back();
     p.regions.back().statements = is_statement;
   }
-  std::vector<uint32_t> stack = {root};
+  struct Visit {
+    uint32_t node, parent;
+  };
+  std::vector<Visit> stack = {{root, parent}};
   while (!stack.empty()) {
-    const Node& n = node(stack.back());
+    Visit v = stack.back();
+    const Node& n = node(v.node);
     stack.pop_back();
     ++count;
-    if (p.with_stats) ++p.regions[region].nodes[n.op];
+    if (p.with_stats) {
+      Region& r = p.regions[region];
+      ++r.nodes[n.op];
+      bool gets_register = n.op == ASG && is_register(n.left);
+      count_operation(unit, p.shapes, v.node, v.parent, gets_register, r.counts);
+    }
     if (n.op == NASSERT || n.op == LOOP_OP || n.op == ENDLOOP) continue;
     bool conditional = n.op == ANDAND || n.op == OROR || n.op == COLON;
-    if (n.left != NONE && n.op != COLON) stack.push_back(n.left);
-    if (n.right != NONE && !conditional) stack.push_back(n.right);
+    if (n.left != NONE && n.op != COLON) stack.push_back({n.left, v.node});
+    if (n.right != NONE && !conditional) stack.push_back({n.right, v.node});
   }
   pending_steps += count;
   if (p.with_stats) emit(I_STAT, 0, 0, region);

@@ -401,7 +401,7 @@ void FunctionTranslator::branch_if(uint32_t n, bool when, uint32_t label) {
     uint32_t skip = when == deciding ? label : new_label();
     branch_if(x.left, deciding, skip);
     uint32_t outer = region;
-    enter_region(x.right, false);
+    enter_region(x.right, false, n);
     branch_if(x.right, when, label);
     region = outer;
     if (skip != label) bind(skip);

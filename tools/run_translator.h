@@ -80,7 +80,8 @@ struct FunctionTranslator {
   uint32_t user_label(uint32_t node);
   uint32_t new_label();
   void bind(uint32_t label) { label_at[label] = uint32_t(out.code.size()); }
-  void enter_region(uint32_t root, bool is_statement);
+  void enter_region(uint32_t root, bool is_statement, uint32_t parent = NONE);
+  bool is_register(uint32_t n) const; // a place that is no memory
   void flush_steps();
   uint16_t take_steps();
   [[noreturn]] void fail(const std::string& text) const { throw Unsupported{text}; }

@@ -46,7 +46,7 @@ TEST_F(Graph, SplittingKeepsTheOrderOfDeclaration) {
 TEST_F(Graph, GlobalsKeepMarksByFunction) {
   auto& global = *new GLOBAL_SYM; // owned by the table of all symbols
   global.name = strdup("g");
-  global.index = 3;
+  global.cqual = CQ_NO_ADDRESS; // not aliased as long as nothing else is known
   FUNINFO other("other");
   global.set_is_aliased(true);
   global.inc_bitnum();

@@ -3,6 +3,7 @@
 
 #include "OPT5/alias.h"
 #include "OPT5/stackshare.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
 // Blocks as the reader sees them, with variables that a statement names.

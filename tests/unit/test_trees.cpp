@@ -266,14 +266,39 @@ TEST_F(Trees, ErasingTwiceIsReported) {
   EXPECT_EXIT(erase_node(node), ::testing::ExitedWithCode(1), "ERROR IN 'erase_node'");
 }
 
-TEST_F(Trees, NodesMoveBetweenThreads) {
-  std::vector<NODE*> made(1000);
+// Nodes of one function are used again by it, and never by another: not after they were erased, nor
+// by way of a thread of its own. What has been given back as a whole serves the next function.
+TEST_F(Trees, MemoryStaysWithItsFunction) {
+  NODE* first = icon(7);
+  erase_tree(first);
+  NODE* again = icon(8);
+  EXPECT_EQ(again, first);
   std::thread([&] {
-    for (NODE*& node : made)
-      node = icon(7);
-  }).join();
-  for (NODE* node : made)
+    FUNINFO other("other");
+    currfuninfo = &other;
+    NODE* node = icon(9);
+    EXPECT_NE(node, again);
     erase_tree(node);
+    EXPECT_EQ(other.memory.live_nodes, 0);
+    const std::string text(100000, 'x'); // more than any shared block
+    SYMTAB* sym = func;
+    for (int k = 0; k < 1000; k++)
+      currfuninfo->stmts = mkelist(mk_NAME(sym), currfuninfo->stmts, nullptr);
+    node = alloc_node(SCON, tp->mk_void());
+    node->mk_scon(text.data(), static_cast<unsigned>(text.size()));
+    EXPECT_EQ(node->text, text);
+    currfuninfo = nullptr;
+  }).join();
+  EXPECT_EQ(again->icon_svalue(), 8);
+  FUNINFO next("next");
+  FUNINFO* kept = currfuninfo;
+  currfuninfo = &next;
+  NODE* foreign = again;
+#ifdef VRX_CHECKS
+  EXPECT_EXIT(erase_node(foreign), ::testing::ExitedWithCode(1), "owner");
+#endif
+  currfuninfo = kept;
+  erase_tree(foreign);
 }
 
 TEST_F(Trees, ArgumentsAndComma) {
