@@ -17,6 +17,8 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <unordered_map>
+#include <vector>
 
 static bool has_builtin_name(int op) {
   return op == ICALL || op == UICALL || op == MCALL || op == UMCALL;
@@ -325,7 +327,7 @@ LIST* mkelist(NODE* tree, LIST* next, PSN* psn) {
 // ---------------------------------------------------------------------------------------------
 // Copying
 
-NODE* copy_node(const NODE* node, bool keep_ls) {
+static NODE* copy_node_body(const NODE* node, bool keep_ls) {
   NODE* copy = alloc_node(node->op, node->type);
   *copy = *node;
 #ifdef VRX_CHECKS
@@ -352,15 +354,66 @@ NODE* copy_node(const NODE* node, bool keep_ls) {
   return copy;
 }
 
-NODE* copy_tree(const NODE* tree, bool keep_ls) {
-  if (!tree) return nullptr;
-  NODE* root = copy_node(tree, keep_ls);
-  NODE* to = root;
-  for (const NODE* from = tree;; from = from->left, to = to->left) {
-    if (from->right) to->right = copy_tree(from->right, keep_ls);
-    if (!from->left) return root;
-    to->left = copy_node(from->left, keep_ls);
+// A mark of dependence is no more than what it carries, so its copy has the record, too.
+NODE* copy_dd_node(const NODE* node, bool keep_ls) {
+  NODE* copy = copy_node_body(node, keep_ls);
+  if (node->dd_info)
+    copy->dd_info = current_memory().arena.make<DD_INFO>(copy_tree(node->dd_info->tree, true));
+  return copy;
+}
+
+NODE* copy_node(const NODE* node, bool keep_ls) {
+  return node->op == DDNODE ? copy_dd_node(node, keep_ls) : copy_node_body(node, keep_ls);
+}
+
+namespace {
+
+// Copies trees. The copy of a CSE_DUPE owns no operands either: they are those of the CSE_ORIG's
+// copy, if that is copied along, else of the same CSE_ORIG as before.
+class TREE_COPIER {
+public:
+  explicit TREE_COPIER(bool keep) : keep_ls(keep) {}
+
+  NODE* copy(const NODE* tree) {
+    if (!tree) return nullptr;
+    NODE* root = copy_node(tree, keep_ls);
+    NODE* to = root;
+    for (const NODE* from = tree;; from = from->left, to = to->left) {
+      if (from->op == CSE_DUPE) {
+        to->left = from->left;
+        to->right = from->right;
+        dupes.push_back(to);
+        return root;
+      }
+      if (from->right) to->right = copy(from->right);
+      if (from->left) to->left = copy_node(from->left, keep_ls);
+      if (from->op == CSE_ORIG) {
+        copy_of[from->left] = to->left;
+        copy_of[from->right] = to->right;
+      }
+      if (!from->left) return root;
+    }
   }
+
+  void bind_dupes() {
+    for (NODE* dupe : dupes)
+      for (NODE** operand : {&dupe->left, &dupe->right})
+        if (auto place = copy_of.find(*operand); place != copy_of.end()) *operand = place->second;
+  }
+
+private:
+  const bool keep_ls;
+  std::vector<NODE*> dupes;
+  std::unordered_map<const NODE*, NODE*> copy_of; // operands of CSE_ORIGs
+};
+
+} // namespace
+
+NODE* copy_tree(const NODE* tree, bool keep_ls) {
+  TREE_COPIER copier(keep_ls);
+  NODE* copy = copier.copy(tree);
+  copier.bind_dupes();
+  return copy;
 }
 
 NODE* copy_tree_0(const NODE* tree, FUNINFO* fi) {
@@ -375,27 +428,31 @@ NODE* copy_tree_0(const NODE* tree, FUNINFO* fi) {
 LIST* copy_statements(const LIST* list, bool keep_ls) {
   LIST* head = nullptr;
   LIST** tail = &head;
+  TREE_COPIER copier(keep_ls); // a CSE_DUPE may stand behind its CSE_ORIG's statement
   for (; list; list = list->next) {
-    *tail = mklist(copy_tree(list->tree, keep_ls), nullptr, list->info[0], list->info[1]);
+    *tail = mklist(copier.copy(list->tree), nullptr, list->info[0], list->info[1]);
     (*tail)->psn = list->psn;
     tail = &(*tail)->next;
   }
+  copier.bind_dupes();
   return head;
 }
 
 NODE* copy_tree_without_dupes(const NODE* tree) {
-  if (!tree) return nullptr;
-  while (tree->op == CSE_DUPE || tree->op == CSE_ORIG)
-    tree = tree->right;
-  NODE* copy = copy_node(tree, true);
-  copy->left = copy_tree_without_dupes(tree->left);
-  copy->right = copy_tree_without_dupes(tree->right);
-  return copy;
+  NODE* root = nullptr;
+  for (NODE** place = &root; tree; tree = tree->left) {
+    while (tree->op == CSE_DUPE || tree->op == CSE_ORIG)
+      tree = tree->right;
+    *place = copy_node(tree, true);
+    (*place)->right = copy_tree_without_dupes(tree->right);
+    place = &(*place)->left;
+  }
+  return root;
 }
 
 static void copy_dd_records(const NODE* from, NODE* to) {
-  for (; from; from = from->left, to = to->left) {
-    if (from->dd_info)
+  for (; from && from->op != CSE_DUPE; from = from->left, to = to->left) {
+    if (from->dd_info && !to->dd_info)
       to->dd_info = current_memory().arena.make<DD_INFO>(copy_tree(from->dd_info->tree, true));
     if (from->right) copy_dd_records(from->right, to->right);
   }

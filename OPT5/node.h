@@ -233,6 +233,8 @@ LIST* mkelist(NODE* tree, LIST* next, PSN* psn);
 
 // --- Copying. A copy drops dependence and points-to records, and the scope unless keep_ls.
 NODE* copy_node(const NODE* node, bool keep_ls); // operands of the copy are null
+// The same for a DDNODE, which keeps its dependence record; copy_node calls it.
+NODE* copy_dd_node(const NODE* node, bool keep_ls);
 NODE* copy_tree(const NODE* tree, bool keep_ls);
 // Deep copy for inlining: symbols go through intern_symbol when fi is given.
 NODE* copy_tree_0(const NODE* tree, FUNINFO* fi);

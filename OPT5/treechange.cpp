@@ -70,6 +70,18 @@ const NODE* stdot_base(const NODE* node, long& bits) {
   return node;
 }
 
+// What operators say besides their operands, for those where that makes a difference.
+bool payloads_agree(const NODE* a, const NODE* b) {
+  switch (a->op) {
+  case CALL: return a->eh_entry == b->eh_entry && a->vargs == b->vargs;
+  case UCALL: return a->eh_entry == b->eh_entry;
+  case SKIP: return a->ival == b->ival;
+  case DDNODE:
+    return a->ival == b->ival && a->dd_locale == b->dd_locale && a->dd_flags == b->dd_flags;
+  default: return true;
+  }
+}
+
 } // namespace
 
 bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
@@ -94,7 +106,9 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
     if (!se_ok && (reads_volatile(a) || reads_volatile(b))) return false;
     switch (a->op) {
     case NAME: return a->u.sym == b->u.sym;
-    case LABEL: return a->label ? a->label == b->label : a->ival == b->ival;
+    case LABEL:
+    case LABELDEF:
+      return a->label && b->label ? a->label == b->label : a->label_id() == b->label_id();
     case SCON:
       return a->scon_length() == b->scon_length() &&
              memcmp(a->text, b->text, a->scon_length()) == 0;
@@ -124,7 +138,10 @@ bool trees_are_congruent(const NODE* a, const NODE* b, bool se_ok) {
       break;
     case PPRAGMA:
     case ASM: return false;
+    case MIXVALUE:
+    case EXPRSTUB: return false; // each stands for something of its own
     default:
+      if (!payloads_agree(a, b)) return false;
       if (!trees_are_congruent(a->right, b->right, se_ok)) return false;
     }
     if (!a->left && !b->left) return true;

@@ -79,6 +79,50 @@ TEST_F(Trees, CopiesAreTheirOwn) {
     erase_tree(node);
 }
 
+// A CSE_DUPE owns nothing, nor does its copy.
+TEST_F(Trees, CopiesOfSharedExpressions) {
+  SYMTAB *x = variable("x"), *y = variable("y");
+  auto original = [&] { return op(CSE_ORIG, nullptr, op(PLUS, name(x), name(y))); };
+  auto dupe_of = [&](NODE* orig) { return op(CSE_DUPE, nullptr, orig->right); };
+  // The copy of both shares within itself.
+  NODE* orig = original();
+  NODE* tree = op(MULT, orig, op(MINUS, dupe_of(orig), icon(1)));
+  NODE* copy = copy_tree(tree, true);
+  EXPECT_NE(copy->left->right, orig->right);
+  EXPECT_EQ(copy->right->left->right, copy->left->right);
+  erase_tree(tree);
+  EXPECT_EQ(copy->right->left->right->op, PLUS);
+  NODE* plain = copy_tree_without_dupes(copy);
+  erase_tree(copy);
+  EXPECT_EQ(tree_text(plain), "MULT:int(PLUS:int(x, y), MINUS:int(PLUS:int(x, y), 1:int))");
+  erase_tree(plain);
+  // The copy of one alone shares with the same original; also over statements.
+  LIST* second = mklist(dupe_of(orig = original()), nullptr);
+  LIST* both = mklist(orig, second);
+  copy = copy_dd_tree(second->tree, true);
+  EXPECT_EQ(copy->right, orig->right);
+  erase_tree(copy);
+  LIST* copies = copy_statements(both, true);
+  erase_tree_list(both);
+  EXPECT_EQ(copies->next->tree->right, copies->tree->right);
+  erase_tree_list(copies);
+}
+
+TEST_F(Trees, MarksOfDependenceKeepTheirRecord) {
+  NODE* mark = op(DDNODE, name(variable("x")));
+  mark->mk_ddnode(3, 1, 2);
+  mark->dd_info = current_memory().arena.make<DD_INFO>(icon(7));
+  NODE* copy = copy_tree(mark, true);
+  EXPECT_EQ(copy->ddnode_id(), 3);
+  ASSERT_TRUE(copy->dd_info);
+  EXPECT_NE(copy->dd_info->tree, mark->dd_info->tree);
+  erase_tree(mark);
+  EXPECT_EQ(copy->dd_info->tree->icon_svalue(), 7);
+  NODE* again = copy_dd_tree(copy, true);
+  erase_tree(copy);
+  erase_tree(again);
+}
+
 TEST_F(Trees, LongSpinesNeedNoStack) {
   SYMTAB* x = variable("x");
   NODE* sum = name(x);
@@ -112,6 +156,23 @@ TEST_F(Trees, Congruence) {
   };
   EXPECT_FALSE(same(call(), call()));
   EXPECT_TRUE(same(call(), call(), true));
+  // What an operator says besides its operands counts.
+  auto under_entry = [&](unsigned entry) {
+    NODE* tree = call();
+    tree->eh_entry = entry;
+    return tree;
+  };
+  EXPECT_FALSE(same(under_entry(1), under_entry(2), true));
+  auto numbered = [&](int code, int number) {
+    NODE* tree = alloc_node(code, tp->mk_void());
+    tree->ival = number;
+    if (code == SKIP || code == DDNODE) tree->left = icon(5);
+    return tree;
+  };
+  for (int code : {LABEL, LABELDEF, SKIP, DDNODE}) {
+    EXPECT_TRUE(same(numbered(code, 4), numbered(code, 4), true)) << code;
+    EXPECT_FALSE(same(numbered(code, 4), numbered(code, 6), true)) << code;
+  }
   NODE* once = call();
   EXPECT_TRUE(trees_are_congruent(once, once));
   erase_tree(once);
