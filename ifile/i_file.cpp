@@ -543,11 +543,8 @@ bool I_FILE::read_type_record(int tag, int len) {
 }
 
 bool I_FILE::read_global(int tag, int) {
-  if (tag == TAG_PRAGMA) {
-    client->cl_pragma(nullptr, if_read_pragma(nullptr));
-    end_record();
-    return true;
-  }
+  if (tag == TAG_PRAGMA)
+    if_die("\nINTERNAL ERROR: Pragma without a symbol among the globals of I-code, aborting");
   if (tag != TAG_SYMBOL) if_die(INVALID_RECORD);
   if_read_symbol_def();
   return true;

@@ -375,6 +375,8 @@ bool I_FILE::if_read_record() {
   case TAG_LIR: break; // skipped as a whole
   case TAG_IR_FUNC: if_read_ir_func(); break;
   case TAG_IR_END: if_read_ir_end_func(); break;
+  case TAG_FILE_NAME:
+    if_die("\nINTERNAL ERROR: File name in the function stream of I-code, aborting");
   default: printf("\n///ERROR @0x%lx\n\n", at); return true; // goes on right behind the header
   }
   end_record();

@@ -245,7 +245,9 @@ TYPE* I_FILE::tp_make_ptm(unsigned& depth) {
 
 TYPE* I_FILE::tp_make_enum(unsigned& depth) {
   const char* name = intern_text(i_read_string());
-  const unsigned long size = read_scalar_size();
+  const unsigned long size = i_read_uint();
+  if (size == 0) if_die("\nINTERNAL ERROR: Enumeration of size 0 in I-code, aborting");
+  if (size > MAX_INT_SIZE) if_die(INVALID_RECORD);
   const unsigned align = read_type_align();
   TYPE* under = read_target(depth);
   if (!under->is_int()) if_die(INVALID_RECORD);
@@ -391,8 +393,9 @@ void I_FILE::tp_make_mdata(TYPE* csu) {
 
 void I_FILE::tp_make_param(TYPE_INFO& owner) {
   TYPE_PARAM param;
-  unsigned class_depth = 0; // a class stands on nothing, its forward references would not end
-  param.type = read_target(owner.unfinished ? owner.depth : class_depth);
+  // A class stands on nothing, its forward references would not end; and its parameter may be a
+  // type, which has none.
+  param.type = owner.unfinished ? read_target(owner.depth) : i_read_typeref();
   i_read_bool();
   param.flags = static_cast<unsigned>(i_read_uint());
   param.name = intern_text(i_read_string());

@@ -275,6 +275,7 @@ void decode_file(Reader& r, Unit& unit) {
 void decode_symbol(Reader& r, Unit& unit, std::vector<Symbol>& symbols) {
   size_t start = r.pos();
   Symbol s;
+  if (r.peek_tag() == TAG_PRAGMA) return r.fail("a pragma without a symbol among the globals");
   expect_tag(r, TAG_SYMBOL, "a symbol");
   s.name = r.str();
   s.size = r.uint();
@@ -410,6 +411,7 @@ void decode_item(Reader& r, Unit& unit, StreamState& state) {
     break;
   }
   case TAG_EHT: item.index = append(unit.exception_tables, get_exception_table(r, unit)); break;
+  case TAG_FILE: return r.fail_at(start, "a file name in the function stream");
   default:
     return r.fail_at(start, "a record of tag " + std::to_string(item.tag) +
                                 " has no place in the function stream");

@@ -74,6 +74,10 @@ bool is_definition_code(uint8_t code) {
 
 bool add_type_record(Unit& unit, TypeRecord r, std::string& error) {
   auto record = uint32_t(unit.types.size());
+  if (r.code == TC_ENUM && r.size == 0) {
+    error = "an enumeration of size 0";
+    return false;
+  }
   if (!is_definition_code(r.code)) {
     if (is_element_code(r.code)) enter_element(unit, r, record);
     unit.types.push_back(std::move(r));

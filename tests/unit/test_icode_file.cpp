@@ -1,6 +1,7 @@
 // The container: records in, records out, and the walks over a file's bytes.
 #include "file_fixture.h"
 #include "tools/icode_bytes.h"
+#include "tools/icode_unit.h"
 
 #include <functional>
 #include <sys/resource.h>
@@ -380,4 +381,75 @@ TEST_F(IcodeFile, RecordsGrowAndMemoryEnds) {
   };
   EXPECT_EXIT(write_without_end(), testing::ExitedWithCode(1),
               ">> ICODE Buffer size exceeded and realloc failed");
+}
+
+// What has no place in a file, or no meaning, is refused by name, here and in the tools.
+class IcodeFileForms : public IcodeFile {
+protected:
+  std::string tools_message() const {
+    const std::string bytes = contents(path);
+    icode::Unit unit;
+    std::string error;
+    const auto* begin = reinterpret_cast<const uint8_t*>(bytes.data());
+    return icode::decode_unit({begin, bytes.size()}, unit, error) ? "" : error;
+  }
+
+  void expect_refused(const char* here, const char* in_tools) {
+    FILE_PTR in = open(path);
+    EXPECT_EXIT(in->if_read_file(), ::testing::ExitedWithCode(1), here);
+    EXPECT_NE(tools_message().find(in_tools), std::string::npos) << tools_message();
+  }
+
+  TYPED_SYMBOL* symbol_of(TYPE* type) {
+    symbols.push_back(std::make_unique<TYPED_SYMBOL>(type, "x", nullptr));
+    return symbols.back().get();
+  }
+};
+
+TEST_F(IcodeFileForms, AFileNameInTheFunctionStream) {
+  FILE_PTR out = create(path);
+  out->i_write_string("b.c");
+  out->i_flush(TAG_FILE_NAME);
+  ASSERT_EQ(out->if_close(false, false), 0);
+  expect_refused("File name in the function stream", "a file name in the function stream");
+}
+
+TEST_F(IcodeFileForms, APragmaWithoutASymbolAmongTheGlobals) {
+  struct HAS_MORE_PRAGMAS : TYPED_SYMBOL {
+    PRAGMA more;
+    explicit HAS_MORE_PRAGMAS(TYPE* t) : TYPED_SYMBOL(t, "x", nullptr) { more.kind = 7; }
+    PRAGMA* sym_pragma() const override { return const_cast<PRAGMA*>(&more); }
+  };
+  FILE_PTR out = create(path);
+  symbols.push_back(std::make_unique<HAS_MORE_PRAGMAS>(pkg->mk_plain_int()));
+  out->if_enter_global(symbols.back().get());
+  ASSERT_EQ(out->if_close(false, false), 0);
+  expect_refused("Pragma without a symbol", "a pragma without a symbol among the globals");
+}
+
+TEST_F(IcodeFileForms, AnEnumerationOfSize0) {
+  FILE_PTR out = create(path);
+  out->if_enter_global(symbol_of(pkg->mk_enum("e", pkg->mk_plain_int(), 0, 16)));
+  ASSERT_EQ(out->if_close(false, false), 0);
+  expect_refused("Enumeration of size 0", "an enumeration of size 0");
+}
+
+// template <class T, int n> struct holder
+TEST_F(IcodeFileForms, AClassParameterMayBeAType) {
+  FILE_PTR out = create(path);
+  TYPE* holder = pkg->mk_struct("holder");
+  holder->size = holder->align = 16;
+  holder->csu_parts()->complete = true;
+  holder->csu_parts()->has_long_form = true;
+  holder->csu_parts()->params = {{nullptr, 0, "T"}, {pkg->mk_plain_int(), 0, "n"}};
+  out->if_enter_global(symbol_of(holder));
+  ASSERT_EQ(out->if_close(false, false), 0);
+  EXPECT_EQ(tools_message(), "");
+  FILE_PTR in = open(path);
+  in->if_read_file();
+  const std::vector<TYPE_PARAM>& back = client.symbols.at(0)->type->csu_parts()->params;
+  ASSERT_EQ(back.size(), 2u);
+  EXPECT_EQ(back[0].type, nullptr);
+  EXPECT_STREQ(back[0].name, "T");
+  EXPECT_EQ(back[1].type, pkg->mk_plain_int());
 }
