@@ -109,7 +109,12 @@ public:
   explicit GRAPH_BUILDER(FUNINFO* record) : fi(record) {}
 
   void cut(LIST* list) {
-    start_with_exit_block();
+    if (list->tree->op == URETURN && !list->next) { // nothing but the way out
+      start_with_exit_block(list);
+      first_block = exit_block;
+      return;
+    }
+    start_with_exit_block(mkelist(return_statement(), nullptr, fi->end_psn));
     for (LIST* next; list; list = next) {
       next = list->next;
       list->next = nullptr;
@@ -171,8 +176,8 @@ private:
     return maketree(URETURN, mk_NAME(fi->symbol, scope), nullptr, tp->mk_void(), scope);
   }
 
-  void start_with_exit_block() {
-    exit_block = mkbblock(mkelist(return_statement(), nullptr, fi->end_psn), nullptr, fi);
+  void start_with_exit_block(LIST* statement) {
+    exit_block = mkbblock(statement, nullptr, fi);
     exit_block->label = mklabel(-1, nullptr, exit_block);
     fi->bb_list = exit_block;
     add_to_chain(exit_block);

@@ -129,5 +129,17 @@ void erase_all_FUNINFOs();
 // The locals and parameters whose address, or that of a part, a statement or a clean-up tree takes.
 std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi);
 
+// Calls visit(NODE*&) on each tree of a function: statements, be they still a list or in blocks,
+// then clean-up trees.
+template <class VISIT> void visit_all_trees(FUNINFO* fi, VISIT&& visit) {
+  for (LIST* s = fi->stmts; s; s = s->next)
+    visit(s->tree);
+  for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
+    for (LIST* s = bb->statements; s; s = s->next)
+      visit(s->tree);
+  for (EHT_ITEM& item : fi->eht)
+    if (item.cleanup) visit(item.cleanup);
+}
+
 // Frees the current function's blocks, trees, labels and scopes.
 void erase_all();

@@ -255,10 +255,12 @@ public:
       eht.push_back({e->id, e->kind, e->region, e->count, {}, static_cast<NODE*>(e->cleanup)});
       if (e->catches) eht.back().catches = std::move(*e->catches);
       delete e->catches;
-      const NODE* cleanup = eht.back().cleanup;
+      NODE*& cleanup = eht.back().cleanup;
       if (!cleanup) continue;
       if (const char* fault = verify_statement(cleanup)) reject(cleanup, fault);
       note_calls(cleanup);
+      cleanup = expr_cleanup(cleanup);
+      currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(cleanup);
     }
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),

@@ -35,11 +35,11 @@ static void reduce_local_storage(FUNINFO* fi) {
   }
 }
 
-static void simplify_statements(FUNINFO* fi) {
-  for (LIST* s = fi->stmts; s; s = s->next) {
-    walk_postorder(s->tree, fix_BIF_types);
-    s->tree = simp_tree(s->tree, nullptr);
-  }
+static void simplify_trees(FUNINFO* fi) {
+  visit_all_trees(fi, [](NODE*& tree) {
+    walk_postorder(tree, fix_BIF_types);
+    tree = simp_tree(tree, nullptr);
+  });
 }
 
 // A void function that builds its result through its first parameter keeps that pointer in a
@@ -95,7 +95,7 @@ void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
       });
   if (fi->builtins_have_state) promote_ICALLs_with_state(fi);
   disguise_floating_point_operations();
-  simplify_statements(fi);
+  simplify_trees(fi);
   check_for_synonym_function_in_pass_1();
   check_integrable_definition(fi);
   mark_copy_constructor_result(fi);

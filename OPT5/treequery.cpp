@@ -61,21 +61,27 @@ bool expr_is_constant(const NODE* tree) {
 }
 
 bool expr_is_globally_evaluable(const NODE* tree) {
-  switch (tree->op) {
-  case PLUS:
-  case MINUS:
-    return tree->type->is_pointer()
-               ? expr_is_globally_evaluable(tree->left) && expr_is_constant(tree->right)
-               : expr_is_constant(tree);
-  case PCONV:
-  case ISP2CHAR: return expr_is_globally_evaluable(tree->left);
-  case UAND: {
-    const NODE* place = tree->left;
-    while (place->op == STDOT)
-      place = place->left;
-    return place->op == NAME && place->u.sym && place->u.sym->level == 0;
-  }
-  default: return expr_is_constant(tree);
+  for (;;) {
+    switch (tree->op) {
+    case PLUS:
+    case MINUS:
+      if (!tree->type->is_pointer()) return expr_is_constant(tree);
+      if (!expr_is_constant(tree->right)) { // the constant of a sum may be on either side
+        if (tree->op == MINUS || !expr_is_constant(tree->left)) return false;
+        tree = tree->right;
+        continue;
+      }
+      [[fallthrough]];
+    case PCONV:
+    case ISP2CHAR: tree = tree->left; continue;
+    case UAND: {
+      const NODE* place = tree->left;
+      while (place->op == STDOT)
+        place = place->left;
+      return place->op == NAME && place->u.sym && place->u.sym->level == 0;
+    }
+    default: return expr_is_constant(tree);
+    }
   }
 }
 

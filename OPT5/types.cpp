@@ -273,37 +273,36 @@ NODE* insert_mandatory_casts(NODE* tree) {
   return tree;
 }
 
+// The pointer that a sum moves: either side of a PLUS, as folding puts constants first. Null if the
+// tree is none; a difference of pointers is a number.
+static NODE** moved_pointer(NODE* sum) {
+  if ((sum->op != PLUS && sum->op != MINUS) || !sum->type->is_pointer()) return nullptr;
+  if (sum->left->type->is_pointer()) return &sum->left;
+  return sum->op == PLUS && sum->right->type->is_pointer() ? &sum->right : nullptr;
+}
+
 NODE* push_down_pointer_cast(TYPE* type, NODE* tree) {
   if (!type->is_pointer()) optassert("IS_PTR(tree->left->type)", __FILE__, __LINE__);
-  NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->type->is_pointer() &&
-         sum->left->type->is_pointer()) {
-    sum->type = type;
-    if (sum->left->op != PLUS && sum->left->op != MINUS) break;
-    sum = sum->left;
+  NODE** place = &tree;
+  while (NODE** pointer = moved_pointer(*place)) {
+    (*place)->type = type;
+    place = pointer;
   }
-  if (sum->op != PLUS && sum->op != MINUS) return coerce_to_type(type, tree, false);
-  if (sum->left->type->is_pointer() && !compatible_types(sum->left->type, type))
-    sum->left = maketree(PCONV, sum->left, nullptr, type, sum->left->ls);
+  *place = coerce_to_type(type, *place, false);
   return tree;
 }
 
 NODE* remove_pushed_down_casts(NODE* tree) {
-  if (!tree->type->is_pointer()) return tree;
-  NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->left->type->is_pointer())
-    sum = sum->left;
-  if (sum == tree || sum->op != PCONV || !sum->left->type->is_pointer()) return tree;
+  NODE** place = &tree;
+  while (NODE** pointer = moved_pointer(*place))
+    place = pointer;
+  NODE* cast = *place;
+  if (cast == tree || cast->op != PCONV || !cast->left->type->is_pointer()) return tree;
   TYPE* wanted = tree->type;
-  TYPE* inner = sum->left->type;
-  for (NODE* node = tree; node != sum; node = node->left) {
-    node->type = inner;
-    if (node->left != sum) continue;
-    node->left = sum->left;
-    sum->left = nullptr;
-    erase_node(sum);
-    break;
-  }
+  TYPE* inner = cast->left->type;
+  *place = drop_wrapper(cast);
+  for (NODE* sum = tree; sum != *place; sum = *moved_pointer(sum))
+    sum->type = inner;
   return maketree(PCONV, tree, nullptr, wanted, tree->ls);
 }
 

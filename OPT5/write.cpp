@@ -254,6 +254,16 @@ private:
   unsigned highest_link = 0;
 };
 
+// What a statement goes through on its way out, for a tree that stays one.
+static void finish_cleanup(NODE*& tree) {
+  LIST* cell = mkelist(tree, nullptr, nullptr);
+  rewrite_for_output(cell);
+  tree = cell->next ? mk_COMMAOP(cell->tree, cell->next->tree) : cell->tree;
+  erase_tree_list_only(cell);
+  tree = insert_mandatory_casts(tree);
+  check_before_writing(tree);
+}
+
 // An end of a clean-up that no statement stands under goes; the others get dense ids.
 static void write_exception_table(FUNINFO* fi) {
   std::vector<EHT_ITEM>& eht = fi->eht;
@@ -263,11 +273,7 @@ static void write_exception_table(FUNINFO* fi) {
     auto calls_only = [&](NODE*& node) {
       if (node->op == CALL || node->op == UCALL) action(node);
     };
-    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-      for (LIST* s = bb->statements; s; s = s->next)
-        walk_postorder(s->tree, calls_only);
-    for (EHT_ITEM& item : eht)
-      if (item.cleanup) walk_postorder(item.cleanup, calls_only);
+    visit_all_trees(fi, [&](NODE*& tree) { walk_postorder(tree, calls_only); });
   };
   each_call([&](NODE* call) { kept.keep(call->eh_entry); });
   for (unsigned i = 0; i < eht.size(); i++)
@@ -279,7 +285,7 @@ static void write_exception_table(FUNINFO* fi) {
   for (unsigned i = 0; i < eht.size(); i++) {
     CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
     if (!kept[i]) continue;
-    if (eht[i].cleanup) eht[i].cleanup = insert_mandatory_casts(unsimplify_tree(eht[i].cleanup));
+    if (eht[i].cleanup) finish_cleanup(eht[i].cleanup);
     new_ids[i] = static_cast<unsigned>(out.size());
     out.push_back(
         {new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
@@ -416,9 +422,7 @@ void output_function() {
     disclose_floating_point_operations();
     unsimplify();
     disguise_vector_operations();
-    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-      for (LIST* s = bb->statements; s; s = s->next)
-        walk_postorder(s->tree, drop_implicit_state);
+    visit_all_trees(fi, [](NODE*& tree) { walk_postorder(tree, drop_implicit_state); });
     finalize_dd_edges();
     disclose_vector_operations(false);
     write_func_body();

@@ -369,6 +369,112 @@ TEST_F(Trees, TruthValuesAreAskedByTheirValue) {
   EXPECT_TRUE(fits(mk_ASG(field(plain, 1), less()), plain));
 }
 
+// Folding puts the constant of a sum first.
+TEST_F(Trees, PointerSumsWithTheConstantOnEitherSide) {
+  TYPE *ints = tp->mk_ptr(tp->mk_plain_int()), *longs = tp->mk_ptr(tp->mk_long());
+  TYPE* number = tp->mk_long();
+  SYMTAB *p = local("p", ints), *q = local("q", ints);
+  auto sum = [&](NODE* a, NODE* b) { return maketree(PLUS, a, b, ints); };
+  auto pushed = [&](NODE* tree) {
+    tree = push_down_pointer_cast(longs, tree);
+    std::string text = tree_text(tree);
+    tree = remove_pushed_down_casts(tree);
+    text += " <- " + tree_text(tree);
+    erase_tree(tree);
+    return text;
+  };
+  EXPECT_EQ(pushed(sum(name(p), icon(4))),
+            "PLUS:long *(PCONV:long *(p), 4:int) <- PCONV:long *(PLUS:int *(p, 4:int))");
+  EXPECT_EQ(pushed(sum(icon(4), name(p))),
+            "PLUS:long *(4:int, PCONV:long *(p)) <- PCONV:long *(PLUS:int *(4:int, p))");
+  EXPECT_EQ(pushed(sum(sum(icon(4), name(p)), icon(2))),
+            "PLUS:long *(PLUS:long *(4:int, PCONV:long *(p)), 2:int) <- "
+            "PCONV:long *(PLUS:int *(PLUS:int *(4:int, p), 2:int))");
+  // A difference is a number, which the cast is applied to.
+  const std::string difference = "PCONV:long *(MINUS:long(p, q))";
+  EXPECT_EQ(pushed(maketree(MINUS, name(p), name(q), number)), difference + " <- " + difference);
+
+  auto* object = new SYMTAB;
+  object->name = strdup("object");
+  object->type = object->otype = tp->mk_plain_int();
+  auto known = [](NODE* tree) {
+    const bool answer = expr_is_globally_evaluable(tree);
+    erase_tree(tree);
+    return answer;
+  };
+  auto address = [&] { return maketree(UAND, mk_NAME(object), nullptr, ints); };
+  EXPECT_TRUE(known(sum(address(), icon(4))));
+  EXPECT_TRUE(known(sum(icon(4), sum(address(), icon(4)))));
+  EXPECT_FALSE(known(sum(icon(4), name(p))));
+  EXPECT_FALSE(known(maketree(MINUS, icon(4), address(), ints)));
+  EXPECT_FALSE(known(maketree(MINUS, address(), address(), number)));
+}
+
+// struct { int a; volatile int v; mutable int m; int f: 4; struct { int x; mutable int y; } in[2];
+// }
+TEST_F(Trees, WhatNobodyChanges) {
+  TYPE* plain = tp->mk_plain_int();
+  auto add = [](TYPE* record, const char* name, TYPE* type, long at, unsigned bits, bool changes) {
+    fkMDATA member;
+    member.name = name;
+    member.number = static_cast<unsigned>(record->csu_parts()->members.size()) + 1;
+    member.type = type;
+    member.bit_offset = at;
+    member.bit_size = bits;
+    member.flags[1] = changes;
+    return tp->add_member(record, member);
+  };
+  TYPE* inner = tp->mk_struct("inner");
+  inner->csu_parts()->complete = true;
+  inner->size = 32;
+  add(inner, "x", plain, 0, 0, false);
+  add(inner, "y", plain, 16, 0, true);
+  TYPE* outer = tp->mk_struct("outer");
+  outer->csu_parts()->complete = true;
+  outer->size = 128;
+  fkMDATA* a = add(outer, "a", plain, 0, 0, false);
+  add(outer, "v", tp->mk_qual(plain, TYPE::Q_VOLATILE), 16, 0, false);
+  fkMDATA* m = add(outer, "m", plain, 32, 0, true);
+  add(outer, "f", plain, 48, 4, false);
+  add(outer, "in", tp->mk_array(inner, 2), 64, 0, false);
+  TYPE* constant = tp->mk_qual(outer, TYPE::Q_CONST);
+  auto stays = [&](int first, int bits) {
+    return bits_of_var_are_immutable(constant, first, bits, true);
+  };
+  EXPECT_TRUE(stays(0, 16));
+  EXPECT_FALSE(stays(16, 16));
+  EXPECT_FALSE(stays(32, 16));
+  EXPECT_TRUE(stays(48, 4));
+  EXPECT_FALSE(stays(40, 12));
+  EXPECT_TRUE(stays(96, 16));
+  EXPECT_FALSE(stays(112, 16));
+  EXPECT_FALSE(stays(96, 32));
+  EXPECT_FALSE(stays(0, 128));
+  EXPECT_FALSE(bits_of_var_are_immutable(constant, 0, 16, false));
+  EXPECT_FALSE(bits_of_var_are_immutable(outer, 0, 16, true));
+  TYPE* with_const = tp->mk_struct("with_const");
+  with_const->csu_parts()->complete = true;
+  with_const->size = 32;
+  add(with_const, "c", tp->mk_qual(plain, TYPE::Q_CONST), 0, 0, false);
+  add(with_const, "d", plain, 16, 0, false);
+  EXPECT_TRUE(bits_of_var_are_immutable(with_const, 0, 16, true));
+  EXPECT_FALSE(bits_of_var_are_immutable(with_const, 0, 32, true));
+
+  SYMTAB* object = local("object", constant);
+  auto member = [&](fkMDATA* which) {
+    NODE* node = alloc_node(FIELD, which->type);
+    node->mk_field(0, which, outer);
+    return maketree(STDOT, mk_NAME(object), node, which->type);
+  };
+  NODE *fixed = member(a), *changing = member(m);
+  EXPECT_TRUE(lvalue_is_immutable(fixed));
+  EXPECT_FALSE(lvalue_is_immutable(changing));
+  EXPECT_FALSE(symbol_is_immutable(object));
+  EXPECT_TRUE(symbol_is_immutable(local("k", tp->mk_qual(plain, TYPE::Q_CONST))));
+  erase_tree(fixed);
+  erase_tree(changing);
+}
+
 TEST_F(Trees, TypeQuestions) {
   EXPECT_EQ(promoted_type(tp->basic[TYPE::I_SCHAR])->normalized_type(),
             tp->mk_plain_int()->normalized_type());
