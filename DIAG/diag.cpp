@@ -42,7 +42,7 @@ struct REPORTED_MESSAGE {
   ~REPORTED_MESSAGE() { message->free_mem(); }
 };
 
-// By the hash of the text, since there may be many.
+// By the hash of text and place, since there may be many.
 std::unordered_multimap<size_t, REPORTED_MESSAGE>& reported_once() {
   static std::unordered_multimap<size_t, REPORTED_MESSAGE> reported;
   return reported;
@@ -75,7 +75,9 @@ void DIAGNOSTIC::dump_if_debugging() {
 
 void DIAGNOSTIC::report_once() {
   if (suppress()) return; // it may be wanted later
-  const size_t key = std::hash<std::string>()(text());
+  std::string where;
+  if (src) where = (src->file() ? src->file() : "") + (":" + std::to_string(src->line()));
+  const size_t key = std::hash<std::string>()(text() + where);
   const auto [first, last] = reported_once().equal_range(key);
   if (std::any_of(first, last, [this](const auto& seen) { return is_equal(seen.second.message); }))
     return;

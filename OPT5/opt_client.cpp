@@ -68,7 +68,7 @@ public:
                              PSN* psn, unsigned long location, unsigned option_set,
                              I_SYMTAB::RETENTION_POLICY policy) override {
     if (!type) type = tp->mk_void();
-    SYMTAB* sym = lex == 0 && max_threads > 0 ? new GLOBAL_SYM : new SYMTAB;
+    SYMTAB* sym = lex == 0 ? new_shared_symbol() : new SYMTAB;
     sym->name = safestrdup(name);
     sym->otype = type;
     sym->cpp_type = cpp_type;
@@ -322,8 +322,11 @@ private:
     });
   }
 
+  // What several functions may name.
+  static SYMTAB* new_shared_symbol() { return max_threads > 0 ? new GLOBAL_SYM : new SYMTAB; }
+
   static SYMTAB* make_implicit_symbol(const char* name) {
-    auto* sym = new SYMTAB;
+    SYMTAB* sym = new_shared_symbol();
     sym->name = safestrdup(name);
     sym->type = sym->otype = sym->cpp_type = tp->mk_plain_int();
     sym->size = sym->type->size;

@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <exception>
 #include <future>
 #include <mutex>
 #include <thread>
@@ -185,12 +186,28 @@ static void run_queued_function(SYMTAB* sym) {
   finfo = kept;
 }
 
+// What a worker takes over from the thread that starts it, as it is at that moment.
+struct FILE_MODES {
+  int closed_to_callers = no_outside_callers, closed_to_writers = no_outside_writers;
+};
+
+// The first failure of a worker. The run ends with it, and names its function.
+static std::exception_ptr first_failure; // under abort_lock
+
+static bool note_failure(SYMTAB* sym) {
+  const std::lock_guard<std::mutex> hold(abort_lock);
+  if (first_failure) return false;
+  first_failure = std::current_exception();
+  currfunc_at_abort = sym;
+  return true;
+}
+
 // The body of each parallel thread: takes functions from the queue until it is empty.
-static void worker() {
+static void worker(FILE_MODES modes) {
   give_thread_a_signal_stack();
   chars_alias_other_types = caot_ref;
-  no_outside_callers = file_closed_to_callers;
-  no_outside_writers = file_closed_to_writers;
+  no_outside_callers = modes.closed_to_callers;
+  no_outside_writers = modes.closed_to_writers;
   FDEBUG = fdebug_ref;
   for (;;) {
     SYMTAB* sym;
@@ -203,8 +220,8 @@ static void worker() {
     try {
       run_queued_function(sym);
     } catch (...) {
-      currfunc_at_abort = sym;
-      throw;
+      if (note_failure(sym)) throw;
+      return; // the run ends with the other one
     }
   }
 }
@@ -226,8 +243,9 @@ static void run_to_barrier() {
   functions_queue = functions;
   std::vector<std::future<void>> tasks;
   const size_t count = std::min(functions.size(), static_cast<size_t>(max_threads));
+  first_failure = nullptr;
   for (size_t k = 0; k < count; k++)
-    tasks.push_back(std::async(std::launch::async, worker));
+    tasks.push_back(std::async(std::launch::async, worker, FILE_MODES{}));
   for (std::future<void>& task : tasks)
     task.get();
 }

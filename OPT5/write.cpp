@@ -53,8 +53,14 @@ void wrbdlr(LBL* label) {
 // ---------------------------------------------------------------------------------------------
 // Trees
 
+// A symbol of file scope that the optimiser made joins the output's when something names it.
+static void enter_if_new(SYMTAB* sym) {
+  if (sym && sym->level == 0 && sym->index == -1) o_file->if_enter_global(sym);
+}
+
 static void check_before_writing(const NODE* tree) {
   walk_preorder(tree, [](const NODE* p) {
+    if (p->op == NAME) enter_if_new(p->u.sym);
     if (p->op >= FIRST_MEMORY_OP || !if_node_info[p->op].name) {
       const char* name =
           p->op < OPCODE_COUNT && node_operator_name[p->op] ? node_operator_name[p->op] : "?";

@@ -300,6 +300,12 @@ long I_FILE::i_read_wide_sint() {
   return static_cast<long>(value);
 }
 
+uint32_t I_FILE::i_read_uint32() {
+  const unsigned long value = i_read_uint();
+  if (value > UINT32_MAX) if_die(INVALID_RECORD);
+  return static_cast<uint32_t>(value);
+}
+
 // The sign that the wide form puts above bit 31 goes with the other bits there.
 int32_t I_FILE::i_read_sint() {
   return static_cast<int32_t>(i_read_wide_sint());
@@ -333,11 +339,11 @@ void I_FILE::i_read_raw(char* to, int n) {
 PSN* I_FILE::i_read_psn() {
   unsigned long file = i_read_uint();
   if (file == 0) return nullptr;
-  unsigned long line = i_read_uint();
-  unsigned long column = i_read_uint();
+  const unsigned line = i_read_uint32();
+  const unsigned column = i_read_uint32();
   // A file that has no name in the table keeps its line and column.
   const char* name = file <= file_names.size() ? file_names[file - 1] : nullptr;
-  return make_psn(name, static_cast<unsigned>(line), static_cast<unsigned>(column));
+  return make_psn(name, line, column);
 }
 
 void I_FILE::i_read_skip(int n) {
@@ -518,7 +524,7 @@ void I_FILE::read_options() {
     if (tag != TAG_OPTION_SET) if_die(INVALID_RECORD);
     auto* set = new OPTION_SET;
     option_sets.push_back(set);
-    set->number = static_cast<unsigned>(i_read_uint());
+    set->number = i_read_uint32();
     unsigned long count = i_read_uint();
     need(count); // a string takes a byte at least
     for (; count; count--)

@@ -149,6 +149,9 @@ public:
   uint32_t i_read_u32();
   int32_t i_read_s32();
   unsigned long i_read_uint();
+  // The same for a field that holds 32 bits: a level, an index, a label, an id, a count. A number
+  // that needs more ends the run.
+  uint32_t i_read_uint32();
   // Signed LEB128 of a field of 32 bits: what is above them is dropped.
   int32_t i_read_sint();
   long i_read_wide_sint(); // the same for the one kind of field of 64 bits, an enumerator's value

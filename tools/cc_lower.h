@@ -108,6 +108,8 @@ private:
   std::unordered_map<const clang::ParmVarDecl*, SYMTAB*> incoming;
   std::unordered_map<const clang::Decl*, TYPE*> declared_types; // typedefs, records, enumerations
   std::unordered_map<const clang::FieldDecl*, fkMDATA*> members;
+  std::unordered_map<TYPE*, const clang::RecordDecl*> later_layouts;
+  int layouts_in_progress = 0;
   struct ENUM_VALUE {
     INT65 value;
     TYPE* type;
@@ -139,6 +141,8 @@ private:
   TYPE* array_type(TYPE* elem, const clang::Expr* bound, clang::SourceLocation at);
   TYPE* array_type(TYPE* elem, unsigned long count, clang::SourceLocation at);
   void lay_out(const clang::RecordDecl* decl, TYPE* record);
+  void lay_out_now(TYPE* record);
+  void finish_layouts();
   void refuse_layout_attributes(const clang::Decl* decl);
   const ENUM_VALUE& value_of(const clang::EnumConstantDecl* decl);
   // Members from `record` to the field, through unnamed structures.

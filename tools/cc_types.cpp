@@ -54,7 +54,8 @@ TYPE* LOWERING::basic_type(const clang::BuiltinType* type, SourceLocation at) {
 }
 
 TYPE* LOWERING::complete(TYPE* type, SourceLocation at) {
-  const TYPE* t = type->underlying_type();
+  TYPE* t = type->underlying_type();
+  if (t->is_csu()) lay_out_now(t);
   if (t->is_func() || t->is_void() || !t->is_complete()) refuse(at, "size of an incomplete type");
   return type;
 }
@@ -232,9 +233,32 @@ TYPE* LOWERING::record_type(const clang::RecordDecl* decl) {
   TYPE* type = known;
   if (definition && definition->isCompleteDefinition() && !type->csu_parts()->has_long_form) {
     type->csu_parts()->has_long_form = true; // before the members, which may point back here
-    lay_out(definition, type);
+    later_layouts[type] = definition;
+    if (!layouts_in_progress) finish_layouts();
   }
   return type;
+}
+
+// A record met in another one's members is laid out when its size is asked for, or else when the
+// other one is done: it may hold that one by value.
+void LOWERING::lay_out_now(TYPE* record) {
+  const auto found = later_layouts.find(record);
+  if (found == later_layouts.end()) return;
+  const clang::RecordDecl* decl = found->second;
+  later_layouts.erase(found);
+  layouts_in_progress++;
+  try {
+    lay_out(decl, record);
+  } catch (const REFUSED&) {
+    layouts_in_progress--;
+    throw;
+  }
+  layouts_in_progress--;
+}
+
+void LOWERING::finish_layouts() {
+  while (!later_layouts.empty())
+    lay_out_now(later_layouts.begin()->first);
 }
 
 // Members follow one another, each at its type's alignment. A bit-field goes into the bits that are
@@ -282,7 +306,7 @@ void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
 }
 
 fkMDATA* LOWERING::member(const clang::FieldDecl* decl) {
-  record_type(decl->getParent());
+  lay_out_now(record_type(decl->getParent()));
   auto found = members.find(decl);
   if (found == members.end()) refuse(decl->getLocation(), "member of an incomplete type");
   return found->second;

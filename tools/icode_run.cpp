@@ -128,19 +128,30 @@ int execute(Program& program, const FunctionCode& entry, const std::vector<uint6
             const Options& o) {
   Machine machine(program);
   machine.steps_left = o.max_steps;
-  int status;
-  try {
+  int status = 0;
+  auto guarded = [&](auto work) {
+    try {
+      work();
+    } catch (const ProgramExit& e) {
+      status = int(uint64_t(e.status) & 0xFF);
+      if (!e.runs_exit_functions) machine.exit_functions.clear();
+    } catch (const ProgramFault& f) {
+      machine.exit_functions.clear();
+      flush_output(machine);
+      fprintf(stderr, "icode-run: %s: %s\n", fault_position(machine).c_str(), f.text.c_str());
+      status = FAULT_STATUS;
+    }
+  };
+  guarded([&] {
     uint64_t result = run_function(machine, entry, arguments);
     status = entry.result.cls == C_INT ? int(result & 0xFF) : 0;
-    flush_output(machine);
-  } catch (const ProgramExit& e) {
-    status = int(uint64_t(e.status) & 0xFF);
-    flush_output(machine);
-  } catch (const ProgramFault& f) {
-    flush_output(machine);
-    fprintf(stderr, "icode-run: %s: %s\n", fault_position(machine).c_str(), f.text.c_str());
-    status = FAULT_STATUS;
+  });
+  while (!machine.exit_functions.empty()) {
+    const FunctionCode* last = machine.exit_functions.back();
+    machine.exit_functions.pop_back();
+    guarded([&] { run_exit_function(machine, *last); });
   }
+  flush_output(machine);
   if (o.stats) fputs(stats_json(program).c_str(), stderr);
   return status;
 }

@@ -190,13 +190,17 @@ struct Region {
 
 // A whole unit, ready to run.
 struct Program {
-  explicit Program(const Unit& u) : unit(u), shapes(u) {}
+  explicit Program(const Unit& u) : unit(u), shapes(u) {
+    for (const TypeRecord& type : u.types)
+      if (type.code == TC_DOUBLE) double_bits = unsigned(type.size);
+  }
 
   const Unit& unit;
   Shapes shapes;
   Memory memory;
   bool with_stats = false;
-  uint64_t frame_units = 0; // of all functions together
+  unsigned double_bits = 32; // size of the unit's double
+  uint64_t frame_units = 0;  // of all functions together
 
   std::deque<FunctionCode> functions;                 // with and without a body
   std::vector<FunctionCode*> by_address;              // address - FUNCTION_BEGIN

@@ -181,8 +181,16 @@ uint64_t poison_of(const Shape& type) {
                              : wrap(POISON_64, type.scalar);
 }
 
-// Runs until the frame that it starts with returns. `registers` holds the arguments.
-uint64_t execute(Machine& m, const FunctionCode* f, uint64_t* registers) {
+// Where execution begins or goes on.
+struct Start {
+  const FunctionCode* function;
+  const Ins* pc;
+  uint64_t* registers;
+  uint32_t frame;
+};
+
+// Runs until the frame at depth `bottom` returns.
+uint64_t run_from(Machine& m, const Start& start, size_t bottom) {
   static const void* const labels[] = {
 #define INSTRUCTION_NAME(name) &&L_##name,
       ALL_INSTRUCTIONS
@@ -191,11 +199,11 @@ uint64_t execute(Machine& m, const FunctionCode* f, uint64_t* registers) {
   Program& program = m.program;
   uint16_t* const units = m.memory.units.get();
   const uint8_t* const shadow = m.memory.shadow.get();
-  const size_t bottom = m.calls.size();
   int64_t steps = m.steps_left;
-  uint64_t* r = registers;
-  uint32_t frame = enter_function(m, *f, r);
-  const Ins* pc = f->code.data();
+  const FunctionCode* f = start.function;
+  uint64_t* r = start.registers;
+  uint32_t frame = start.frame;
+  const Ins* pc = start.pc;
   const Ins* ins;
   uint32_t at;
   uint64_t result;
@@ -459,6 +467,9 @@ L_I_CALL : {
     if (callee->library < 0) fault("the unknown function " + callee->name + "() is called");
     m.steps_left = steps;
     m.free_registers = r + f->registers;
+    m.current = {f, r, frame, m.calls.size()};
+    m.at_frame = frame;
+    m.result_register = ins->a;
     uint64_t v = call_library(m, *callee, site, arguments);
     if (site.result.is_scalar()) r[ins->a] = v;
     steps = m.steps_left;
@@ -514,6 +525,34 @@ leave : {
 }
 }
 
+// The state that a jump back to a frame of this level leaves.
+Start resumed(Machine& m, const ProgramJump& jump) {
+  const JumpPoint& to = jump.to;
+  m.calls.resize(to.depth);
+  if (m.stack_top > to.stack_top) pop_memory(m, to.stack_top);
+  m.nesting = to.nesting;
+  m.outer_frames.resize(size_t(to.nesting));
+  if (to.type.cls == C_INT)
+    to.frame.registers[to.result] = convert(uint64_t(jump.value), INT64, to.type);
+  return {to.frame.function, to.pc, to.frame.registers, to.frame.memory};
+}
+
+// Runs a function whose arguments are in `registers`.
+uint64_t execute(Machine& m, const FunctionCode& f, uint64_t* registers) {
+  const size_t bottom = m.calls.size();
+  const int nesting = m.nesting;
+  uint32_t frame = enter_function(m, f, registers);
+  Start start{&f, f.code.data(), registers, frame};
+  for (;;) {
+    try {
+      return run_from(m, start, bottom);
+    } catch (const ProgramJump& jump) {
+      if (jump.to.nesting != nesting) throw;
+      start = resumed(m, jump);
+    }
+  }
+}
+
 } // namespace
 
 uint64_t run_function(Machine& m, const FunctionCode& f, const std::vector<uint64_t>& arguments) {
@@ -526,14 +565,31 @@ uint64_t run_function(Machine& m, const FunctionCode& f, const std::vector<uint6
     fault("the calls are nested too deeply");
   std::copy(arguments.begin(), arguments.end(), registers);
   if (f.is_variadic) adapt_arguments(m, f.params, f, registers);
+  m.outer_frames.resize(size_t(m.nesting));
+  m.outer_frames.push_back(m.current);
   ++m.nesting;
-  uint64_t result = execute(m, &f, registers);
+  uint32_t at_frame = m.at_frame, result_register = m.result_register;
+  uint64_t result = execute(m, f, registers);
   --m.nesting;
+  m.current = m.outer_frames.back();
+  m.outer_frames.pop_back();
+  m.at_frame = at_frame;
+  m.result_register = result_register;
   pop_memory(m, stack_top);
   m.free_registers = registers;
   m.at_function = at_function;
   m.at_pc = at_pc;
   return result;
+}
+
+void run_exit_function(Machine& m, const FunctionCode& f) {
+  m.calls.clear();
+  m.nesting = 0;
+  m.outer_frames.clear();
+  m.free_registers = m.registers.get();
+  m.current = {};
+  if (!f.params.empty()) fault(f.name + "() takes parameters that it cannot be given");
+  run_function(m, f, {});
 }
 
 } // namespace icode::run

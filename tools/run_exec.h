@@ -3,11 +3,14 @@
 
 #include "tools/run_code.h"
 
+#include <unordered_map>
+
 namespace icode::run {
 
 // The program ends by itself.
 struct ProgramExit {
   int64_t status;
+  bool runs_exit_functions;
 };
 // The program does what has no meaning; `Machine::at` tells where.
 struct ProgramFault {
@@ -25,6 +28,32 @@ struct CallRecord {
   const CallSite* site;
 };
 
+// A function that is being executed, or waits for the library.
+struct ActiveFrame {
+  const FunctionCode* function = nullptr;
+  uint64_t* registers = nullptr;
+  uint32_t memory = 0; // address
+  size_t depth = 0;    // calls below it
+  bool operator==(const ActiveFrame&) const = default;
+};
+
+// Where a setjmp() goes on when it returns again.
+struct JumpPoint {
+  uint32_t number = 0;
+  ActiveFrame frame;
+  const Ins* pc = nullptr;
+  uint32_t result = 0; // register
+  Scalar type;         // of the result; C_BAD if it isn't wanted
+  uint32_t stack_top = 0;
+  size_t depth = 0;
+  int nesting = 0;
+};
+// A longjmp() is on its way.
+struct ProgramJump {
+  JumpPoint to;
+  int64_t value;
+};
+
 struct Machine {
   explicit Machine(Program& p); // throws std::bad_alloc
 
@@ -32,8 +61,15 @@ struct Machine {
   Memory& memory;
   int64_t steps_left = INT64_MAX;
 
-  std::string output; // not written to standard output yet
+  std::string output;        // not written to standard output yet
+  std::vector<int> put_back; // characters of the standard input that were read ahead, next last
+  bool input_ended = false;
   uint32_t random = 1;
+  uint32_t token_at = 0;   // where strtok goes on
+  uint32_t error_text = 0; // of strerror
+  std::vector<const FunctionCode*> exit_functions;
+  std::unordered_map<uint32_t, JumpPoint> jumps; // by address of the jmp_buf
+  uint32_t last_jump = 0;
 
   // Cells of all frames.
   Pages<uint64_t> registers;
@@ -46,11 +82,20 @@ struct Machine {
   // What is being executed, as of the last fault or call of the library.
   const FunctionCode* at_function = nullptr;
   const Ins* at_pc = nullptr; // behind the instruction
+
+  // As of the last call of the library:
+  ActiveFrame current;
+  uint32_t result_register = 0;
+  uint32_t at_frame = 0;                 // the address of the caller's memory
+  std::vector<ActiveFrame> outer_frames; // that wait for the library, by nesting
 };
 
 // Calls a function of the program with arguments of its parameters' types. Gives the result in
 // canonical form. Throws ProgramExit and ProgramFault.
 uint64_t run_function(Machine& m, const FunctionCode& f, const std::vector<uint64_t>& arguments);
+
+// Calls a function that atexit() was given, on a machine where nothing else is executed any more.
+void run_exit_function(Machine& m, const FunctionCode& f);
 
 // The place of a fault: "FUNCTION(), FILE:LINE".
 std::string fault_position(const Machine& m);

@@ -14,6 +14,7 @@ struct Directive {
   std::string flags;
   int width = -1, precision = -1;
   unsigned bits = 16; // of an integer, by its length modifier
+  bool is_long_double = false;
   char conversion = 0;
 };
 
@@ -71,11 +72,13 @@ Directive read_directive(const std::string& text, size_t& i, FormatArguments& ar
       d.bits = 32;
     else if (text[i] == 'j')
       d.bits = 64;
+    else if (text[i] == 'L')
+      d.is_long_double = true;
   if (i < text.size()) d.conversion = text[i++];
   return d;
 }
 
-std::string one_value(const Directive& d, FormatArguments& arguments) {
+std::string one_value(const Directive& d, FormatArguments& arguments, size_t written) {
   std::string host = host_format(d);
   switch (d.conversion) {
   case 'd':
@@ -112,8 +115,14 @@ std::string one_value(const Directive& d, FormatArguments& arguments) {
   case 'g':
   case 'G':
   case 'a':
-  case 'A': return print(host + d.conversion, arguments.number());
+  case 'A': return print(host + d.conversion, arguments.number(d.is_long_double));
   case '%': return "%";
+  case 'n': {
+    uint32_t at = arguments.pointer();
+    arguments.call.need_write(at, d.bits / 16);
+    arguments.call.m.memory.store(at, d.bits, written);
+    return "";
+  }
   default: fault(std::string("a format has the unknown conversion %") + d.conversion);
   }
 }
@@ -132,9 +141,10 @@ uint64_t FormatArguments::integer(unsigned bits, bool is_signed) {
   return is_signed ? uint64_t(call.signed_bits(i)) : call.unsigned_bits(i);
 }
 
-double FormatArguments::number() {
-  if (in_memory) return as_double(integer(64, false));
-  return call.number(next++);
+double FormatArguments::number(bool is_long) {
+  if (!in_memory) return call.number(next++);
+  if (!is_long && call.m.program.double_bits == 32) return as_float(integer(32, false));
+  return as_double(integer(64, false));
 }
 
 uint32_t FormatArguments::pointer() {
@@ -149,7 +159,7 @@ std::string format(const std::string& text, FormatArguments arguments) {
       continue;
     }
     ++i;
-    out += one_value(read_directive(text, i, arguments), arguments);
+    out += one_value(read_directive(text, i, arguments), arguments, out.size());
   }
   return out;
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 
 namespace icode::run {
 
@@ -68,172 +66,23 @@ std::string LibraryCall::string(uint32_t at) const {
   return text;
 }
 
-void put_text(Machine& m, const std::string& text) {
-  constexpr size_t BUFFER = 1 << 16;
-  m.output += text;
-  if (m.output.size() > BUFFER) flush_output(m);
+void LibraryCall::store_string(uint32_t at, std::string_view text) const {
+  need_write(at, text.size() + 1);
+  for (size_t i = 0; i < text.size(); ++i)
+    m.memory.units[at + i] = uint8_t(text[i]);
+  m.memory.units[at + text.size()] = 0;
+}
+
+void LibraryCall::set_error(int number) const {
+  auto known = m.program.external.find("errno");
+  if (known == m.program.external.end()) return;
+  uint32_t at = m.program.global_address[known->second];
+  if (m.memory.writable(at, 1)) m.memory.units[at] = uint16_t(number);
 }
 
 namespace {
 
 using Call = LibraryCall;
-
-constexpr uint64_t STDERR = 2;
-
-// --- Output ---
-
-void put_to(Call& c, size_t stream, const std::string& text) {
-  if (c.natural(stream) == STDERR) {
-    flush_output(c.m);
-    fwrite(text.data(), 1, text.size(), stderr);
-  } else {
-    put_text(c.m, text);
-  }
-}
-
-std::string format_of(Call& c, size_t at) {
-  return format(c.string(c.pointer(at)), {c, at + 1});
-}
-// With the variable arguments in memory, at the address that argument at + 1 gives.
-std::string list_format_of(Call& c, size_t at) {
-  FormatArguments arguments{c};
-  arguments.in_memory = true;
-  arguments.at = c.pointer(at + 1);
-  return format(c.string(c.pointer(at)), arguments);
-}
-
-void store_string(Call& c, uint32_t at, const std::string& text) {
-  c.need_write(at, text.size() + 1);
-  for (size_t i = 0; i < text.size(); ++i)
-    c.m.memory.units[at + i] = uint8_t(text[i]);
-  c.m.memory.units[at + text.size()] = 0;
-}
-
-void give_printed(Call& c, const std::string& text) {
-  put_text(c.m, text);
-  c.give(int64_t(text.size()));
-}
-void give_string(Call& c, const std::string& text) {
-  store_string(c, c.pointer(0), text);
-  c.give(int64_t(text.size()));
-}
-void give_cut_string(Call& c, const std::string& text) {
-  uint64_t room = c.unsigned_bits(1);
-  if (room) store_string(c, c.pointer(0), text.substr(0, room - 1));
-  c.give(int64_t(text.size()));
-}
-
-void do_printf(Call& c) {
-  give_printed(c, format_of(c, 0));
-}
-void do_vprintf(Call& c) {
-  give_printed(c, list_format_of(c, 0));
-}
-void do_sprintf(Call& c) {
-  give_string(c, format_of(c, 1));
-}
-void do_vsprintf(Call& c) {
-  give_string(c, list_format_of(c, 1));
-}
-void do_snprintf(Call& c) {
-  give_cut_string(c, format_of(c, 2));
-}
-void do_vsnprintf(Call& c) {
-  give_cut_string(c, list_format_of(c, 2));
-}
-void do_fprintf(Call& c) {
-  std::string text = format_of(c, 1);
-  put_to(c, 0, text);
-  c.give(int64_t(text.size()));
-}
-void do_puts(Call& c) {
-  put_text(c.m, c.string(c.pointer(0)) + "\n");
-  c.give(0);
-}
-void do_fputs(Call& c) {
-  put_to(c, 1, c.string(c.pointer(0)));
-  c.give(0);
-}
-void do_putchar(Call& c) {
-  put_text(c.m, std::string(1, char(c.integer(0))));
-  c.give(c.integer(0));
-}
-void do_fputc(Call& c) {
-  put_to(c, 1, std::string(1, char(c.integer(0))));
-  c.give(c.integer(0));
-}
-void do_fflush(Call& c) {
-  flush_output(c.m);
-  c.give(0);
-}
-
-// --- Memory and strings ---
-
-void move_memory(Call& c, uint32_t to, uint32_t from, uint64_t n) {
-  c.need_read(from, n);
-  c.need_write(to, n);
-  if (n) memmove(&c.m.memory.units[to], &c.m.memory.units[from], n * sizeof(uint16_t));
-}
-void do_memcpy(Call& c) {
-  move_memory(c, c.pointer(0), c.pointer(1), c.unsigned_bits(2));
-  c.give(c.pointer(0));
-}
-void do_memset(Call& c) {
-  uint64_t n = c.unsigned_bits(2);
-  c.need_write(c.pointer(0), n);
-  if (n) std::fill_n(&c.m.memory.units[c.pointer(0)], n, uint16_t(c.integer(1)));
-  c.give(c.pointer(0));
-}
-
-// The sign of the first difference of two runs of units, within n and, for strings, up to a zero.
-int64_t compare(Call& c, uint32_t a, uint32_t b, uint64_t n, bool strings) {
-  for (uint64_t i = 0; i < n; ++i, ++a, ++b) {
-    c.need_read(a, 1);
-    c.need_read(b, 1);
-    uint16_t x = c.m.memory.units[a], y = c.m.memory.units[b];
-    if (x != y) return x < y ? -1 : 1;
-    if (strings && x == 0) return 0;
-  }
-  return 0;
-}
-void do_memcmp(Call& c) {
-  c.give(compare(c, c.pointer(0), c.pointer(1), c.unsigned_bits(2), false));
-}
-void do_strcmp(Call& c) {
-  c.give(compare(c, c.pointer(0), c.pointer(1), UINT64_MAX, true));
-}
-void do_strncmp(Call& c) {
-  c.give(compare(c, c.pointer(0), c.pointer(1), c.unsigned_bits(2), true));
-}
-void do_strlen(Call& c) {
-  c.give(int64_t(c.string_length(c.pointer(0))));
-}
-void do_strcpy(Call& c) {
-  move_memory(c, c.pointer(0), c.pointer(1), c.string_length(c.pointer(1)) + 1);
-  c.give(c.pointer(0));
-}
-void do_strncpy(Call& c) {
-  uint32_t to = c.pointer(0);
-  uint64_t n = c.unsigned_bits(2), size = c.string_length(c.pointer(1), n);
-  c.need_write(to, n);
-  move_memory(c, to, c.pointer(1), size);
-  if (n) std::fill_n(&c.m.memory.units[to + size], n - size, uint16_t(0));
-  c.give(to);
-}
-void do_strcat(Call& c) {
-  auto end = uint32_t(c.pointer(0) + c.string_length(c.pointer(0)));
-  move_memory(c, end, c.pointer(1), c.string_length(c.pointer(1)) + 1);
-  c.give(c.pointer(0));
-}
-void do_strchr(Call& c) {
-  auto wanted = uint16_t(c.integer(1));
-  for (uint32_t at = c.pointer(0);; ++at) {
-    c.need_read(at, 1);
-    uint16_t unit = c.m.memory.units[at];
-    if (unit == wanted) return c.give(at);
-    if (unit == 0) return c.give(0);
-  }
-}
 
 uint32_t allocate(Call& c, uint64_t units) {
   charge_steps(c.m, std::min<uint64_t>(units, ARENA_UNITS));
@@ -257,7 +106,7 @@ void do_realloc(Call& c) {
   uint64_t units = c.unsigned_bits(1), old_units = c.m.memory.block_size(old);
   uint32_t at = allocate(c, units);
   if (at && old) {
-    move_memory(c, at, old, std::min(units, old_units));
+    c.move(at, old, std::min(units, old_units));
     release(c, old);
   }
   c.give(at);
@@ -326,12 +175,23 @@ void do_bsearch(Call& c) {
 
 // --- The rest ---
 
+constexpr size_t MAX_EXIT_FUNCTIONS = 1000;
+
 void do_abs(Call& c) {
   int64_t v = c.integer(0);
   c.give(v < 0 ? int64_t(0 - uint64_t(v)) : v);
 }
 void do_exit(Call& c) {
-  throw ProgramExit{c.integer(0)};
+  throw ProgramExit{c.integer(0), true};
+}
+void do_quick_exit(Call& c) {
+  throw ProgramExit{c.integer(0), false};
+}
+void do_atexit(Call& c) {
+  const FunctionCode* f = c.m.program.function_at(c.pointer(0));
+  bool good = f && f->has_body && c.m.exit_functions.size() < MAX_EXIT_FUNCTIONS;
+  if (good) c.m.exit_functions.push_back(f);
+  c.give(!good);
 }
 void do_abort(Call&) {
   fault("abort() is called");
@@ -350,6 +210,36 @@ template <double F(double)> void do_math(Call& c) {
 template <double F(double, double)> void do_math2(Call& c) {
   c.give_number(F(c.number(0), c.number(1)));
 }
+// Those with an integer or a pointer beside the number.
+template <double F(double)> void do_rounding(Call& c) {
+  double v = F(c.number(0));
+  c.give(float_to_int(v, true));
+}
+double to_even(double v) {
+  return std::nearbyint(v);
+}
+void do_ldexp(Call& c) {
+  c.give_number(std::ldexp(c.number(0), int(std::clamp<int64_t>(c.integer(1), -5000, 5000))));
+}
+void do_frexp(Call& c) {
+  int exponent = 0;
+  double v = std::frexp(c.number(0), &exponent);
+  c.need_write(c.pointer(1), 1);
+  c.m.memory.units[c.pointer(1)] = uint16_t(exponent);
+  c.give_number(v);
+}
+void do_modf(Call& c) {
+  // The whole part has the result's type.
+  double whole = 0, v = std::modf(c.number(0), &whole);
+  Scalar type = c.site.result.is_scalar() ? c.site.result.scalar : DOUBLE;
+  c.need_write(c.pointer(1), type.bits / 16);
+  c.m.memory.store(c.pointer(1), type.bits, convert(from_double(whole), DOUBLE, type));
+  c.give_number(v);
+}
+void do_fma(Call& c) {
+  c.give_number(std::fma(c.number(0), c.number(1), c.number(2)));
+}
+
 template <int F(int)> void do_class(Call& c) {
   int64_t v = c.integer(0);
   c.give(v >= 0 && v <= 127 && F(int(v)));
@@ -359,46 +249,21 @@ template <int F(int)> void do_case(Call& c) {
   c.give(v >= 0 && v <= 127 ? F(int(v)) : v);
 }
 
-struct LibraryFunction {
-  const char* name;
-  void (*run)(Call&);
-};
-
 #define MATH(name)                                                                                 \
-  {#name, do_math<std::name>}, {                                                                   \
-#name "f", do_math < std::name>                                                                \
+  {#name, do_math<std::name>}, {#name "f", do_math<std::name>}, {                                  \
+#name "l", do_math < std::name>                                                                \
   }
 #define MATH2(name)                                                                                \
-  {#name, do_math2<std::name>}, {                                                                  \
-#name "f", do_math2 < std::name>                                                               \
+  {#name, do_math2<std::name>}, {#name "f", do_math2<std::name>}, {                                \
+#name "l", do_math2 < std::name>                                                               \
+  }
+#define FORMS(name, run)                                                                           \
+  {#name, run}, {#name "f", run}, {                                                                \
+#name "l", run                                                                                 \
   }
 #define CTYPE(name)                                                                                \
   { #name, do_class < name> }
 constexpr LibraryFunction FUNCTIONS[] = {
-    {"printf", do_printf},
-    {"vprintf", do_vprintf},
-    {"sprintf", do_sprintf},
-    {"vsprintf", do_vsprintf},
-    {"snprintf", do_snprintf},
-    {"vsnprintf", do_vsnprintf},
-    {"fprintf", do_fprintf},
-    {"puts", do_puts},
-    {"fputs", do_fputs},
-    {"putchar", do_putchar},
-    {"putc", do_fputc},
-    {"fputc", do_fputc},
-    {"fflush", do_fflush},
-    {"memcpy", do_memcpy},
-    {"memmove", do_memcpy},
-    {"memset", do_memset},
-    {"memcmp", do_memcmp},
-    {"strlen", do_strlen},
-    {"strcmp", do_strcmp},
-    {"strncmp", do_strncmp},
-    {"strcpy", do_strcpy},
-    {"strncpy", do_strncpy},
-    {"strcat", do_strcat},
-    {"strchr", do_strchr},
     {"malloc", do_malloc},
     {"calloc", do_calloc},
     {"realloc", do_realloc},
@@ -408,35 +273,88 @@ constexpr LibraryFunction FUNCTIONS[] = {
     {"abs", do_abs},
     {"labs", do_abs},
     {"llabs", do_abs},
+    {"imaxabs", do_abs},
     {"exit", do_exit},
+    {"Exit", do_quick_exit},
+    {"quick_exit", do_quick_exit},
+    {"atexit", do_atexit},
     {"abort", do_abort},
     {"rand", do_rand},
     {"srand", do_srand},
+    {"setjmp", set_jump},
+    {"longjmp", jump_back},
     MATH(sqrt),
+    MATH(cbrt),
     MATH(fabs),
     MATH(floor),
     MATH(ceil),
+    MATH(round),
+    MATH(trunc),
+    MATH(rint),
+    MATH(nearbyint),
     MATH(sin),
     MATH(cos),
     MATH(tan),
+    MATH(asin),
+    MATH(acos),
     MATH(atan),
+    MATH(sinh),
+    MATH(cosh),
+    MATH(tanh),
+    MATH(asinh),
+    MATH(acosh),
+    MATH(atanh),
     MATH(exp),
+    MATH(exp2),
+    MATH(expm1),
     MATH(log),
+    MATH(log2),
     MATH(log10),
+    MATH(log1p),
     MATH2(fmod),
+    MATH2(remainder),
     MATH2(pow),
     MATH2(atan2),
+    MATH2(hypot),
+    MATH2(fmin),
+    MATH2(fmax),
+    MATH2(fdim),
+    MATH2(copysign),
+    FORMS(lround, do_rounding<std::round>),
+    FORMS(llround, do_rounding<std::round>),
+    FORMS(lrint, do_rounding<to_even>),
+    FORMS(llrint, do_rounding<to_even>),
+    FORMS(ldexp, do_ldexp),
+    FORMS(scalbn, do_ldexp),
+    FORMS(frexp, do_frexp),
+    FORMS(modf, do_modf),
+    FORMS(fma, do_fma),
     CTYPE(isalpha),
     CTYPE(isdigit),
     CTYPE(isspace),
+    CTYPE(isblank),
     CTYPE(isupper),
     CTYPE(islower),
     CTYPE(isalnum),
     CTYPE(isxdigit),
     CTYPE(ispunct),
+    CTYPE(isprint),
+    CTYPE(isgraph),
+    CTYPE(iscntrl),
     {"toupper", do_case<toupper>},
     {"tolower", do_case<tolower>},
 };
+
+const std::vector<LibraryFunction>& all_functions() {
+  static const std::vector<LibraryFunction> all = [] {
+    std::vector<LibraryFunction> list(std::begin(FUNCTIONS), std::end(FUNCTIONS));
+    for (std::span<const LibraryFunction> more :
+         {string_functions(), stream_functions(), number_functions()})
+      list.insert(list.end(), more.begin(), more.end());
+    return list;
+  }();
+  return all;
+}
 
 std::string_view without_underscores(const std::string& name) {
   return std::string_view(name).substr(std::min(name.find_first_not_of('_'), name.size()));
@@ -445,20 +363,21 @@ std::string_view without_underscores(const std::string& name) {
 } // namespace
 
 int find_library_function(const std::string& name) {
-  for (size_t i = 0; i < std::size(FUNCTIONS); ++i)
-    if (without_underscores(name) == FUNCTIONS[i].name) return int(i);
+  const auto& all = all_functions();
+  for (size_t i = 0; i < all.size(); ++i)
+    if (without_underscores(name) == all[i].name) return int(i);
   return -1;
 }
 
 int standard_stream(const std::string& name) {
   std::string_view plain = without_underscores(name);
-  return plain == "stdout" ? 1 : plain == "stderr" ? int(STDERR) : 0;
+  return plain == "stdin" ? STDIN : plain == "stdout" ? STDOUT : plain == "stderr" ? STDERR : 0;
 }
 
 uint64_t call_library(Machine& m, const FunctionCode& f, const CallSite& site,
                       uint64_t* arguments) {
   LibraryCall call{m, f, site, arguments};
-  FUNCTIONS[f.library].run(call);
+  all_functions()[size_t(f.library)].run(call);
   return call.result;
 }
 

@@ -3,12 +3,15 @@
 
 #include "tools/run_exec.h"
 
+#include <span>
+
 namespace icode::run {
 
 // The index of a library function, -1 for an unknown name. Underscores in front are looked through.
 int find_library_function(const std::string& name);
 
-// What a variable of that name points to at the start: 1 for stdout, 2 for stderr, otherwise 0.
+// What a variable of the name of a stream points to at the start, otherwise 0.
+enum STREAM : uint8_t { STDOUT = 1, STDERR = 2, STDIN = 3 };
 int standard_stream(const std::string& name);
 
 // Calls a library function; gives a result in canonical form of the site's type.
@@ -39,7 +42,25 @@ struct LibraryCall {
   void need_write(uint32_t at, uint64_t units) const;
   uint64_t string_length(uint32_t at, uint64_t limit = UINT64_MAX) const; // up to `limit` units
   std::string string(uint32_t at) const;                                  // low bytes of the units
+  void store_string(uint32_t at, std::string_view text) const;            // and a zero behind it
+  void move(uint32_t to, uint32_t from, uint64_t units) const;            // may overlap
+  void set_error(int number) const; // the program's errno, if it has one
+  // Where the members of an aggregate result go; 0 if the caller takes none of that size.
+  uint32_t object_result(uint64_t units) const;
 };
+
+struct LibraryFunction {
+  const char* name;
+  void (*run)(LibraryCall&);
+};
+std::span<const LibraryFunction> string_functions();
+std::span<const LibraryFunction> stream_functions();
+std::span<const LibraryFunction> number_functions();
+void set_jump(LibraryCall& c);  // setjmp
+void jump_back(LibraryCall& c); // longjmp
+
+// Values of errno.
+constexpr int EDOM_NUMBER = 33, ERANGE_NUMBER = 34;
 
 // The variable arguments of a formatted output.
 struct FormatArguments {
@@ -48,12 +69,29 @@ struct FormatArguments {
   bool in_memory = false; // they lie at `at` instead, laid out as for a variadic function
   uint32_t at = 0;
   uint64_t integer(unsigned bits, bool is_signed); // `bits` counts for those in memory
-  double number();
+  double number(bool is_long);
   uint32_t pointer();
 };
 
 // The text that a printf format makes of the arguments.
 std::string format(const std::string& text, FormatArguments arguments);
+
+// Characters that a scanf format or a conversion of a number reads, one ahead.
+struct CharacterSource {
+  virtual ~CharacterSource() = default;
+  virtual int peek() = 0; // -1 at the end
+  virtual void skip() = 0;
+};
+// Stores what a scanf format reads; gives the number of stored values, -1 if the end came first.
+int64_t scan(const std::string& text, FormatArguments arguments, CharacterSource& from);
+
+// The longest number that a text begins with.
+struct ReadInteger {
+  uint64_t magnitude = 0;
+  bool is_negative = false, overflows = false; // 64 bits
+  size_t length = 0;                           // 0 for none
+};
+ReadInteger read_integer(std::string_view text, unsigned base);
 
 void put_text(Machine& m, const std::string& text);
 

@@ -422,6 +422,10 @@ void FunctionTranslator::translate() {
         statement(item.index);
       }
     }
+    if (p.with_stats) { // the return at a function's end is one, written or not
+      p.regions.emplace_back().counts.operations = 1;
+      emit(I_STAT, 0, 0, uint32_t(p.regions.size() - 1));
+    }
     emit(I_RETURN_NOTHING, 0, 0, 0, take_steps());
   } catch (const Unsupported& u) { // what no statement can be blamed for
     out.code.clear();

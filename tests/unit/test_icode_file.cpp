@@ -277,6 +277,71 @@ TEST_F(IcodeFile, FramesAreChecked) {
 }
 
 // The number of a file that the table lacks has no name, whatever the symbols before it have.
+// A field of 32 bits holds no more: 2^32 is not taken for 0, as a level of it would name a global.
+TEST_F(IcodeFile, WideReferencesAreRefused) {
+  using WRITE = std::function<void(I_FILE&, unsigned long)>; // the second is added to one field
+  auto record = [](int tag, std::vector<unsigned long> fields, size_t wide) -> WRITE {
+    return [=](I_FILE& f, unsigned long more) {
+      for (size_t k = 0; k < fields.size(); k++)
+        f.i_write_uint(fields[k] + (k == wide ? more : 0));
+      if (tag == TAG_LOOP_DEF) f.i_write_i16(0);
+      f.i_flush(tag);
+    };
+  };
+  // An expression: operator, type, fields; behind it a leaf, where it has an operand.
+  auto node = [](int op, std::vector<unsigned long> fields, size_t wide) -> WRITE {
+    return [=](I_FILE& f, unsigned long more) {
+      f.if_write_expr(nullptr, nullptr);
+      f.i_write_i8(op);
+      f.i_write_uint(0);
+      for (size_t k = 0; k < fields.size(); k++)
+        f.i_write_uint(fields[k] + (k == wide ? more : 0));
+      if (op == DDNODE) f.i_write_i8(0);
+      f.i_flush(TAG_NODE);
+      for (int k = 0; k < if_node_info[op].operands; k++) {
+        f.i_write_i8(VREG);
+        f.i_write_uint(0);
+        f.i_write_sint(1);
+        f.i_flush(TAG_NODE);
+      }
+    };
+  };
+  const std::vector<WRITE> writers = {node(NAME, {NO_SYMBOL_LEVEL, 0}, 0),
+                                      node(LABEL, {7}, 0),
+                                      node(SKIP, {1}, 0),
+                                      node(SWITCH, {1}, 0),
+                                      node(CALL, {1, 0}, 0),
+                                      node(CALL, {1, 0}, 1),
+                                      node(UCALL, {1}, 0),
+                                      node(DDNODE, {1, 2}, 0),
+                                      node(DDNODE, {1, 2}, 1),
+                                      node(EPVAL, {1}, 0),
+                                      record(TAG_LABEL, {5}, 0),
+                                      record(TAG_DD_EDGE, {1, 2, 3}, 0),
+                                      record(TAG_DD_EDGE, {1, 2, 3}, 2),
+                                      record(TAG_MBANK, {1, 2, 3, 4, 5}, 4),
+                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 0),
+                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 1)};
+  for (size_t k = 0; k < writers.size(); k++) {
+    for (unsigned long more : {0ul, 1ul << 32}) {
+      FILE_PTR out = create(path);
+      out->if_enter_global(symbol("f"));
+      out->if_write_begin_func(out->globals[0], nullptr);
+      out->if_write_end_args(nullptr);
+      writers[k](*out, more);
+      out->if_write_end_func(nullptr);
+      ASSERT_EQ(out->if_close(false, false), 0);
+      auto read = [&] {
+        open(path)->if_read_file();
+        exit(0);
+      };
+      EXPECT_EXIT(read(), testing::ExitedWithCode(more ? 1 : 0),
+                  more ? "Invalid I-code record" : "")
+          << "writer " << k;
+    }
+  }
+}
+
 TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
   FILE_PTR out = create(path);
   out->if_enter_global(symbol("a", make_psn("a.c", 1, 1)));

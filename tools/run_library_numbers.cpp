@@ -1,0 +1,156 @@
+// Numbers in texts, divisions with two results, and time.
+#include "tools/run_library.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+
+namespace icode::run {
+
+namespace {
+
+using Call = LibraryCall;
+
+int digit_value(char c) {
+  auto u = static_cast<unsigned char>(c);
+  return isdigit(u) ? u - '0' : isalpha(u) ? tolower(u) - 'a' + 10 : 99;
+}
+
+// Stores where a conversion ended, unless the program doesn't ask.
+void store_end(Call& c, size_t argument, uint64_t length) {
+  if (c.count() <= argument || !c.pointer(argument)) return;
+  c.need_write(c.pointer(argument), 2);
+  c.m.memory.store(c.pointer(argument), 32, uint32_t(c.pointer(0) + length));
+}
+
+// To a type of that width, held at its bounds as C asks; atoi and its kin have no other arguments.
+void give_integer(Call& c, unsigned bits, bool is_signed) {
+  std::string text = c.string(c.pointer(0));
+  unsigned base = c.count() > 2 ? unsigned(std::clamp<int64_t>(c.integer(2), -1, 37)) : 10;
+  if (base == 1 || base > 36) {
+    store_end(c, 1, 0);
+    return c.give(0);
+  }
+  ReadInteger n = read_integer(text, base);
+  store_end(c, 1, n.length);
+  uint64_t most = is_signed ? UINT64_MAX >> (65 - bits) : UINT64_MAX >> (64 - bits);
+  uint64_t bound = is_signed && n.is_negative ? most + 1 : most;
+  uint64_t v = n.magnitude;
+  if (n.overflows || v > bound) {
+    c.set_error(ERANGE_NUMBER);
+    v = bound;
+    if (!is_signed) n.is_negative = false; // the greatest value, whatever the sign
+  }
+  c.give(int64_t(wrap(n.is_negative ? 0 - v : v, bits, is_signed)));
+}
+
+void do_strtol(Call& c) {
+  give_integer(c, 32, true);
+}
+void do_strtoul(Call& c) {
+  give_integer(c, 32, false);
+}
+void do_strtoll(Call& c) {
+  give_integer(c, 64, true);
+}
+void do_strtoull(Call& c) {
+  give_integer(c, 64, false);
+}
+void do_atoi(Call& c) {
+  // What doesn't fit has no meaning; it is cut, as a target without traps does.
+  ReadInteger n = read_integer(c.string(c.pointer(0)), 10);
+  c.give(int64_t(n.is_negative ? 0 - n.magnitude : n.magnitude));
+}
+
+void do_strtod(Call& c) {
+  std::string text = c.string(c.pointer(0));
+  char* end = nullptr;
+  errno = 0;
+  double v = strtod(text.c_str(), &end);
+  if (errno == ERANGE) c.set_error(ERANGE_NUMBER);
+  store_end(c, 1, uint64_t(end - text.c_str()));
+  c.give_number(v);
+}
+
+// div_t and its kin: the quotient, then the remainder.
+void divide(Call& c, unsigned bits) {
+  int64_t x = c.integer(0), y = c.integer(1);
+  if (y == 0) fault(c.function.name + "() by zero");
+  uint32_t at = c.object_result(bits / 8);
+  if (!at) fault(c.function.name + "() with another result than two integers");
+  c.m.memory.store(at, bits, y == -1 ? 0 - uint64_t(x) : uint64_t(x / y));
+  c.m.memory.store(at + bits / 16, bits, y == -1 ? 0 : uint64_t(x % y));
+}
+void do_div(Call& c) {
+  divide(c, 16);
+}
+void do_ldiv(Call& c) {
+  divide(c, 32);
+}
+void do_lldiv(Call& c) {
+  divide(c, 64);
+}
+
+void do_time(Call& c) {
+  auto now = uint64_t(time(nullptr));
+  if (uint32_t at = c.pointer(0)) {
+    c.need_write(at, 2);
+    c.m.memory.store(at, 32, now);
+  }
+  c.give(int64_t(now));
+}
+void do_clock(Call& c) {
+  c.give(int64_t(wrap(uint64_t(clock()) / (CLOCKS_PER_SEC / 1000), 32, false)));
+}
+void do_difftime(Call& c) {
+  c.give_number(double(c.integer(0)) - double(c.integer(1)));
+}
+
+constexpr LibraryFunction FUNCTIONS[] = {
+    {"strtol", do_strtol},     {"strtoul", do_strtoul},   {"strtoll", do_strtoll},
+    {"strtoull", do_strtoull}, {"strtoimax", do_strtoll}, {"strtoumax", do_strtoull},
+    {"wcstol", do_strtol},     {"wcstoul", do_strtoul},   {"atoi", do_atoi},
+    {"atol", do_atoi},         {"atoll", do_atoi},        {"atof", do_strtod},
+    {"strtod", do_strtod},     {"strtof", do_strtod},     {"strtold", do_strtod},
+    {"div", do_div},           {"ldiv", do_ldiv},         {"lldiv", do_lldiv},
+    {"time", do_time},         {"clock", do_clock},       {"difftime", do_difftime},
+};
+
+} // namespace
+
+uint32_t LibraryCall::object_result(uint64_t units) const {
+  if (!site.result.in_memory() || site.result.units != units) return 0;
+  return m.at_frame + site.result_at;
+}
+
+ReadInteger read_integer(std::string_view text, unsigned base) {
+  ReadInteger n;
+  size_t i = 0;
+  while (i < text.size() && isspace(static_cast<unsigned char>(text[i])))
+    ++i;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) n.is_negative = text[i++] == '-';
+  auto is_at = [&](size_t k, unsigned of_base) {
+    return k < text.size() && unsigned(digit_value(text[k])) < of_base;
+  };
+  if ((base == 0 || base == 16) && i + 1 < text.size() && text[i] == '0' &&
+      (text[i + 1] | 32) == 'x' && is_at(i + 2, 16)) {
+    i += 2;
+    base = 16;
+  }
+  if (base == 0) base = i < text.size() && text[i] == '0' ? 8 : 10;
+  for (; is_at(i, base); n.length = ++i)
+    if (__builtin_mul_overflow(n.magnitude, uint64_t(base), &n.magnitude) ||
+        __builtin_add_overflow(n.magnitude, uint64_t(digit_value(text[i])), &n.magnitude))
+      n.overflows = true;
+  if (n.length == 0) n.is_negative = false;
+  return n;
+}
+
+std::span<const LibraryFunction> number_functions() {
+  return FUNCTIONS;
+}
+
+} // namespace icode::run

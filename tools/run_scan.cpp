@@ -1,0 +1,227 @@
+// Formatted input of the library.
+#include "tools/run_library.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+
+namespace icode::run {
+
+namespace {
+
+constexpr uint64_t MAX_FIELD = 1 << 20; // characters of one value
+
+bool is_space(int c) {
+  return c >= 0 && isspace(c);
+}
+
+struct Directive {
+  bool is_skipped = false;
+  uint64_t width = MAX_FIELD;
+  unsigned bits = 16;   // of an integer
+  unsigned lengths = 0; // count of the letters l, and of L as two
+  char conversion = 0;
+  std::array<bool, 256> set{}; // of %[
+};
+
+struct Scanner {
+  FormatArguments& arguments;
+  CharacterSource& from;
+  int64_t taken = 0;
+  int64_t stored = 0;
+
+  int peek() { return from.peek(); }
+  char get() {
+    char c = char(from.peek());
+    from.skip();
+    ++taken;
+    return c;
+  }
+  void skip_space() {
+    while (is_space(peek()))
+      get();
+  }
+
+  // As many characters as `takes` likes, which sees the text so far.
+  template <class F> std::string field(uint64_t width, F takes) {
+    std::string text;
+    while (text.size() < width && peek() >= 0 && takes(text, peek()))
+      text += get();
+    return text;
+  }
+
+  void store(const Directive& d, unsigned bits, uint64_t v) {
+    if (d.is_skipped) return;
+    uint32_t at = arguments.pointer();
+    arguments.call.need_write(at, bits / 16);
+    arguments.call.m.memory.store(at, bits, v);
+    ++stored;
+  }
+  void store_text(const Directive& d, const std::string& text, bool with_end) {
+    if (d.is_skipped) return;
+    uint32_t at = arguments.pointer();
+    arguments.call.need_write(at, text.size() + with_end);
+    for (size_t i = 0; i < text.size(); ++i)
+      arguments.call.m.memory.units[at + i] = uint8_t(text[i]);
+    if (with_end) arguments.call.m.memory.units[at + text.size()] = 0;
+    ++stored;
+  }
+
+  bool integer(const Directive& d, unsigned base, bool is_signed) {
+    std::string text = field(d.width, [&](const std::string& so_far, int c) {
+      bool has_sign = !so_far.empty() && (so_far[0] == '-' || so_far[0] == '+');
+      size_t digits = so_far.size() - has_sign;
+      if (c == '-' || c == '+') return so_far.empty();
+      if ((c | 32) == 'x') return digits == 1 && so_far.back() == '0' && (base == 0 || base == 16);
+      bool is_hex = base == 16 || (base == 0 && so_far.find_first_of("xX") != std::string::npos);
+      bool is_octal = base == 8 || (base == 0 && !is_hex && digits && so_far[has_sign] == '0');
+      return is_hex ? isxdigit(c) != 0 : is_octal ? c >= '0' && c <= '7' : isdigit(c) != 0;
+    });
+    ReadInteger n = read_integer(text, base);
+    if (n.length == 0) return false;
+    uint64_t v = n.is_negative ? 0 - n.magnitude : n.magnitude;
+    store(d, d.bits, wrap(v, d.bits, is_signed));
+    return true;
+  }
+
+  bool number(const Directive& d) {
+    std::string text = field(d.width, [](const std::string& so_far, int c) {
+      bool after_exponent = !so_far.empty() && (so_far.back() | 32) == 'e';
+      if (c == '+' || c == '-') return so_far.empty() || after_exponent;
+      bool has_exponent = so_far.find_first_of("eE") != std::string::npos;
+      if (c == '.') return !has_exponent && so_far.find('.') == std::string::npos;
+      if ((c | 32) == 'e')
+        return !has_exponent && so_far.find_first_of("0123456789") != std::string::npos;
+      return isdigit(c) != 0;
+    });
+    char* end = nullptr;
+    double v = strtod(text.c_str(), &end);
+    if (end == text.c_str()) return false;
+    Scalar type = DOUBLE;
+    if (d.lengths == 0) type.bits = 32;
+    if (d.lengths == 1) type.bits = uint8_t(arguments.call.m.program.double_bits == 64 ? 64 : 32);
+    store(d, type.bits, float_bits(v, type));
+    return true;
+  }
+
+  bool value(const Directive& d) {
+    if (d.conversion != 'c' && d.conversion != '[' && d.conversion != 'n') skip_space();
+    if (d.conversion == 'n') {
+      store(d, d.bits, uint64_t(taken));
+      stored -= !d.is_skipped;
+      return true;
+    }
+    switch (d.conversion) {
+    case 'd': return integer(d, 10, true);
+    case 'i': return integer(d, 0, true);
+    case 'u': return integer(d, 10, false);
+    case 'o': return integer(d, 8, false);
+    case 'x':
+    case 'X':
+    case 'p': return integer(d, 16, false);
+    case 'e':
+    case 'f':
+    case 'g':
+    case 'a':
+    case 'E':
+    case 'F':
+    case 'G':
+    case 'A': return number(d);
+    case 'c': {
+      uint64_t width = d.width == MAX_FIELD ? 1 : d.width;
+      std::string text = field(width, [](const std::string&, int) { return true; });
+      if (text.size() < width) return false;
+      store_text(d, text, false);
+      return true;
+    }
+    case 's': {
+      std::string text = field(d.width, [](const std::string&, int c) { return !is_space(c); });
+      if (text.empty()) return false;
+      store_text(d, text, true);
+      return true;
+    }
+    case '[': {
+      std::string text =
+          field(d.width, [&](const std::string&, int c) { return d.set[size_t(c & 0xFF)]; });
+      if (text.empty()) return false;
+      store_text(d, text, true);
+      return true;
+    }
+    default: fault(std::string("a format has the unknown conversion %") + d.conversion);
+    }
+  }
+};
+
+void read_set(const std::string& text, size_t& i, Directive& d) {
+  bool is_inverted = i < text.size() && text[i] == '^';
+  i += is_inverted;
+  for (bool first = true; i < text.size() && (first || text[i] != ']'); first = false) {
+    auto low = uint8_t(text[i++]), high = low;
+    if (i + 1 < text.size() && text[i] == '-' && text[i + 1] != ']') {
+      high = uint8_t(text[i + 1]);
+      i += 2;
+    }
+    for (unsigned c = low; c <= high; ++c)
+      d.set[c] = true;
+  }
+  if (i >= text.size()) fault("a format ends inside of %[");
+  ++i;
+  if (is_inverted)
+    for (bool& is_in : d.set)
+      is_in = !is_in;
+}
+
+Directive read_directive(const std::string& text, size_t& i) {
+  Directive d;
+  if (i < text.size() && text[i] == '*') {
+    d.is_skipped = true;
+    ++i;
+  }
+  if (i < text.size() && isdigit(uint8_t(text[i]))) {
+    d.width = 0;
+    for (; i < text.size() && isdigit(uint8_t(text[i])); ++i)
+      d.width = std::min(d.width * 10 + uint64_t(text[i] - '0'), MAX_FIELD - 1);
+    if (d.width == 0) d.width = MAX_FIELD;
+  }
+  for (; i < text.size() && std::string_view("hljztL").find(text[i]) != std::string_view::npos;
+       ++i) {
+    if (text[i] == 'l') d.bits = d.bits == 32 ? 64 : 32;
+    if (text[i] == 'z' || text[i] == 't') d.bits = 32;
+    if (text[i] == 'j') d.bits = 64;
+    d.lengths += text[i] == 'L' ? 2 : text[i] == 'l';
+  }
+  if (i < text.size()) d.conversion = text[i++];
+  if (d.conversion == 'p') d.bits = 32;
+  if (d.conversion == '[') read_set(text, i, d);
+  return d;
+}
+
+} // namespace
+
+int64_t scan(const std::string& text, FormatArguments arguments, CharacterSource& from) {
+  Scanner s{arguments, from};
+  for (size_t i = 0; i < text.size();) {
+    if (is_space(uint8_t(text[i]))) {
+      s.skip_space();
+      ++i;
+      continue;
+    }
+    bool is_plain = text[i] != '%' || (i + 1 < text.size() && text[i + 1] == '%');
+    if (is_plain) {
+      i += text[i] == '%';
+      if (text[i] == '%') s.skip_space();
+      if (s.peek() != uint8_t(text[i])) break;
+      s.get();
+      ++i;
+      continue;
+    }
+    Directive d = read_directive(text, ++i);
+    if (d.conversion != 'c' && d.conversion != '[' && d.conversion != 'n') s.skip_space();
+    if (d.conversion != 'n' && s.peek() < 0) return s.stored ? s.stored : -1;
+    if (!s.value(d)) break;
+  }
+  return s.stored == 0 && s.taken == 0 && from.peek() < 0 && !text.empty() ? -1 : s.stored;
+}
+
+} // namespace icode::run
