@@ -236,7 +236,7 @@ public:
     if (currfunc)
       add_statement(text_statement(text, false), psn);
     else
-      o_file->if_write_assembly(text, psn);
+      wrasmr(TAG_ASM, text, psn);
   }
 
   // Between functions it belongs to the next one.

@@ -33,6 +33,24 @@ static void log_control(const char* mnemonic, int tag, PSN* psn) {
                  mnemonic);
 }
 
+static void log_symbol(const SYMTAB* sym) {
+  if (!print_debug) return;
+  static const char* const policies[] = {"DEFAULT_C", "ALWAYS", "EXTERNAL", "NEVER"};
+  print_if_debug("%c   %-11.32s %2lu\t%4d   %2d  %#6x  %2u %-16s %13s", '#', sym->name, sym->size,
+                 sym->value, sym->sym_class(), sym->cqual, sym->align, sym->type->str().c_str(),
+                 sym->policy < 4 ? policies[sym->policy] : "?");
+  print_if_debug("\t; (%d,%d)\n", static_cast<int>(sym->serial), sym->use_count);
+}
+
+static void log_tree(const NODE* tree) {
+  if (print_debug) print_if_debug("\t%s\n", tree_text(tree).c_str());
+}
+
+static void write_comment(const char* text) {
+  print_if_debug("\n%c%s\n\n", '/', text);
+  o_file->if_write_comment(text);
+}
+
 void wrstcr(int tag, PSN* psn) {
   o_file->if_write_control(tag, psn);
 }
@@ -80,8 +98,17 @@ static void check_before_writing(const NODE* tree) {
   });
 }
 
+// Is anything left of a tree once its conversions are in? Of y = y nothing is, where y isn't
+// volatile.
+static bool finish_tree(NODE*& tree) {
+  const bool assigns = tree->op == ASG;
+  tree = insert_mandatory_casts(tree);
+  return !assigns || tree->op == ASG;
+}
+
 void wrtree(NODE* tree) {
   check_before_writing(tree);
+  log_tree(tree);
   o_file->if_write_expr_node(tree);
 }
 
@@ -90,7 +117,7 @@ void wrexpr(LIST* stmt) {
   switch (tree->op) {
   case ASM:
     if (tree->node_flags[NF_COMMENT])
-      o_file->if_write_comment(tree->text);
+      write_comment(tree->text);
     else
       wrasmr(TAG_ASM, tree->text, stmt->psn);
     return;
@@ -103,9 +130,9 @@ void wrexpr(LIST* stmt) {
     o_file->if_write_pragma(tree->pragma);
     return;
   default:
+    if (!finish_tree(stmt->tree)) return;
+    log_control("I_EX", TAG_EXPR, stmt->psn);
     o_file->if_write_expr(nullptr, stmt->psn);
-    stmt->tree = insert_mandatory_casts(tree);
-    if (print_debug) print_if_debug("\t%s\n", tree_text(stmt->tree).c_str());
     wrtree(stmt->tree);
   }
 }
@@ -260,8 +287,24 @@ static void finish_cleanup(NODE*& tree) {
   rewrite_for_output(cell);
   tree = cell->next ? mk_COMMAOP(cell->tree, cell->next->tree) : cell->tree;
   erase_tree_list_only(cell);
-  tree = insert_mandatory_casts(tree);
-  check_before_writing(tree);
+  if (finish_tree(tree)) {
+    check_before_writing(tree);
+  } else {
+    erase_tree(tree);
+    tree = nullptr;
+  }
+}
+
+static void log_exception_table(const std::vector<EHT_ENTRY>& table) {
+  if (!print_debug) return;
+  print_if_debug("\n%c\tEHT\t%zu entries\n", '@', table.size());
+  for (const EHT_ENTRY& entry : table) {
+    print_if_debug("\t[%u]\tkind=%u, region=%u, count=%u\n", entry.id, entry.kind, entry.region,
+                   entry.count);
+    for (const I_CATCH_ENTRY& type : *entry.catches)
+      print_if_debug("\t\tcatch \"%s\" %u %d\n", type.type_name.c_str(), type.number, type.flag);
+    if (entry.cleanup) log_tree(static_cast<const NODE*>(entry.cleanup));
+  }
 }
 
 // An end of a clean-up that no statement stands under goes; the others get dense ids.
@@ -297,6 +340,7 @@ static void write_exception_table(FUNINFO* fi) {
     CHECK(new_ids[eht[call->eh_entry].id] != 0);
     call->eh_entry = new_ids[call->eh_entry];
   });
+  log_exception_table(out);
   o_file->if_write_func_eht(out.data(), static_cast<unsigned>(out.size()));
 }
 
@@ -306,14 +350,16 @@ static void write_exception_table(FUNINFO* fi) {
 void write_func_header() {
   FUNINFO* fi = currfuninfo;
   for (const std::string& comment : fi->header_comments)
-    o_file->if_write_comment(comment.c_str());
+    write_comment(comment.c_str());
   log_control("I_BF", TAG_BEGIN_FUNC, fi->begin_psn);
+  log_symbol(fi->symbol);
   o_file->if_write_begin_func(fi->symbol, fi->begin_psn);
 }
 
 static void write_local(SYMTAB* sym) {
   revert_symbol_type(sym);
   o_file->if_enter_local(sym);
+  log_symbol(sym);
   o_file->if_write_symbol(sym);
 }
 
@@ -475,14 +521,6 @@ static void decide_linkage(SYMTAB* sym) {
   }
 }
 
-static void log_global(const SYMTAB* sym) {
-  static const char* const policies[] = {"DEFAULT_C", "ALWAYS", "EXTERNAL", "NEVER"};
-  print_if_debug("%c   %-11.32s %2lu\t%4d   %2d  %#6x  %2u %-16s %13s", '#', sym->name, sym->size,
-                 sym->value, sym->sym_class(), sym->cqual, sym->align, sym->type->str().c_str(),
-                 sym->policy < 4 ? policies[sym->policy] : "?");
-  print_if_debug("\t; (%d,%d)\n", static_cast<int>(sym->serial), sym->use_count);
-}
-
 static void log_pragma(const PRAGMA* p) {
   const char* arg = p->args.empty() ? "" : p->args[0].c_str();
   switch (p->kind) {
@@ -517,7 +555,7 @@ static void log_pragma(const PRAGMA* p) {
 
 void finish_global_symbols() {
   for (const std::string& comment : comments_between_functions) // behind the last function
-    o_file->if_write_comment(comment.c_str());
+    write_comment(comment.c_str());
   comments_between_functions.clear();
   note_uses_of_definitions();
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
@@ -529,8 +567,9 @@ void finish_global_symbols() {
           "\n\fGlobal symbols\n\n-- variable -- size -- offset/class/scqual/aln/stype -- "
           "policy;\n");
     first = false;
-    if (print_debug) log_global(sym);
+    log_symbol(sym);
     if (!sym->init_list.empty()) {
+      log_control("I_INIT", TAG_INIT, nullptr);
       o_file->if_write_init(sym);
       for (NODE*& tree : sym->init_list) {
         tree = insert_mandatory_casts(unsimplify_tree(tree));
