@@ -72,9 +72,10 @@ void note_uses_of_definitions() {
     if (is_named_in_a_text(sym)) note_use(sym);
     SYMTAB* definition = get_sym_def_for_decl(sym);
     if (definition == sym) continue;
-    const FUNINFO* record = sym->type->is_func() ? find_FUNINFO(sym) : nullptr;
-    if (record ? record->has_property(FP_REFERENCED) : (sym->cqual & CQ_TOP) != 0)
-      note_use(definition);
+    const FUNINFO* record = find_FUNINFO(sym);
+    const bool is_used = sym->type->is_func() ? record && record->has_property(FP_REFERENCED)
+                                              : (sym->cqual & CQ_TOP) != 0;
+    if (is_used) note_use(definition);
   }
 }
 

@@ -68,7 +68,9 @@ public:
                              PSN* psn, unsigned long location, unsigned option_set,
                              I_SYMTAB::RETENTION_POLICY policy) override {
     if (!type) type = tp->mk_void();
-    SYMTAB* sym = lex == 0 ? new_shared_symbol() : new SYMTAB;
+    // A function of a later stage is read over, and its locals are nobody's.
+    const bool is_global = lex == 0 && i_file->level == 0;
+    SYMTAB* sym = is_global ? new_shared_symbol() : new SYMTAB;
     sym->name = safestrdup(name);
     sym->otype = type;
     sym->cpp_type = cpp_type;
@@ -86,16 +88,16 @@ public:
     sym->option_set = option_set;
     sym->policy = policy;
     sym->cqual = cqual & CQ_KEPT_BITS;
-    if (lex == 0 && !type->is_volatile() && opt_level() < 3) {
+    if (is_global && !type->is_volatile() && opt_level() < 3) {
       sym->cqual |= CQ_MUST_STAY;
       if (!(sym->cqual & (CQ_NO_ADDRESS | CQ_READ_ONLY))) sym->cqual |= CQ_ADDRESS_TAKEN;
     }
     if (policy == I_SYMTAB::ALWAYS) sym->cqual |= CQ_MUST_STAY | CQ_ADDRESS_TAKEN;
     if (sclass == SC_RESULT) {
       sym->sclass = SC_ARG;
-      if (currfuninfo) currfuninfo->set_properties(0x40022);
+      if (currfunc) currfuninfo->set_properties(0x40022);
     }
-    if (lex == 0) {
+    if (is_global) {
       enter_global_symbol(sym);
     } else if (currfunc) {
       if (lex == 1) sym->in_interface = true;

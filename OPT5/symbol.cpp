@@ -95,18 +95,24 @@ void SYMTAB::set_init_list(std::list<BASE_NODE*> roots) {
   has_init = true;
 }
 
+// A name leads to what other units see under it: an external definition, else a static one, else a
+// declaration. Of several of one kind the first is as good as any.
+static int rank_as_definition(const SYMTAB* sym) {
+  return sym->sclass == SC_EXTERN_DECL ? 0 : sym->sclass == SC_STATIC ? 1 : 2;
+}
+
 void enter_global_symbol(SYMTAB* sym) {
   sym->next = nullptr;
   (last_global ? last_global->next : global_symbols) = sym;
   last_global = sym;
   auto [place, is_new] = globals_by_name.emplace(sym->name, sym);
-  const bool was_declared = !is_new && place->second->sclass == SC_EXTERN_DECL;
-  if (was_declared && sym->sclass != SC_EXTERN_DECL) place->second = sym;
+  if (!is_new && rank_as_definition(place->second) < rank_as_definition(sym)) place->second = sym;
 }
 
 void note_function_body(SYMTAB* sym) {
   sym->is_defined = true;
-  globals_by_name[sym->name] = sym;
+  SYMTAB*& known = globals_by_name[sym->name];
+  if (!known || rank_as_definition(known) <= rank_as_definition(sym)) known = sym;
 }
 
 SYMTAB* find_global_symbol(const char* name) {
@@ -417,6 +423,7 @@ SYMTAB* find_shortened_symbol_entry(const SYMTAB* sym) {
 }
 
 SYMTAB* sym_def(SYMTAB* sym) {
+  if (sym->is_defined || sym->has_init || sym->sclass == SC_STATIC) return sym;
   const char* name = strcmp(sym->name, "errno") == 0 ? "_Errno" : sym->name;
   SYMTAB* def = find_global_symbol(name);
   return def ? def : sym;

@@ -319,6 +319,17 @@ TEST_F(Trees, DeclarationsLeadToTheDefinition) {
   EXPECT_EQ(get_sym_def_for_decl(again), defined);
   SYMTAB* lonely = global("h", SC_EXTERN_DECL);
   EXPECT_EQ(get_sym_def_for_decl(lonely), lonely);
+  // Statics of one name, two local to functions say, are definitions of their own.
+  SYMTAB *one = global("s", SC_STATIC), *two = global("s", SC_STATIC);
+  EXPECT_EQ(get_sym_def_for_decl(one), one);
+  EXPECT_EQ(get_sym_def_for_decl(two), two);
+  SYMTAB *visible = global("s", SC_EXTERN), *wanted = global("s", SC_EXTERN_DECL);
+  EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
+  EXPECT_EQ(get_sym_def_for_decl(two), two);
+  note_function_body(two);
+  EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
+  note_function_body(visible);
+  EXPECT_EQ(get_sym_def_for_decl(visible), visible);
 }
 
 TEST_F(Trees, ErasingTwiceIsReported) {
