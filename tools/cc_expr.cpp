@@ -1,6 +1,6 @@
 // Expressions: places, operators, assignments, conversions.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "OPT5/optables.h"
 
@@ -86,7 +86,7 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   case clang::Stmt::CharacterLiteralClass: {
     auto* literal = llvm::cast<clang::CharacterLiteral>(e);
     if (literal->getKind() != clang::CharacterLiteral::Ascii)
-      refuse(e->getExprLoc(), "wide characters are not supported");
+      return icon(literal->getValue(), type_of(literal->getType(), e->getExprLoc()));
     return icon(literal->getValue(), int_type());
   }
   case clang::Stmt::FloatingLiteralClass: {
@@ -125,17 +125,11 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   }
   case clang::Stmt::ImplicitValueInitExprClass:
     return zero_of(value_type(type_of(e->getType(), e->getExprLoc())));
-  case clang::Stmt::GenericSelectionExprClass: {
-    auto* selection = llvm::cast<clang::GenericSelectionExpr>(e);
-    const clang::Expr* control = selection->getControllingExpr();
-    TYPE* ours = value_type(type_of_expression(control));
-    const bool agrees =
-        !ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc()));
-    if (!agrees) refuse(e->getExprLoc(), "selection by a type that depends on the width of 'char'");
-    return lower(selection->getResultExpr());
-  }
-  case clang::Stmt::StmtExprClass:
-    refuse(e->getExprLoc(), "statement expressions are not supported");
+  case clang::Stmt::GenericSelectionExprClass:
+    return generic_selection(llvm::cast<clang::GenericSelectionExpr>(e));
+  case clang::Stmt::StmtExprClass: return statement_expression(llvm::cast<clang::StmtExpr>(e));
+  case clang::Stmt::ChooseExprClass:
+    return lower(llvm::cast<clang::ChooseExpr>(e)->getChosenSubExpr());
   case clang::Stmt::AddrLabelExprClass:
     refuse(e->getExprLoc(), "addresses of labels are not supported");
   case clang::Stmt::ImaginaryLiteralClass:
@@ -146,11 +140,31 @@ NODE* LOWERING::lower(const clang::Expr* e) {
          std::string("expression '") + e->getStmtClassName() + "' is not supported");
 }
 
+// The parser chooses by its own widths: where they differ, the type that the target has decides.
+NODE* LOWERING::generic_selection(const clang::GenericSelectionExpr* e) {
+  const clang::Expr* control = e->getControllingExpr();
+  NODE* tree = value(control);
+  TYPE* ours = value_type(tree->type);
+  erase_tree(tree);
+  if (!ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc())))
+    return lower(e->getResultExpr());
+  const clang::Expr* otherwise = nullptr;
+  for (const auto association : e->associations()) {
+    const clang::TypeSourceInfo* type = association.getTypeSourceInfo();
+    if (!type)
+      otherwise = association.getAssociationExpr();
+    else if (type_of(type)->underlying_type() == ours)
+      return lower(association.getAssociationExpr());
+  }
+  if (!otherwise) refuse(e->getExprLoc(), "selection by a type that it doesn't list on the target");
+  return lower(otherwise);
+}
+
 // ---------------------------------------------------------------------------------------------
 // Places
 
 NODE* LOWERING::string_literal(const clang::StringLiteral* e) {
-  if (!e->isAscii() && !e->isUTF8()) refuse(e->getExprLoc(), "wide strings are not supported");
+  if (!e->isAscii() && !e->isUTF8()) return name_node(wide_string(e));
   const llvm::StringRef bytes = e->getBytes();
   NODE* text = alloc_node(SCON, tp->mk_ptr(char_type()));
   text->mk_scon(bytes.data(), static_cast<unsigned>(bytes.size()));
@@ -165,7 +179,9 @@ NODE* LOWERING::declaration_reference(const clang::DeclRefExpr* e) {
   }
   if (!llvm::isa<clang::VarDecl>(decl) && !llvm::isa<clang::FunctionDecl>(decl))
     refuse(e->getExprLoc(), "reference to '" + decl->getName().str() + "' is not supported");
-  return name_node(symbol_of(decl));
+  SYMTAB* sym = symbol_of(decl);
+  const auto larger = unit.flexible.find(sym);
+  return larger == unit.flexible.end() ? name_node(sym) : member_of(name_node(sym), larger->second);
 }
 
 NODE* LOWERING::in_memory(NODE* aggregate, SourceLocation at) {
