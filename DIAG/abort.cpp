@@ -1,7 +1,10 @@
 #include "DIAG/abort.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <pthread.h>
+#include <unistd.h>
 
 static void (*abort_handler)(const char* msg);
 
@@ -9,7 +12,17 @@ void set_abort_handler(void (*handler)(const char* msg)) {
   abort_handler = handler;
 }
 
+bool claim_the_end() {
+  static std::atomic<pthread_t> owner; // 0 is nobody
+  pthread_t nobody{};
+  if (owner.compare_exchange_strong(nobody, pthread_self())) return true;
+  if (pthread_equal(nobody, pthread_self())) return false;
+  for (;;)
+    pause();
+}
+
 void abort_optimizer(const char* msg) {
+  if (!claim_the_end()) _exit(1); // the end itself failed
   if (abort_handler) abort_handler(msg);
   fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
   if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);

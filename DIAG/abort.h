@@ -9,6 +9,11 @@
 // A failed internal check. The arguments are for a debugger; the user does not see them.
 [[noreturn]] void optassert(const char* expr, const char* file, int line);
 
+// One thread ends a failing run. The first that calls gets true, and false if it calls again (its
+// end failed on the way); any other waits there until the process is gone. May be called from a
+// signal handler.
+bool claim_the_end();
+
 // Let `handler` take over the end of a failing run. It must not return.
 void set_abort_handler(void (*handler)(const char* msg));
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <list>
 #include <unistd.h>
+#include <unordered_map>
 
 bool DIAGNOSTIC::wrap_enabled_m = true;
 bool DIAGNOSTIC::warnings_m = true;
@@ -42,8 +42,9 @@ struct REPORTED_MESSAGE {
   ~REPORTED_MESSAGE() { message->free_mem(); }
 };
 
-std::list<REPORTED_MESSAGE>& reported_once() {
-  static std::list<REPORTED_MESSAGE> reported;
+// By the hash of text and place, since there may be many.
+std::unordered_multimap<size_t, REPORTED_MESSAGE>& reported_once() {
+  static std::unordered_multimap<size_t, REPORTED_MESSAGE> reported;
   return reported;
 }
 
@@ -74,9 +75,13 @@ void DIAGNOSTIC::dump_if_debugging() {
 
 void DIAGNOSTIC::report_once() {
   if (suppress()) return; // it may be wanted later
-  for (const REPORTED_MESSAGE& seen : reported_once())
-    if (is_equal(seen.message)) return;
-  reported_once().emplace_back(this);
+  std::string where;
+  if (src) where = (src->file() ? src->file() : "") + (":" + std::to_string(src->line()));
+  const size_t key = std::hash<std::string>()(text() + where);
+  const auto [first, last] = reported_once().equal_range(key);
+  if (std::any_of(first, last, [this](const auto& seen) { return is_equal(seen.second.message); }))
+    return;
+  reported_once().emplace(key, this);
   report();
 }
 

@@ -1,5 +1,7 @@
 #include "DIAG/signals.h"
 
+#include "DIAG/abort.h"
+
 #include "DIAG/support.h"
 
 #include <atomic>
@@ -30,20 +32,6 @@ const char* fault_text(int signal) {
   case SIGXFSZ: return "exceeded the file size limit";
   default: return "experienced a fatal internal fault";
   }
-}
-
-// A fault while the first one is being told ends the process; another thread that gets here waits
-// for the first to end it.
-void enter_once() {
-  static std::atomic<bool> entered;
-  static std::atomic<pthread_t> first;
-  if (!entered.exchange(true)) {
-    first = pthread_self();
-    return;
-  }
-  if (pthread_equal(first, pthread_self())) _exit(1);
-  for (;;)
-    pause();
 }
 
 void end_at_once(int) {
@@ -100,7 +88,8 @@ void set_signal_note(const char* note) {
 }
 
 void common_signal_end(int signal) {
-  enter_once();
+  // A fault while the end is on its way ends it.
+  if (!claim_the_end()) _exit(1);
   // The end of the run may wait for a lock that the interrupted code holds; then this ends it.
   struct sigaction last {};
   last.sa_handler = end_at_once;

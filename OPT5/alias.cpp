@@ -4,8 +4,7 @@
 
 void reset_alias_info() {
   const FUNINFO* fi = currfuninfo;
-  for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
-    sym->set_is_aliased(!(sym->cqual & CQ_NO_ADDRESS));
+  reset_alias_exceptions();
   const auto exposed = locals_with_address_taken(fi);
   for (SYMTAB* list : {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates})
     for (SYMTAB* sym = list; sym; sym = sym->next)

@@ -5,10 +5,12 @@
 #include "OPT5/bblk.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/memory.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/tailcall.h"
+#include "OPT5/treewalk.h"
 
 #include <map>
 #include <string>
@@ -18,7 +20,7 @@
 static thread_local std::map<int, LBL*> label_mapping;
 
 LBL* mklabel(int number, LBL* chain, BBLK* bb) {
-  auto* label = new LBL{number, 0, bb, chain};
+  auto* label = current_memory().arena.make<LBL>(number, static_cast<short>(0), bb, chain);
   currfuninfo->labels.push_back(label);
   return label;
 }
@@ -107,7 +109,12 @@ public:
   explicit GRAPH_BUILDER(FUNINFO* record) : fi(record) {}
 
   void cut(LIST* list) {
-    start_with_exit_block();
+    if (list->tree->op == URETURN && !list->next) { // nothing but the way out
+      start_with_exit_block(list);
+      first_block = exit_block;
+      return;
+    }
+    start_with_exit_block(mkelist(return_statement(), nullptr, fi->end_psn));
     for (LIST* next; list; list = next) {
       next = list->next;
       list->next = nullptr;
@@ -125,11 +132,10 @@ public:
   void resolve_labels() {
     for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
       for (LIST* s = bb->statements; s; s = s->next)
-        walk_preorder(s->tree, [](const NODE* node) {
-          if (node->op != LABEL || node->label) return true;
-          auto* ref = const_cast<NODE*>(node);
-          auto place = label_mapping.find(node->label_id());
-          LBL* label = place != label_mapping.end() ? place->second : find_label(node->label_id());
+        walk_preorder(s->tree, [](NODE* ref) {
+          if (ref->op != LABEL || ref->label) return true;
+          auto place = label_mapping.find(ref->label_id());
+          LBL* label = place != label_mapping.end() ? place->second : find_label(ref->label_id());
           ref->label = label->chain ? label->chain : label;
           if (ref->label->refcount < 32767) ref->label->refcount++;
           return true;
@@ -170,8 +176,8 @@ private:
     return maketree(URETURN, mk_NAME(fi->symbol, scope), nullptr, tp->mk_void(), scope);
   }
 
-  void start_with_exit_block() {
-    exit_block = mkbblock(mkelist(return_statement(), nullptr, fi->end_psn), nullptr, fi);
+  void start_with_exit_block(LIST* statement) {
+    exit_block = mkbblock(statement, nullptr, fi);
     exit_block->label = mklabel(-1, nullptr, exit_block);
     fi->bb_list = exit_block;
     add_to_chain(exit_block);

@@ -6,9 +6,11 @@
 #include "OPT5/funinfo.h"
 #include "OPT5/livevars.h"
 #include "OPT5/loop.h"
+#include "OPT5/memory.h"
 #include "OPT5/restrict.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 
 #include <algorithm>
 #include <map>
@@ -19,7 +21,7 @@
 
 EDGE* mkedge(BBLK* bb, EDGE* rest) {
   mark_dominators_stale();
-  return new EDGE{bb, -1.0, rest};
+  return new (current_memory().edge_place()) EDGE{bb, -1.0, rest};
 }
 
 EDGE* edge_memberp(const BBLK* bb, EDGE* list) {
@@ -48,14 +50,14 @@ EDGE* remove_edge(BBLK* bb, EDGE* list) {
 }
 
 void erase_edge(EDGE* cell) {
-  delete cell;
+  current_memory().free_edge(cell);
 }
 
 void erase_edge_list(EDGE* list) {
   mark_dominators_stale();
   while (list) {
     EDGE* rest = list->rest;
-    delete list;
+    current_memory().free_edge(list);
     list = rest;
   }
 }
@@ -64,7 +66,7 @@ EDGE* copy_edge_list(const EDGE* list) {
   EDGE* head = nullptr;
   EDGE** tail = &head;
   for (; list; list = list->rest, tail = &(*tail)->rest)
-    *tail = new EDGE{list->first, list->prob, nullptr};
+    *tail = new (current_memory().edge_place()) EDGE{list->first, list->prob, nullptr};
   return head;
 }
 

@@ -34,7 +34,7 @@
 char i_file_name[512];
 char o_file_name[512];
 SYMTAB* currfunc_at_abort;
-int file_closed_to_callers, file_closed_to_writers;
+std::mutex abort_lock;
 
 namespace {
 
@@ -101,6 +101,8 @@ void end_failing_run(const char* msg) {
     if (msg) fprintf(FDEBUG, "\n>>>> %s.\n", msg);
   }
   fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
+  // A fault of this thread may have come while it held the lock.
+  const std::unique_lock<std::mutex> hold(abort_lock, std::try_to_lock);
   if (currfunc_at_abort) {
     currfunc = currfunc_at_abort;
     currfuninfo = find_FUNINFO(currfunc);
@@ -348,14 +350,12 @@ void init_fileopts() {
   if (opt_level() >= 3) {
     const int mode = flags.program_mode;
     const bool known = mode >= 0 && mode <= 3;
-    file_closed_to_callers = known ? callers[mode] : 1; // by default the unit is the whole program
-    file_closed_to_writers = known ? writers[mode] : 1;
+    no_outside_callers = known ? callers[mode] : 1; // by default the unit is the whole program
+    no_outside_writers = known ? writers[mode] : 1;
   } else {
     flags.program_mode = 0;
-    file_closed_to_callers = file_closed_to_writers = 0;
+    no_outside_callers = no_outside_writers = 0;
   }
-  no_outside_callers = file_closed_to_callers;
-  no_outside_writers = file_closed_to_writers;
   file_funinfo = make_FUNINFO(" ? ");
   currfuninfo = file_funinfo;
   inline_blocks_limit = 0;
@@ -433,7 +433,7 @@ void release_everything() {
   erase_all_FUNINFOs();
   erase_all_symbols();
   erase_type_caches();
-  call_graph.clear();
+  forget_file_analysis();
   for (option_obj* options : all_option_sets)
     delete options;
   all_option_sets.clear();

@@ -1,12 +1,15 @@
 // The life of a run: options, files, reading, steps, output, report.
 #pragma once
 
+#include <mutex>
+
 class SYMTAB;
 
 extern char i_file_name[512];
 extern char o_file_name[512];
-extern SYMTAB* currfunc_at_abort; // function to name when a crash came from another thread
-extern int file_closed_to_callers, file_closed_to_writers; // for the threads' own copies
+// The function to name when a crash came from another thread; written under its lock.
+extern SYMTAB* currfunc_at_abort;
+extern std::mutex abort_lock;
 
 // main's body. Never returns on failure.
 int run_compilation(int argc, char** argv);

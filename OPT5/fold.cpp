@@ -3,6 +3,7 @@
 #include "OPT5/fold.h"
 
 #include "OPT5/optables.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 
 #include <utility>

@@ -5,6 +5,7 @@
 #include "OPT5/settings.h"
 #include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 
 #include <cstring>
 #include <unordered_map>
@@ -22,34 +23,40 @@ std::vector<FUNINFO*> all_records; // owns them
 
 FUNINFO::FUNINFO(const char* text) : name(text) {}
 
+// The trees and all else of the function's memory go in one go.
 static void erase_body(FUNINFO* fi) {
   for (BBLK* bb = fi->uon_list; bb;) {
     BBLK* next = bb->uon_link;
-    erase_tree_list(bb->statements);
-    bb->statements = nullptr;
     erase_bblock(bb);
     bb = next;
   }
   fi->bb_list = fi->uon_list = nullptr;
   fi->bb_count = 0;
-  erase_tree_list(fi->stmts);
-  fi->stmts = nullptr;
-  erase_tree(fi->entry_tree);
+  fi->stmts = fi->global_assertions = nullptr;
   fi->entry_tree = nullptr;
-  for (LBL* label : fi->labels)
-    delete label;
   fi->labels.clear();
+  fi->eht.clear();
   LS::erase(fi->scope);
   fi->scope = nullptr;
   delete fi->dominators;
   fi->dominators = nullptr;
+  fi->memory.reset();
+}
+
+void FUNINFO::clear_maps() {
+  global_marks = {};
+  info_texts = {};
+  header_comments = {};
+  labels = {};
+  eht = {};
+  objects = {}; // of its blocks, which are gone
+  free_symplist(widened);
+  free_symplist(shortened);
+  widened = shortened = nullptr;
 }
 
 FUNINFO::~FUNINFO() {
   erase_body(this); // one that was never written
-  for (EHT_ITEM& item : eht)
-    erase_tree(item.cleanup);
-  erase_tree_list(global_assertions);
   erase_stack_sharing(sharing_root);
   free_symplist(widened);
   free_symplist(shortened);

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "OPT5/bblk.h"
+#include "OPT5/memory.h"
 #include "OPT5/symbol.h"
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
 
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -22,23 +24,31 @@ struct EHT_ITEM {
   unsigned kind; // EHT_ENTRY_KIND
   unsigned region, count;
   std::vector<I_CATCH_ENTRY> catches;
-  NODE* cleanup; // owned, may be null
+  NODE* cleanup; // may be null
 };
 
 enum FUNC_PROPERTY : unsigned {
   FP_MUST_KEEP = 0x2,       // kept though it could be suppressed
   FP_ON_UNSUPPRESSED = 0x4, // is or has been on unsuppressed_functions
   FP_NO_RETURN = 0x8,
-  FP_SUPPRESSED = 0x40, // no body is written
-  FP_VISIBLE_200 = 0x200,
+  FP_SUPPRESSED = 0x40,    // no body is written
+  FP_REFERENCED = 0x200,   // its address is known to more than the calls of it
   FP_OUT_OF_ORDER = 0x800, // left out of the call-graph order
-  FP_VISIBLE_1000 = 0x1000,
-  FP_VISIBLE_2000 = 0x2000,
+  FP_ANONYMOUS = 0x1000,
+  FP_INTERRUPT = 0x2000,
   FP_MAIN = 0x40000000
+};
+
+// What one function knows of a symbol of file scope.
+struct GLOBAL_MARKS {
+  bool aliased, under_ARGREF = false;
+  short bitnum = 0;
+  long depnum = 0;
 };
 
 class FUNINFO : public serial_namespace<BBLK, FUNINFO> {
 public:
+  FUNCTION_MEMORY memory;
   SYMTAB* symbol = nullptr;
   std::string name; // without a language prefix
   TYPE* return_type = nullptr;
@@ -51,8 +61,8 @@ public:
   BBLK* bb_list = nullptr;  // entry block
   BBLK* uon_list = nullptr; // blocks in order of creation
   int bb_count = 0;
-  std::vector<LBL*> labels;   // owned
-  NODE* entry_tree = nullptr; // copy of the argument prolog, owned
+  std::vector<LBL*> labels;
+  NODE* entry_tree = nullptr; // copy of the argument prolog
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
   Dominator* dominators = nullptr;
@@ -81,16 +91,14 @@ public:
   int sym_counter = 0;
   unsigned long serial_counter = 0;
 
-  // What GLOBAL_SYM keeps here, by the symbol's index.
-  std::vector<bool> aliased, under_ARGREF;
-  std::vector<short> bitnums;
-  std::vector<long> depnums;
+  // What GLOBAL_SYM keeps here: only of symbols whose marks differ from those of a new one.
+  std::unordered_map<const SYMTAB*, GLOBAL_MARKS> global_marks;
 
   std::vector<std::string> info_texts;      // deferred text of the information file
   std::vector<std::string> header_comments; // comments read ahead of the first statement
-  std::vector<bool> call_sites[3];          // by call number
 
   explicit FUNINFO(const char* name);
+  void clear_maps(); // what only the steps need
   ~FUNINFO();
 
   unsigned properties() const;
@@ -120,6 +128,18 @@ void erase_all_FUNINFOs();
 
 // The locals and parameters whose address, or that of a part, a statement or a clean-up tree takes.
 std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi);
+
+// Calls visit(NODE*&) on each tree of a function: statements, be they still a list or in blocks,
+// then clean-up trees.
+template <class VISIT> void visit_all_trees(FUNINFO* fi, VISIT&& visit) {
+  for (LIST* s = fi->stmts; s; s = s->next)
+    visit(s->tree);
+  for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
+    for (LIST* s = bb->statements; s; s = s->next)
+      visit(s->tree);
+  for (EHT_ITEM& item : fi->eht)
+    if (item.cleanup) visit(item.cleanup);
+}
 
 // Frees the current function's blocks, trees, labels and scopes.
 void erase_all();

@@ -3,114 +3,46 @@
 #include "OPT5/node.h"
 
 #include "DIAG/abort.h"
-#include "DIAG/safemalloc.h"
 #include "OPT5/bblk.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/memory.h"
 #include "OPT5/optables.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/symbol.h"
+#include "OPT5/treewalk.h"
 #include "TYPES/type_values.h"
 #include "ifile/i_file.h"
 
-#include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <new>
-#include <vector>
 
-// ---------------------------------------------------------------------------------------------
-// The node pool
-//
-// Erased nodes keep their operator ILLOP until they are used again, so that erasing one twice is
-// noticed and reported instead of damaging the heap. Each thread takes nodes from its own free list
-// and hands the list on when it ends.
-
-namespace {
-
-constexpr int NODES_A_CHUNK = 256;
-
-union POOL_CELL {
-  POOL_CELL() {}
-  ~POOL_CELL() {}
-  NODE node;
-};
-
-struct NODE_POOL {
-  std::mutex lock;
-  std::vector<POOL_CELL*> chunks;
-  std::vector<NODE*> returned;
-  ~NODE_POOL() {
-    for (POOL_CELL* chunk : chunks)
-      delete[] chunk;
-  }
-};
-
-NODE_POOL& pool() {
-  static NODE_POOL the_pool;
-  return the_pool;
-}
-
-std::atomic<int> live_nodes;
-
-struct FREE_LIST {
-  std::vector<NODE*> nodes;
-  FREE_LIST() { pool(); } // so that the pool outlives every list
-  ~FREE_LIST() {
-    std::lock_guard<std::mutex> hold(pool().lock);
-    pool().returned.insert(pool().returned.end(), nodes.begin(), nodes.end());
-  }
-  void refill() {
-    std::lock_guard<std::mutex> hold(pool().lock);
-    std::vector<NODE*>& returned = pool().returned;
-    if (!returned.empty()) {
-      size_t n = returned.size() < NODES_A_CHUNK ? returned.size() : NODES_A_CHUNK;
-      nodes.insert(nodes.end(), returned.end() - n, returned.end());
-      returned.resize(returned.size() - n);
-      return;
-    }
-    auto* chunk = new POOL_CELL[NODES_A_CHUNK];
-    pool().chunks.push_back(chunk);
-    for (int k = NODES_A_CHUNK - 1; k >= 0; k--)
-      nodes.push_back(&chunk[k].node);
-  }
-};
-
-thread_local FREE_LIST free_nodes;
-
-char* copy_text(const char* text) {
-  if (!text) return nullptr;
-  size_t n = strlen(text) + 1;
-  return static_cast<char*>(memcpy(safemalloc(n), text, n));
-}
-
-char* copy_bytes(const char* bytes, size_t n) {
-  auto* copy = static_cast<char*>(safemalloc(n + 1));
-  memcpy(copy, bytes, n);
-  copy[n] = 0;
-  return copy;
-}
-
-bool has_builtin_name(int op) {
+static bool has_builtin_name(int op) {
   return op == ICALL || op == UICALL || op == MCALL || op == UMCALL;
 }
 
-} // namespace
+static char* copy_text(const char* text) {
+  return text ? current_memory().arena.copy_text(text) : nullptr;
+}
 
-int live_node_count() {
-  return live_nodes;
+static char* copy_bytes(const char* bytes, size_t n) {
+  return current_memory().arena.copy_bytes(bytes, n);
+}
+
+static simul_fval* copy_fval(const simul_fval& value) {
+  return current_memory().arena.make<simul_fval>(value);
 }
 
 NODE* alloc_node(int op, TYPE* type) {
-  if (free_nodes.nodes.empty()) free_nodes.refill();
-  NODE* place = free_nodes.nodes.back();
-  free_nodes.nodes.pop_back();
-  NODE* node = new (place) NODE;
+  FUNCTION_MEMORY& memory = current_memory();
+  NODE* node = new (memory.node_place()) NODE;
   node->op = op;
   node->type = type;
   node->orig_type = type;
-  live_nodes.fetch_add(1, std::memory_order_relaxed);
+#ifdef VRX_CHECKS
+  node->owner = &memory;
+#endif
   return node;
 }
 
@@ -182,10 +114,24 @@ void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
   u.csu = csu;
 }
 
+// What a constant of the type holds of an integer: an integer type its width, a pointer its bits, a
+// vector those of one lane, which is each lane's value. A floating constant is the integer's value,
+// and keeps the 64 bits that a file has room for.
+static INT65 truncate_constant(INT65 value, TYPE* type) {
+  if (type->is_int_or_enum()) {
+    if (type->size > 64) if_die(INVALID_RECORD);
+    return truncate_to_type(value, type);
+  }
+  if (type->is_signed()) return (value << 1) >> 1;
+  const TYPE* held = type->is_vector() ? type->underlying_type()->elem_type() : type;
+  const bool has_width = (held->is_int_or_enum() || held->is_pointer()) && held->size <= 64;
+  return value & ((INT65(1) << (has_width ? static_cast<int>(held->size) : 64)) - 1);
+}
+
 void NODE::mk_icon(long value) {
-  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
-  ival = type->is_signed() ? INT65(value) : INT65(static_cast<unsigned long>(value));
-  if (type->is_int_or_enum()) ival = truncate_to_type(ival, type);
+  const bool is_signed = type->is_signed();
+  ival =
+      truncate_constant(is_signed ? INT65(value) : INT65(static_cast<unsigned long>(value)), type);
 }
 
 void NODE::mk_lcon(const char* digits) {
@@ -194,20 +140,18 @@ void NODE::mk_lcon(const char* digits) {
   for (const char* p = digits + negative; *p >= '0' && *p <= '9'; p++)
     value = value * 10 + (*p - '0');
   op = ICON;
-  if (type->is_int_or_enum() && type->size > 64) if_die(INVALID_RECORD);
-  INT65 wide = negative ? -INT65(value) : INT65(value);
-  ival = type->is_int_or_enum() ? truncate_to_type(wide, type) : wide;
+  ival = truncate_constant(negative ? -INT65(value) : INT65(value), type);
 }
 
 void NODE::mk_fcon(const char* digits) {
   if (!type->is_float()) if_die(INVALID_RECORD);
-  auto* value = new simul_fval;
+  simul_fval value;
   {
     std::lock_guard<std::mutex> hold(atof_lock);
-    f_atof(digits, value);
+    f_atof(digits, &value);
   }
-  truncate_fval_to_target(value, type);
-  u.fval = value;
+  truncate_fval_to_target(&value, type);
+  u.fval = copy_fval(value);
 }
 
 void NODE::mk_scon(const char* bytes, unsigned length) {
@@ -276,7 +220,7 @@ NODE* mk_ICON(INT65 value, TYPE* type) {
 
 NODE* mk_FCON(const simul_fval& value, TYPE* type) {
   NODE* node = alloc_node(FCON, type);
-  node->u.fval = new simul_fval(value);
+  node->u.fval = copy_fval(value);
   truncate_fval_to_target(node->u.fval, type);
   return node;
 }
@@ -370,11 +314,12 @@ NODE* mk_LABELDEF(LBL* label) {
 }
 
 LIST* mklist(NODE* tree, LIST* next, int info0, int info1) {
-  return new LIST{tree, nullptr, {static_cast<short>(info0), static_cast<short>(info1)}, next};
+  return new (current_memory().list_place())
+      LIST{tree, nullptr, {static_cast<short>(info0), static_cast<short>(info1)}, next};
 }
 
 LIST* mkelist(NODE* tree, LIST* next, PSN* psn) {
-  return new LIST{tree, psn, {0, 0}, next};
+  return new (current_memory().list_place()) LIST{tree, psn, {0, 0}, next};
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -383,21 +328,24 @@ LIST* mkelist(NODE* tree, LIST* next, PSN* psn) {
 NODE* copy_node(const NODE* node, bool keep_ls) {
   NODE* copy = alloc_node(node->op, node->type);
   *copy = *node;
+#ifdef VRX_CHECKS
+  copy->owner = &current_memory();
+#endif
   copy->left = copy->right = nullptr;
   copy->dd_info = nullptr;
   copy->ptenv = nullptr;
   if (!keep_ls) copy->ls = nullptr;
   if (node->op == FCON) {
-    copy->u.fval = new simul_fval(*node->u.fval);
+    copy->u.fval = copy_fval(*node->u.fval);
     copy->text = nullptr; // the cached text is made again when asked for
   } else if (node->op == SCON) {
     copy->text = copy_bytes(node->text, node->scon_length());
-  } else if (node->text) {
+  } else if (node->op == ASM) {
     copy->text = copy_text(node->text);
   }
   if (has_builtin_name(node->op)) copy->u.callee = copy_text(node->u.callee);
-  if (node->pragma) {
-    copy->pragma = new PRAGMA(*node->pragma);
+  if (node->op == PPRAGMA && node->pragma) {
+    copy->pragma = current_memory().own(new PRAGMA(*node->pragma));
     copy->pragma->next = nullptr;
   }
   if (node->op == LABEL && node->label) add_label_refs(node->label, 1);
@@ -428,8 +376,8 @@ LIST* copy_statements(const LIST* list, bool keep_ls) {
   LIST* head = nullptr;
   LIST** tail = &head;
   for (; list; list = list->next) {
-    *tail = new LIST{
-        copy_tree(list->tree, keep_ls), list->psn, {list->info[0], list->info[1]}, nullptr};
+    *tail = mklist(copy_tree(list->tree, keep_ls), nullptr, list->info[0], list->info[1]);
+    (*tail)->psn = list->psn;
     tail = &(*tail)->next;
   }
   return head;
@@ -447,7 +395,8 @@ NODE* copy_tree_without_dupes(const NODE* tree) {
 
 static void copy_dd_records(const NODE* from, NODE* to) {
   for (; from; from = from->left, to = to->left) {
-    if (from->dd_info) to->dd_info = new DD_INFO{copy_tree(from->dd_info->tree, true)};
+    if (from->dd_info)
+      to->dd_info = current_memory().arena.make<DD_INFO>(copy_tree(from->dd_info->tree, true));
     if (from->right) copy_dd_records(from->right, to->right);
   }
 }
@@ -469,8 +418,8 @@ LIST* copy_shared_statements(const LIST* list) {
   LIST* head = nullptr;
   LIST** tail = &head;
   for (; list; list = list->next, tail = &(*tail)->next) {
-    *tail = new LIST(*list);
-    (*tail)->next = nullptr;
+    *tail = mklist(list->tree, nullptr, list->info[0], list->info[1]);
+    (*tail)->psn = list->psn;
   }
   return head;
 }
@@ -494,27 +443,20 @@ void erase_node(NODE* node) {
                    static_cast<void*>(node));
     abort_optimizer();
   }
-  if (node->dd_info) {
-    erase_tree(node->dd_info->tree);
-    delete node->dd_info;
-  }
-  if (node->op == FCON) delete node->u.fval;
-  if (has_builtin_name(node->op)) free(node->u.callee);
+#ifdef VRX_CHECKS
+  CHECK(!currfuninfo || currfuninfo == file_funinfo || node->owner == &current_memory());
+#endif
+  if (node->dd_info) erase_tree(node->dd_info->tree);
   if (node->op == LABEL && node->label && node->label->refcount > 0 &&
       node->label->refcount < 32767)
     node->label->refcount--;
-  free(node->text);
-  delete node->pragma;
   node->op = ILLOP;
   node->left = node->right = nullptr;
   node->dd_info = nullptr;
   node->ptenv = nullptr;
   node->orig_type = nullptr;
-  node->text = nullptr;
-  node->pragma = nullptr;
   node->label = nullptr;
-  live_nodes.fetch_sub(1, std::memory_order_relaxed);
-  free_nodes.nodes.push_back(node);
+  current_memory().free_node(node);
 }
 
 void erase_tree(NODE* tree) {
@@ -542,7 +484,7 @@ void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees) {
   while (list && list != entry) {
     LIST* next = list->next;
     if (trees) erase_tree(list->tree);
-    delete list;
+    current_memory().free_list(list);
     list = next;
   }
 }
@@ -550,7 +492,7 @@ void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees) {
 void erase_tree_list_only(LIST* list) {
   while (list) {
     LIST* next = list->next;
-    delete list;
+    current_memory().free_list(list);
     list = next;
   }
 }

@@ -11,7 +11,8 @@
 #include "support/int65.h"
 #include "support/simul_fval.h"
 
-#include <functional>
+#include <string>
+#include <vector>
 
 class SYMTAB;
 class LS;
@@ -28,6 +29,7 @@ enum NODE_FLAG { NF_COMMENT }; // of ASM: a comment record
 class NODE : public BASE_NODE {
 public:
   // `op` and `type` stand in BASE_NODE. ILLOP marks an erased node.
+  unsigned profile_count = -1u; // edge profile value; all ones for none
   NODE* left = nullptr;
   NODE* right = nullptr;
   // ICON: value. LABEL, LABELDEF: number. SKIP, SWITCH: count. SCON: length. VREG: register.
@@ -35,56 +37,99 @@ public:
   INT65 ival = 0;
   union {
     SYMTAB* sym;      // NAME
-    simul_fval* fval; // FCON, owned
-    char* callee;     // ICALL, UICALL, MCALL, UMCALL: name of the built-in, owned
+    simul_fval* fval; // FCON
+    char* callee;     // ICALL, UICALL, MCALL, UMCALL: name of the built-in
     TYPE* csu;        // FIELD: class of the member
     void* word;
   } u = {nullptr};
-  fkMDATA* mval = nullptr;      // FIELD
-  unsigned scan_marks[2] = {};  // [1]: stamp of the verifier
-  LS* ls = nullptr;             // scope of the statement or name
-  void* scratch[2] = {};        // of loop and alias analyses
-  TYPE* orig_type = nullptr;    // type before conversions
-  unsigned profile_count = -1u; // edge profile value; all ones for none
-  double frequency = -1.0;      // estimated frequency; -1 for none
-  DD_INFO* dd_info = nullptr;   // owned
-  LBL* label = nullptr;         // LABEL, LABELDEF
-  char* text = nullptr;         // SCON: bytes; ASM: text; FCON: cached text. Owned
-  PRAGMA* pragma = nullptr;     // PPRAGMA. Owned
+  fkMDATA* mval = nullptr;     // FIELD
+  unsigned scan_marks[2] = {}; // of scans
+  LS* ls = nullptr;            // scope of the statement or name
+  void* scratch[2] = {};       // of loop and alias analyses
+  TYPE* orig_type = nullptr;   // type before conversions
+  double frequency = -1.0;     // estimated frequency; -1 for none
+  DD_INFO* dd_info = nullptr;  // owned
+  union {
+    LBL* label = nullptr; // LABEL, LABELDEF
+    char* text;           // SCON: bytes; ASM: text; FCON: cached text, null until asked for
+    PRAGMA* pragma;       // PPRAGMA
+  };
   PTENV* ptenv = nullptr;
   unsigned char node_flags[14] = {};
-  unsigned eh_entry = 0;           // exception table entry of a call
-  unsigned vargs = 0;              // CALL: arguments behind the named parameters
-  int dd_locale = 0, dd_flags = 0; // DDNODE
+  union {
+    unsigned eh_entry = 0; // exception table entry of a call
+    int dd_locale;         // DDNODE
+  };
+  union {
+    unsigned vargs = 0; // CALL: arguments behind the named parameters
+    int dd_flags;       // DDNODE
+  };
+#ifdef VRX_CHECKS
+  const void* owner = nullptr; // the memory it was made in
+#endif
 
-  BASE_NODE* operand(int k) const override { return k == 0 ? left : right; }
+  BASE_NODE* operand(int k) const override {
+    return k == 0 ? left : right;
+  }
   void set_operand(int k, BASE_NODE* node) override {
     (k == 0 ? left : right) = static_cast<NODE*>(node);
   }
 
   I_SYMTAB* name_symbol() const override;
-  int field_kind() const override { return static_cast<int>(static_cast<long>(ival)); }
-  fkMDATA* field_mval() const override { return mval; }
-  TYPE* field_csu() const override { return u.csu; }
+  int field_kind() const override {
+    return static_cast<int>(static_cast<long>(ival));
+  }
+  fkMDATA* field_mval() const override {
+    return mval;
+  }
+  TYPE* field_csu() const override {
+    return u.csu;
+  }
   unsigned long icon_uvalue() const override;
   long icon_svalue() const override;
   const char* lcon_value() const override;
   const char* fcon_value() override;
-  const char* scon_value() const override { return text; }
-  unsigned scon_length() const override { return static_cast<unsigned>(ival.low); }
+  const char* scon_value() const override {
+    return text;
+  }
+  unsigned scon_length() const override {
+    return static_cast<unsigned>(ival.low);
+  }
   int label_id() const override;
-  int vreg_id() const override { return static_cast<int>(static_cast<long>(ival)); }
-  int skip_count() const override { return static_cast<int>(static_cast<long>(ival)); }
-  int case_count() const override { return static_cast<int>(static_cast<long>(ival)); }
-  int ddnode_id() const override { return static_cast<int>(static_cast<long>(ival)); }
-  int ddnode_locale() const override { return dd_locale; }
-  int ddnode_flags() const override { return dd_flags; }
+  int vreg_id() const override {
+    return static_cast<int>(static_cast<long>(ival));
+  }
+  int skip_count() const override {
+    return static_cast<int>(static_cast<long>(ival));
+  }
+  int case_count() const override {
+    return static_cast<int>(static_cast<long>(ival));
+  }
+  int ddnode_id() const override {
+    return static_cast<int>(static_cast<long>(ival));
+  }
+  int ddnode_locale() const override {
+    return dd_locale;
+  }
+  int ddnode_flags() const override {
+    return dd_flags;
+  }
   unsigned call_num_args() const override;
-  unsigned call_num_vargs() const override { return vargs; }
-  const char* icall_name() const override { return u.callee; }
-  unsigned eh_entry_id() const override { return eh_entry; }
-  unsigned get_edge_profile_value() const override { return profile_count; }
-  void set_edge_profile_value(unsigned value) override { profile_count = value; }
+  unsigned call_num_vargs() const override {
+    return vargs;
+  }
+  const char* icall_name() const override {
+    return u.callee;
+  }
+  unsigned eh_entry_id() const override {
+    return eh_entry;
+  }
+  unsigned get_edge_profile_value() const override {
+    return profile_count;
+  }
+  void set_edge_profile_value(unsigned value) override {
+    profile_count = value;
+  }
 
   void mk_name(I_SYMTAB* sym) override;
   void mk_field(int kind, fkMDATA* member, TYPE* csu) override;
@@ -92,16 +137,28 @@ public:
   void mk_lcon(const char* text) override;
   void mk_fcon(const char* text) override;
   void mk_scon(const char* text, unsigned length) override;
-  void mk_label(int number) override { ival = number; }
-  void mk_vreg(int number) override { ival = number; }
-  void mk_skip(int count) override { ival = count; }
-  void mk_switch(int cases) override { ival = cases; }
+  void mk_label(int number) override {
+    ival = number;
+  }
+  void mk_vreg(int number) override {
+    ival = number;
+  }
+  void mk_skip(int count) override {
+    ival = count;
+  }
+  void mk_switch(int cases) override {
+    ival = cases;
+  }
   void mk_ddnode(int id, int locale, int flags) override;
   void mk_call(unsigned args, unsigned vargs) override;
-  void mk_ucall(unsigned eh_entry) override { this->eh_entry = eh_entry; }
+  void mk_ucall(unsigned eh_entry) override {
+    this->eh_entry = eh_entry;
+  }
   void mk_icall(const char* name) override;
 
-  bool is(int wanted) const { return op == wanted; }
+  bool is(int wanted) const {
+    return op == wanted;
+  }
 };
 
 // Dependence information on a memory reference. Owns its subtree.
@@ -198,7 +255,6 @@ void erase_tree_list(LIST* list);      // cells and trees
 void erase_tree_list_only(LIST* list); // cells
 // The cells (and with `trees` the trees) from `list` up to `entry`, which stays.
 void erase_tree_list_to_entry(LIST* list, LIST* entry, int trees);
-int live_node_count(); // nodes not yet erased, of all threads; for tests and reports
 
 // --- Comparing
 // Do both compute the same value? Without se_ok, trees with side effects never do (but a tree is
@@ -219,12 +275,13 @@ bool sym_appears_in_tree(const SYMTAB* sym, const NODE* tree);
 bool sym_appears_in_list(const SYMTAB* sym, const LIST* list);
 bool sym_appears_in_bb(const SYMTAB* sym, const BBLK* bb);
 bool tree_contains_op(const NODE* tree, int op);
-bool tree_contains_matching_node(const NODE* tree, const std::function<bool(const NODE*)>& match);
 bool tree_is_subtree_of_tree(const NODE* part, const NODE* tree); // by identity
 bool tree_is_strict_subtree_of_tree(const NODE* part, const NODE* tree);
 int count_nodes_in_tree(const NODE* tree);
 int count_calls_in_tree(const NODE* tree);
 bool op_is_call(int op);
+// The bit-field that a tree reads, or whose new value an assignment gives; null for anything else.
+const fkMDATA* bit_field_of(const NODE* node);
 // Is it a binary operator, or its assignment form, that makes a vector from lanes of its operands?
 bool computes_lane_by_lane(const NODE* node);
 // The first statement of a function that copies its parameters: a PCOMMA chain of assignments of
@@ -233,6 +290,7 @@ bool tree_is_arg_prolog(const NODE* tree);
 // Arguments are one tree or a left-leaning COMMA list. Lookup counts from 0; null if out of range.
 int arg_list_count(const NODE* args);
 NODE* arg_list_lookup(NODE* args, int k);
+std::vector<NODE*> arg_list_items(NODE* args); // all of them, first to last; for loops over them
 SYMTAB* get_callee_for_call(const NODE* call); // symbol of a direct call, else null
 // What the callee, by its symbol or by the pointer's type, expects; null without a prototype.
 const FUNC_PARTS* called_prototype(const NODE* call);
@@ -251,12 +309,6 @@ NODE* ASG_to_opASG(NODE* asg);
 NODE* opASG_to_ASG(NODE* asg);
 // Keeps what has effects; null if nothing has. The tree is consumed.
 NODE* peel_for_effect(NODE* tree);
-
-// Calls visit on every node, operands before their operator, left before right. The visitor may
-// change or replace the node by way of the reference, but not touch siblings.
-void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit);
-// The same in pre-order; a false result of the visitor keeps it out of the operands.
-void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit);
 
 // --- Printing
 // Prefix form as the text form of icode writes it: "ASG:int(i, PLUS:int(i, 1:int))".

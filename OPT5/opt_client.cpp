@@ -11,6 +11,7 @@
 #include "OPT5/stackshare.h"
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 #include "OPT5/verify.h"
 #include "OPT5/write.h"
@@ -29,17 +30,17 @@ namespace {
 // A block that is open while reading.
 struct OPEN_BLOCK {
   PSN* begin;
-  SYMTAB* symbols_at_begin; // newest symbol when the block opened
-  SYMTAB* symbols_at_end;   // newest one when its locals ended
+  std::vector<SYMTAB*> symbols; // declared in it
 };
 
 int lex; // current lexical level
 std::string curr_file;
 std::vector<OPEN_BLOCK> open_blocks;
 
-void note_pointers_declared_since(SYMTAB* end) {
-  for (SYMTAB* sym = currfuninfo->incoming; sym && sym != end; sym = sym->next)
+void close_innermost_block() {
+  for (SYMTAB* sym : open_blocks.back().symbols)
     find_or_make_PTR_entry(sym);
+  open_blocks.pop_back();
 }
 
 // A tree that breaks the shape rules: the file is damaged, or its maker is.
@@ -67,7 +68,7 @@ public:
                              PSN* psn, unsigned long location, unsigned option_set,
                              I_SYMTAB::RETENTION_POLICY policy) override {
     if (!type) type = tp->mk_void();
-    SYMTAB* sym = lex == 0 && max_threads > 0 ? new GLOBAL_SYM : new SYMTAB;
+    SYMTAB* sym = lex == 0 ? new_shared_symbol() : new SYMTAB;
     sym->name = safestrdup(name);
     sym->otype = type;
     sym->cpp_type = cpp_type;
@@ -98,6 +99,7 @@ public:
       enter_global_symbol(sym);
     } else if (currfunc) {
       if (lex == 1) sym->in_interface = true;
+      open_blocks.back().symbols.push_back(sym);
       sym->next = currfuninfo->incoming;
       currfuninfo->incoming = sym;
       LS* scope =
@@ -116,6 +118,7 @@ public:
       // New pragmas go to the head; a file's order is the reverse of the reading order then, so
       // those of one symbol are appended here to be written as they were read.
       auto* sym = static_cast<SYMTAB*>(owner);
+      if (pragma->kind == PRAGMA_SYNONYM) note_names_in_pragma(pragma);
       delete_stack_sharing_variable(sym); // it is spoken of by itself
       PRAGMA** tail = &sym->pragmas;
       while (*tail)
@@ -123,13 +126,14 @@ public:
       *tail = pragma;
       return;
     }
+    note_names_in_pragma(pragma);
     if (!currfunc) {
       o_file->if_write_pragma(pragma);
       delete pragma;
       return;
     }
     NODE* node = alloc_node(PPRAGMA, tp->mk_void());
-    node->pragma = pragma;
+    node->pragma = current_memory().own(pragma);
     add_statement(node, nullptr);
   }
 
@@ -167,7 +171,7 @@ public:
     currfuninfo->scope = LS::init(psn, sym);
     currfuninfo->header_comments.swap(comments_between_functions);
     lex = 1;
-    open_blocks = {{psn, nullptr, nullptr}}; // of the parameters and the outermost locals
+    open_blocks = {{psn, {}}}; // of the parameters and the outermost locals
   }
 
   void cl_end_args(PSN* psn) override {
@@ -179,13 +183,12 @@ public:
   void cl_end_locals(PSN* psn) override {
     if (!currfunc) return;
     if (open_blocks.size() == 1) currfuninfo->end_locals_psn = psn;
-    open_blocks.back().symbols_at_end = currfuninfo->incoming;
   }
 
   void cl_begin_block(PSN* psn) override {
     require_function();
     lex++;
-    open_blocks.push_back({psn, currfuninfo->incoming, nullptr});
+    open_blocks.push_back({psn, {}});
     currfuninfo->scope->open(psn, currfunc, 0);
     begin_stack_sharing_scope(lex);
   }
@@ -193,8 +196,7 @@ public:
   void cl_end_block(PSN* psn) override {
     require_function();
     lex--;
-    note_pointers_declared_since(open_blocks.back().symbols_at_begin);
-    open_blocks.pop_back();
+    close_innermost_block();
     currfuninfo->scope->close(psn, currfunc, 0);
     end_stack_sharing_scope();
   }
@@ -202,10 +204,8 @@ public:
   void cl_end_func(PSN* psn) override {
     require_function();
     functions.push_back(currfunc);
-    while (!open_blocks.empty()) {
-      note_pointers_declared_since(open_blocks.back().symbols_at_begin);
-      open_blocks.pop_back();
-    }
+    while (!open_blocks.empty())
+      close_innermost_block();
     lex = 0;
     finish_reading_function(psn, 3);
     currfunc = nullptr;
@@ -232,6 +232,7 @@ public:
   }
 
   void cl_inline_asm(char* text, PSN* psn) override {
+    note_names_in_text(text);
     if (currfunc)
       add_statement(text_statement(text, false), psn);
     else
@@ -254,10 +255,12 @@ public:
       eht.push_back({e->id, e->kind, e->region, e->count, {}, static_cast<NODE*>(e->cleanup)});
       if (e->catches) eht.back().catches = std::move(*e->catches);
       delete e->catches;
-      const NODE* cleanup = eht.back().cleanup;
+      NODE*& cleanup = eht.back().cleanup;
       if (!cleanup) continue;
       if (const char* fault = verify_statement(cleanup)) reject(cleanup, fault);
       note_calls(cleanup);
+      cleanup = expr_cleanup(cleanup);
+      currfuninfo->scope->initialize_scopes_and_ptrs_from_tree(cleanup);
     }
     if (eht.empty()) return;
     std::stable_sort(eht.begin(), eht.end(),
@@ -279,6 +282,7 @@ public:
 
 private:
   static constexpr unsigned EHT_ROOT_ID = 0;
+  static constexpr int PRAGMA_SYNONYM = 'N'; // of a function: names the one that it stands for
 
   static void require_function() {
     if (!currfunc) if_die(INVALID_RECORD);
@@ -288,9 +292,14 @@ private:
     currfuninfo->stmts = mkelist(tree, currfuninfo->stmts, psn);
   }
 
+  static void note_names_in_pragma(const PRAGMA* pragma) {
+    for (const std::string& arg : pragma->args)
+      note_names_in_text(arg.c_str());
+  }
+
   static NODE* text_statement(const char* text, bool is_comment) {
     NODE* node = alloc_node(ASM, tp->mk_void());
-    node->text = safestrdup(text);
+    node->text = current_memory().arena.copy_text(text);
     node->node_flags[NF_COMMENT] = is_comment;
     return node;
   }
@@ -313,8 +322,11 @@ private:
     });
   }
 
+  // What several functions may name.
+  static SYMTAB* new_shared_symbol() { return max_threads > 0 ? new GLOBAL_SYM : new SYMTAB; }
+
   static SYMTAB* make_implicit_symbol(const char* name) {
-    auto* sym = new SYMTAB;
+    SYMTAB* sym = new_shared_symbol();
     sym->name = safestrdup(name);
     sym->type = sym->otype = sym->cpp_type = tp->mk_plain_int();
     sym->size = sym->type->size;

@@ -5,7 +5,6 @@
 #include "OPT5/symbol.h"
 
 #include <cstdio>
-#include <list>
 #include <map>
 #include <string>
 #include <vector>
@@ -35,9 +34,28 @@ public:
   bool is_barrier() const override { return true; }
 };
 
-extern std::vector<pass*> normal_order;                 // every step in table order
-extern std::vector<pass*> permuted_order;               // what is run
-extern std::map<SYMTAB*, std::list<pass*>> steps_table; // what is still to be run, by function
+extern std::vector<pass*> normal_order;   // every step in table order
+extern std::vector<pass*> permuted_order; // what is run
+
+// What is still to be run for a function: the rest of permuted_order, which all functions share,
+// and behind it the output step where it was appended.
+class step_list {
+public:
+  bool empty() const { return size() == 0; }
+  size_t size() const { return permuted_order.size() - next + (last != nullptr); }
+  pass* front() const { return next < permuted_order.size() ? permuted_order[next] : last; }
+  void pop_front();
+  void append(pass* output) { last = output; } // one at most
+  void remove_barriers();
+
+private:
+  size_t next = 0; // in permuted_order
+  bool without_barriers = false;
+  pass* last = nullptr;
+
+  void skip_barriers();
+};
+extern std::map<SYMTAB*, step_list> steps_table; // by function
 extern std::vector<SYMTAB*> unsuppressed_functions;
 extern int max_threads; // 0 is serial
 
@@ -54,7 +72,7 @@ class FUNINFO;
 void unsuppress_inline_function(FUNINFO* fi);
 
 // Runs a function's list up to the next barrier.
-void run_steps(SYMTAB* sym, std::list<pass*>& steps);
+void run_steps(SYMTAB* sym, step_list& steps);
 // Fills the lists and runs them, in parallel where asked, up to and including the output steps.
 void run_all_steps();
 void choose_thread_count();

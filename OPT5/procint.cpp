@@ -13,4 +13,9 @@ void preprocess_fundef(FUNINFO* fi) {
   for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
     for (const LIST* s = bb->statements; s; s = s->next)
       scan_for_funinfo(s->tree, 0, fi, 0);
+  for (const EHT_ITEM& item : fi->eht) {
+    if (item.cleanup) scan_for_funinfo(item.cleanup, 0, fi, 0);
+    for (const I_CATCH_ENTRY& type : item.catches)
+      note_names_in_text(type.type_name.c_str());
+  }
 }

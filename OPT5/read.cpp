@@ -10,6 +10,7 @@
 #include "OPT5/simp1.h"
 #include "OPT5/simpcfg.h"
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
 static const int PRAGMA_RETURNS_BY_CCTOR = 'Q';
@@ -34,11 +35,11 @@ static void reduce_local_storage(FUNINFO* fi) {
   }
 }
 
-static void simplify_statements(FUNINFO* fi) {
-  for (LIST* s = fi->stmts; s; s = s->next) {
-    walk_postorder(s->tree, fix_BIF_types);
-    s->tree = simp_tree(s->tree, nullptr);
-  }
+static void simplify_trees(FUNINFO* fi) {
+  visit_all_trees(fi, [](NODE*& tree) {
+    walk_postorder(tree, fix_BIF_types);
+    tree = simp_tree(tree, nullptr);
+  });
 }
 
 // A void function that builds its result through its first parameter keeps that pointer in a
@@ -94,7 +95,7 @@ void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
       });
   if (fi->builtins_have_state) promote_ICALLs_with_state(fi);
   disguise_floating_point_operations();
-  simplify_statements(fi);
+  simplify_trees(fi);
   check_for_synonym_function_in_pass_1();
   check_integrable_definition(fi);
   mark_copy_constructor_result(fi);
@@ -103,8 +104,6 @@ void finish_reading_function(PSN* end_psn, unsigned open_scopes) {
   simpcfg(false, false);
   fast_CP(4, 1);
   preprocess_fundef(fi);
-  for (std::vector<bool>& sites : fi->call_sites)
-    sites.resize(unique_call_index + 1);
   init_ipcp_for_fun();
   if (do_IP_MVP) init_IP_MVP_for_current_function();
   identify_fl_statics_safe_for_auto();

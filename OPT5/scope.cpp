@@ -3,6 +3,7 @@
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 
 LS* LS::init(PSN* psn, SYMTAB* func) {
   auto* root = new LS;
@@ -127,18 +128,16 @@ void LS::add_symbol(SYMTAB* sym) {
 }
 
 void LS::assign_scope_to_tree(NODE* tree) {
-  if (!tree) return;
-  walk_preorder(tree, [this](const NODE* node) {
-    const_cast<NODE*>(node)->ls = this;
+  walk_preorder(tree, [this](NODE* node) {
+    node->ls = this;
     return true;
   });
 }
 
 void LS::initialize_scopes_and_ptrs_from_tree(NODE* tree) {
   LS* inner = innermost_open();
-  walk_preorder(tree, [inner](const NODE* node) {
-    auto* place = const_cast<NODE*>(node);
-    place->ls = node->op == NAME && node->u.sym && node->u.sym->scope ? node->u.sym->scope : inner;
+  walk_preorder(tree, [inner](NODE* node) {
+    node->ls = node->op == NAME && node->u.sym && node->u.sym->scope ? node->u.sym->scope : inner;
     return true;
   });
 }

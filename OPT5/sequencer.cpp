@@ -19,11 +19,13 @@
 
 #include <algorithm>
 #include <ctime>
+#include <exception>
 #include <future>
 #include <mutex>
 #include <thread>
+#include <unordered_set>
 
-std::map<SYMTAB*, std::list<pass*>> steps_table;
+std::map<SYMTAB*, step_list> steps_table;
 std::vector<SYMTAB*> unsuppressed_functions;
 int max_threads;
 
@@ -45,16 +47,38 @@ void choose_thread_count() {
 }
 
 // ---------------------------------------------------------------------------------------------
+// Step lists
+
+void step_list::pop_front() {
+  if (next < permuted_order.size())
+    next++;
+  else
+    last = nullptr;
+  if (without_barriers) skip_barriers();
+}
+
+void step_list::remove_barriers() {
+  without_barriers = true;
+  skip_barriers();
+}
+
+void step_list::skip_barriers() {
+  while (next < permuted_order.size() && permuted_order[next]->is_barrier())
+    next++;
+}
+
+// ---------------------------------------------------------------------------------------------
 // One step
 
 static void banner(const char* before, const char* what, const pass* p) {
+  if (!FDEBUG) return;
   print_if_debug("%s\t\t\t---------- %s step %d '%s' ----------\n", before, what,
                  static_cast<int>(p->serial()), p->name().c_str());
   flush_debug();
 }
 
 static void print_graph() {
-  if (currfuninfo && currfuninfo->bb_list) prbbinfix();
+  if (FDEBUG && currfuninfo && currfuninfo->bb_list) prbbinfix();
 }
 
 void pass::run() {
@@ -118,7 +142,7 @@ void dump_function_header() {
 
 } // namespace
 
-void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
+void run_steps(SYMTAB* sym, step_list& steps) {
   if (steps.empty() || steps.front()->is_barrier()) return;
   currfuninfo = make_FUNINFO(sym);
   currfunc = sym;
@@ -132,7 +156,7 @@ void run_steps(SYMTAB* sym, std::list<pass*>& steps) {
   if (currfuninfo->has_property(FP_ON_UNSUPPRESSED) && print_debug && opt_level() >= 3)
     print_if_debug("\n!!! %s() (%s) must be unsuppressed !!!\n\n", sym->name,
                    sym->type->str().c_str());
-  std::list<pass*>& passes = steps;
+  step_list& passes = steps;
   while (!passes.empty() && !passes.front()->is_barrier()) {
     passes.front()->run();
     passes.pop_front();
@@ -162,12 +186,28 @@ static void run_queued_function(SYMTAB* sym) {
   finfo = kept;
 }
 
+// What a worker takes over from the thread that starts it, as it is at that moment.
+struct FILE_MODES {
+  int closed_to_callers = no_outside_callers, closed_to_writers = no_outside_writers;
+};
+
+// The first failure of a worker. The run ends with it, and names its function.
+static std::exception_ptr first_failure; // under abort_lock
+
+static bool note_failure(SYMTAB* sym) {
+  const std::lock_guard<std::mutex> hold(abort_lock);
+  if (first_failure) return false;
+  first_failure = std::current_exception();
+  currfunc_at_abort = sym;
+  return true;
+}
+
 // The body of each parallel thread: takes functions from the queue until it is empty.
-static void worker() {
+static void worker(FILE_MODES modes) {
   give_thread_a_signal_stack();
   chars_alias_other_types = caot_ref;
-  no_outside_callers = file_closed_to_callers;
-  no_outside_writers = file_closed_to_writers;
+  no_outside_callers = modes.closed_to_callers;
+  no_outside_writers = modes.closed_to_writers;
   FDEBUG = fdebug_ref;
   for (;;) {
     SYMTAB* sym;
@@ -180,15 +220,15 @@ static void worker() {
     try {
       run_queued_function(sym);
     } catch (...) {
-      currfunc_at_abort = sym;
-      throw;
+      if (note_failure(sym)) throw;
+      return; // the run ends with the other one
     }
   }
 }
 
 static bool all_wait_at_a_barrier() {
   return std::all_of(functions.begin(), functions.end(), [](SYMTAB* sym) {
-    const std::list<pass*>& steps = steps_table[sym];
+    const step_list& steps = steps_table[sym];
     return !steps.empty() && steps.front()->is_barrier();
   });
 }
@@ -203,8 +243,9 @@ static void run_to_barrier() {
   functions_queue = functions;
   std::vector<std::future<void>> tasks;
   const size_t count = std::min(functions.size(), static_cast<size_t>(max_threads));
+  first_failure = nullptr;
   for (size_t k = 0; k < count; k++)
-    tasks.push_back(std::async(std::launch::async, worker));
+    tasks.push_back(std::async(std::launch::async, worker, FILE_MODES{}));
   for (std::future<void>& task : tasks)
     task.get();
 }
@@ -212,16 +253,17 @@ static void run_to_barrier() {
 static void take_in_unsuppressed_functions() {
   for (size_t k = 0; k < unsuppressed_functions.size(); k++)
     run_steps(unsuppressed_functions[k], steps_table[unsuppressed_functions[k]]);
-  for (SYMTAB* sym : unsuppressed_functions)
-    if (std::find(functions.begin(), functions.end(), sym) == functions.end())
-      functions.push_back(sym);
+  if (unsuppressed_functions.empty()) return;
+  const std::unordered_set<SYMTAB*> present(functions.begin(), functions.end());
+  for (SYMTAB* sym : unsuppressed_functions) // of which none is in twice
+    if (!present.count(sym)) functions.push_back(sym);
   unsuppressed_functions.clear();
 }
 
 static pass* take_barrier() {
   pass* barrier = nullptr;
   for (SYMTAB* sym : functions) {
-    std::list<pass*>& passes = steps_table[sym];
+    step_list& passes = steps_table[sym];
     if (passes.empty()) continue;
     CHECK(passes.front()->is_barrier());
     if (!barrier) barrier = passes.front();
@@ -242,10 +284,9 @@ static void write_deferred_texts(FUNINFO* fi) {
 void run_all_steps() {
   pass* output = make_output_pass();
   for (SYMTAB* sym : functions) {
-    std::list<pass*>& list = steps_table[sym];
-    list.insert(list.end(), permuted_order.begin(), permuted_order.end());
+    step_list& list = steps_table[sym];
     CHECK(steps_table[sym].size() == permuted_order.size());
-    if (max_threads == 0) list.push_back(output);
+    if (max_threads == 0) list.append(output);
     if (pass_debug_split_odb && print_debug) {
       FILE* kept = FDEBUG;
       open_debug_file(0, sym->name, "w");
@@ -269,13 +310,14 @@ void run_all_steps() {
   if (max_threads == 0) return;
   for (SYMTAB* sym : functions) {
     write_deferred_texts(make_FUNINFO(sym));
-    std::list<pass*> last{output};
-    run_steps(sym, last);
+    step_list& rest = steps_table[sym]; // at its end by now
+    rest.append(output);
+    run_steps(sym, rest);
   }
   for (size_t k = 0; k < unsuppressed_functions.size(); k++) { // may grow meanwhile
-    std::list<pass*>& list = steps_table[unsuppressed_functions[k]];
-    list.push_back(output);
-    list.remove_if([](const pass* p) { return p->is_barrier(); });
+    step_list& list = steps_table[unsuppressed_functions[k]];
+    list.append(output);
+    list.remove_barriers();
     run_steps(unsuppressed_functions[k], list);
   }
 }

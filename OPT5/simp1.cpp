@@ -2,6 +2,7 @@
 
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
+#include "OPT5/treewalk.h"
 
 #include <cstring>
 
@@ -85,7 +86,5 @@ NODE* unsimplify_tree(NODE* tree) {
 }
 
 void unsimplify() {
-  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
-    for (LIST* s = bb->statements; s; s = s->next)
-      s->tree = unsimplify_tree(s->tree);
+  visit_all_trees(currfuninfo, [](NODE*& tree) { tree = unsimplify_tree(tree); });
 }

@@ -4,6 +4,7 @@
 #include "OPT5/funinfo.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ static std::mutex mdata_lock; // member data that is added to the type package
 static constexpr int DEEPEST_SCOPE = 16;
 // Objects beyond are no stack's, and sums of their sizes would not fit in a number.
 static constexpr unsigned long LARGEST_OBJECT = 1UL << 40; // bits
+static constexpr long LARGEST_OFFSET = INT32_MAX;          // of a member, in bits
 static constexpr unsigned LARGEST_ALIGN = 1U << 20;        // bits
 
 // ---------------------------------------------------------------------------------------------
@@ -331,7 +333,7 @@ void build_stack_sharing_type() {
     for (const SYMTAB* sym : scopes[k]->variables)
       unshared += static_cast<long>(sym->size);
   }
-  if (root->size < unshared) {
+  if (root->size < unshared && root->size <= LARGEST_OFFSET) {
     LAYOUT layout;
     TYPE* type;
     {

@@ -44,6 +44,8 @@ struct isym_hash {
 std::mutex intern_lock;
 std::unordered_set<INTERNED_SYM, isym_hash> intern_hash;
 
+std::vector<SYMTAB*> alias_exceptions; // of file scope, in a serial run
+
 } // namespace
 
 SYMTAB::SYMTAB() : serial(next_serial++) {
@@ -69,9 +71,11 @@ void init_symbols() {
 void erase_all_symbols() {
   for (SYMTAB* sym : all_symbols)
     delete sym;
+  erase_unit_memory();
   all_symbols.clear();
   globals_by_name.clear();
   intern_hash.clear();
+  alias_exceptions.clear();
   init_symbols();
 }
 
@@ -111,48 +115,69 @@ SYMTAB* find_global_symbol(const char* name) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// What a threaded run keeps per function
+// Alias marks, and what a threaded run keeps per function
+
+void SYMTAB::set_is_aliased(bool v) {
+  const bool was_exception = alias_exception;
+  alias_exception = v != aliased_by_default();
+  if (level == 0 && alias_exception && !was_exception) alias_exceptions.push_back(this);
+}
+
+void reset_alias_exceptions() {
+  for (SYMTAB* sym : alias_exceptions)
+    sym->set_is_aliased(sym->aliased_by_default());
+  alias_exceptions.clear();
+  for (auto& [sym, marks] : currfuninfo->global_marks)
+    marks.aliased = sym->aliased_by_default();
+}
 
 static FUNINFO* record_of_current_function() {
   CHECK(currfuninfo != NULL);
   return currfuninfo;
 }
 
-template <class V> static auto slot_of(V& values, int index) {
-  if (values.size() <= static_cast<size_t>(index)) values.resize(index + 1);
-  return values.begin() + index;
+GLOBAL_MARKS GLOBAL_SYM::marks() const {
+  const auto& all = record_of_current_function()->global_marks;
+  const auto place = all.find(this);
+  return place == all.end() ? GLOBAL_MARKS{aliased_by_default()} : place->second;
+}
+
+GLOBAL_MARKS& GLOBAL_SYM::own_marks() {
+  return record_of_current_function()
+      ->global_marks.try_emplace(this, GLOBAL_MARKS{aliased_by_default()})
+      .first->second;
 }
 
 bool GLOBAL_SYM::is_aliased() const {
-  return *slot_of(record_of_current_function()->aliased, index);
+  return marks().aliased;
 }
 short GLOBAL_SYM::bitnum() const {
-  return *slot_of(record_of_current_function()->bitnums, index);
+  return marks().bitnum;
 }
 long GLOBAL_SYM::depnum() const {
-  return *slot_of(record_of_current_function()->depnums, index);
+  return marks().depnum;
 }
 bool GLOBAL_SYM::is_under_ARGREF() const {
-  return *slot_of(record_of_current_function()->under_ARGREF, index);
+  return marks().under_ARGREF;
 }
 void GLOBAL_SYM::set_is_aliased(bool v) {
-  *slot_of(record_of_current_function()->aliased, index) = v;
+  own_marks().aliased = v;
 }
 void GLOBAL_SYM::set_bitnum(short v) {
-  *slot_of(record_of_current_function()->bitnums, index) = v;
+  own_marks().bitnum = v;
 }
 void GLOBAL_SYM::inc_bitnum() {
-  auto slot = slot_of(record_of_current_function()->bitnums, index);
-  *slot += *slot < 32767;
+  short& number = own_marks().bitnum;
+  number += number < 32767;
 }
 void GLOBAL_SYM::set_depnum(long v) {
-  *slot_of(record_of_current_function()->depnums, index) = v;
+  own_marks().depnum = v;
 }
 void GLOBAL_SYM::inc_depnum() {
-  ++*slot_of(record_of_current_function()->depnums, index);
+  own_marks().depnum++;
 }
 void GLOBAL_SYM::set_is_under_ARGREF(bool v) {
-  *slot_of(record_of_current_function()->under_ARGREF, index) = v;
+  own_marks().under_ARGREF = v;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -82,11 +82,11 @@ public:
   unsigned sym_level() const override { return level; }
   void set_level(unsigned l) override { level = l; }
   void set_location(unsigned l) override { location = l; }
-  bool is_aliased() const override { return aliased; }
+  bool is_aliased() const override { return alias_exception != aliased_by_default(); }
   short bitnum() const override { return bit_number; }
   long depnum() const override { return dep_number; }
   bool is_under_ARGREF() const override { return under_ARGREF; }
-  void set_is_aliased(bool v) override { aliased = v; }
+  void set_is_aliased(bool v) override;
   void set_bitnum(short v) override { bit_number = v; }
   void inc_bitnum() override { bit_number += bit_number < 32767; } // counts stick at the top
   void set_depnum(long v) override { dep_number = v; }
@@ -95,15 +95,18 @@ public:
   void set_init_list(std::list<BASE_NODE*> roots) override;
 
   bool is_local() const { return level != 0; }
+  // What holds as long as nothing is known of a function: data of file scope may be reached by way
+  // of pointers unless its address is never taken, a local may not.
+  bool aliased_by_default() const { return level == 0 && !(cqual & CQ_NO_ADDRESS); }
 
 private:
-  bool aliased = false, under_ARGREF = false;
+  bool alias_exception = false, under_ARGREF = false;
   short bit_number = 0;
   long dep_number = 0;
 };
 
 // A symbol of file scope in a threaded run: what differs from function to function is kept in the
-// current FUNINFO, by the symbol's index.
+// current FUNINFO.
 class GLOBAL_SYM : public SYMTAB {
 public:
   bool is_aliased() const override;
@@ -116,7 +119,15 @@ public:
   void set_depnum(long) override;
   void inc_depnum() override;
   void set_is_under_ARGREF(bool) override;
+
+private:
+  struct GLOBAL_MARKS marks() const;
+  struct GLOBAL_MARKS& own_marks(); // made when there are none
 };
+
+// The symbols of file scope that the current function found to be aliased, or not, against the
+// default return to it.
+void reset_alias_exceptions();
 
 struct SYMLIST {
   SYMTAB* sym;

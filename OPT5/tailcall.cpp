@@ -12,6 +12,8 @@
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
+#include "OPT5/treewalk.h"
+#include "OPT5/types.h"
 
 #include <algorithm>
 #include <cstring>
@@ -19,6 +21,9 @@
 #include <vector>
 
 namespace {
+
+// Blocks that do nothing, from a call to the exit. More are in no program, and each call looks.
+constexpr size_t LONGEST_WAY_OUT = 16;
 
 // A self-call that is the last thing its block does.
 struct TAIL_CALL {
@@ -80,12 +85,22 @@ bool is_self_call(const NODE* call, const FUNINFO* fi) {
          call->eh_entry == 0 && call->vargs == 0;
 }
 
-bool find_tail_call(const BBLK* bb, const FUNINFO* fi, TAIL_CALL& found) {
-  if (bb->successors) {
-    if (bb->successors->rest) return false;
-    const LIST* exit_first = bb->successors->first->statements;
-    if (!exit_first || exit_first->tree->op != URETURN) return false;
+// Is the end of the block, with no value, all that follows? A return from the middle and the end of
+// the body are blocks of their own, which hold nothing but their branch.
+bool leads_to_return(const BBLK* bb) {
+  for (size_t steps = 0; bb->successors; steps++) {
+    if (bb->successors->rest || steps > LONGEST_WAY_OUT) return false;
+    bb = bb->successors->first;
+    const LIST* first = bb->statements;
+    if (!first) return false;
+    if (first->tree->op == URETURN) return true;
+    if (first->tree->op != BRANCH) return false;
   }
+  return true;
+}
+
+bool find_tail_call(const BBLK* bb, const FUNINFO* fi, TAIL_CALL& found) {
+  if (!leads_to_return(bb)) return false;
   LIST *last = nullptr, *before = nullptr;
   for (LIST* s = bb->statements; s; s = s->next)
     before = last, last = s;
@@ -97,12 +112,18 @@ bool find_tail_call(const BBLK* bb, const FUNINFO* fi, TAIL_CALL& found) {
   return is_self_call(found.call, fi);
 }
 
+// Does a value of the one type serve as one of the other? A symbol's type is normalised, an
+// argument's is as it was written.
+bool is_same_value_type(TYPE* a, TYPE* b) {
+  return compatible_types(a, b) || normalized_underlying_type(a) == normalized_underlying_type(b);
+}
+
 bool arguments_match(NODE* call, const std::vector<SYMTAB*>& homes) {
-  NODE* args = get_arguments_to_call(call);
-  if (arg_list_count(args) != static_cast<int>(homes.size())) return false;
+  const std::vector<NODE*> args = arg_list_items(get_arguments_to_call(call));
+  if (args.size() != homes.size()) return false;
   for (size_t k = 0; k < homes.size(); k++) {
-    const NODE* arg = arg_list_lookup(args, static_cast<int>(k));
-    if (arg->op == ARGREF || !compatible_types(arg->type, homes[k]->type)) return false;
+    const NODE* arg = args[k];
+    if (arg->op == ARGREF || !is_same_value_type(arg->type, homes[k]->type)) return false;
   }
   return true;
 }
@@ -183,7 +204,7 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
 
 NODE* comment_statement(const std::string& text) {
   NODE* node = alloc_node(ASM, tp->mk_void());
-  node->text = safestrdup(text.c_str());
+  node->text = current_memory().arena.copy_text(text.c_str());
   node->node_flags[NF_COMMENT] = 1;
   return node;
 }
@@ -200,13 +221,11 @@ void replace_call(BBLK* bb, const TAIL_CALL& found, const std::vector<SYMTAB*>& 
                  psn ? static_cast<long>(psn->line) : 0L, tree_text(found.call).c_str());
 
   // Take the arguments out of the call; those with effects are evaluated first, in their order.
-  NODE* args = get_arguments_to_call(found.call);
+  const std::vector<NODE*> args = arg_list_items(get_arguments_to_call(found.call));
   std::vector<PENDING> pending;
-  bool effects = false;
-  for (size_t k = 0; k < homes.size(); k++)
-    effects |= tree_has_side_effects(arg_list_lookup(args, static_cast<int>(k)));
+  const bool effects = std::any_of(args.begin(), args.end(), tree_has_side_effects);
   for (size_t k = 0; k < homes.size(); k++) {
-    NODE* arg = copy_tree(arg_list_lookup(args, static_cast<int>(k)), true);
+    NODE* arg = copy_tree(args[k], true);
     if (arg->op == STARG) {
       NODE* aggregate = arg->left;
       arg->left = nullptr;

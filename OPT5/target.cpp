@@ -1,4 +1,5 @@
 #include "OPT5/target.h"
+#include "OPT5/treewalk.h"
 
 #include <set>
 #include <string>
@@ -17,11 +18,12 @@ bool builtin_has_state(const char* name) {
 void fix_BIF_types(NODE*&) {} // built-ins are generic in their operand types
 
 void promote_ICALLs_with_state(FUNINFO* fi) {
-  for (LIST* s = fi->stmts; s; s = s->next)
-    walk_postorder(s->tree, [](NODE*& node) {
+  visit_all_trees(fi, [](NODE*& tree) {
+    walk_postorder(tree, [](NODE*& node) {
       if ((node->op == ICALL || node->op == UICALL) && builtin_has_state(node->u.callee))
         node->op = node->op == ICALL ? MCALL : UMCALL;
     });
+  });
 }
 
 // Passes see vector and floating operators as they are: there is nothing to hide yet.

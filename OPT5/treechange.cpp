@@ -3,6 +3,7 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/types.h"
 
 #include <cstring>
@@ -198,7 +199,7 @@ NODE* ASG_to_opASG(NODE* asg) {
   if (!trees_are_congruent(asg->left, value->left)) return asg;
   // The operator-assignment computes in the usual common type; a value computed in another one
   // would be another value.
-  TYPE* common = value->op == SLL || value->op == SRL ? promoted_type(asg->left->type)
+  TYPE* common = value->op == SLL || value->op == SRL ? promoted_type(asg->left)
                                                       : combined_type(asg->left, value->right);
   if (!asg->left->type->is_pointer() && !compatible_types(common, value->type)) return asg;
   asg->op = op_asg;
@@ -250,7 +251,7 @@ NODE* opASG_to_ASG(NODE* asg) {
   if (!type->is_pointer() && !type->is_vector() &&
       !(type->is_float() && asg->right->type->is_float())) {
     if (op == SRL || op == SLL)
-      type = promoted_type(type);
+      type = promoted_type(target);
     else
       type = combined_type(target, asg->right);
   } else if (type->is_float()) {

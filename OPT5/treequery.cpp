@@ -4,39 +4,9 @@
 #include "OPT5/node.h"
 #include "OPT5/optables.h"
 #include "OPT5/symbol.h"
-#include "support/small_stack.h"
+#include "OPT5/treewalk.h"
 
 #include <cstring>
-
-void walk_preorder(const NODE* tree, const std::function<bool(const NODE*)>& visit) {
-  small_stack<const NODE*> rights; // of the left spine, to be entered from the bottom up
-  for (const NODE* node = tree; node && visit(node); node = node->left)
-    if (node->right) rights.push_back(node->right);
-  for (; !rights.empty(); rights.pop_back())
-    walk_preorder(rights.back(), visit);
-}
-
-void walk_postorder(NODE*& tree, const std::function<void(NODE*&)>& visit) {
-  if (!tree) return;
-  // The left spine, root first; then upwards, each right side before its node.
-  small_stack<NODE**> spine;
-  for (NODE** place = &tree; *place; place = &(*place)->left)
-    spine.push_back(place);
-  while (!spine.empty()) {
-    NODE** place = spine.back();
-    spine.pop_back();
-    if ((*place)->right) walk_postorder((*place)->right, visit);
-    visit(*place);
-  }
-}
-
-bool tree_contains_matching_node(const NODE* tree, const std::function<bool(const NODE*)>& match) {
-  for (const NODE* node = tree; node; node = node->left) {
-    if (match(node)) return true;
-    if (node->right && tree_contains_matching_node(node->right, match)) return true;
-  }
-  return false;
-}
 
 bool opcode_is_ASG(int op) {
   return op == ASG || op == STASG || op == ARASG || op == PLUSPLUS || op == MINMIN ||
@@ -91,21 +61,38 @@ bool expr_is_constant(const NODE* tree) {
 }
 
 bool expr_is_globally_evaluable(const NODE* tree) {
-  switch (tree->op) {
-  case PLUS:
-  case MINUS:
-    return tree->type->is_pointer()
-               ? expr_is_globally_evaluable(tree->left) && expr_is_constant(tree->right)
-               : expr_is_constant(tree);
-  case PCONV:
-  case ISP2CHAR: return expr_is_globally_evaluable(tree->left);
-  case UAND: {
-    const NODE* place = tree->left;
-    while (place->op == STDOT)
-      place = place->left;
-    return place->op == NAME && place->u.sym && place->u.sym->level == 0;
+  for (;;) {
+    switch (tree->op) {
+    case PLUS:
+    case MINUS:
+      if (!tree->type->is_pointer()) return expr_is_constant(tree);
+      if (!expr_is_constant(tree->right)) { // the constant of a sum may be on either side
+        if (tree->op == MINUS || !expr_is_constant(tree->left)) return false;
+        tree = tree->right;
+        continue;
+      }
+      [[fallthrough]];
+    case PCONV:
+    case ISP2CHAR: tree = tree->left; continue;
+    case UAND: {
+      const NODE* place = tree->left;
+      while (place->op == STDOT)
+        place = place->left;
+      return place->op == NAME && place->u.sym && place->u.sym->level == 0;
+    }
+    default: return expr_is_constant(tree);
+    }
   }
-  default: return expr_is_constant(tree);
+}
+
+const fkMDATA* bit_field_of(const NODE* node) {
+  switch (node->op) {
+  case STDOT:
+  case STREF:
+  case STFIELD: return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
+  case ASG: return bit_field_of(node->left);
+  case COMMAOP: return bit_field_of(node->right);
+  default: return is_operator_assignment(node->op) ? bit_field_of(node->left) : nullptr;
   }
 }
 
@@ -181,6 +168,13 @@ NODE* arg_list_lookup(NODE* args, int k) {
   for (; steps; steps--)
     args = args->left;
   return args->op == COMMA ? args->right : args;
+}
+
+std::vector<NODE*> arg_list_items(NODE* args) {
+  std::vector<NODE*> items(static_cast<size_t>(arg_list_count(args)));
+  for (size_t k = items.size(); k-- > 0; args = args->left)
+    items[k] = k ? args->right : args;
+  return items;
 }
 
 SYMTAB* get_callee_for_call(const NODE* call) {

@@ -173,33 +173,82 @@ bool type_may_contain_volatile(TYPE* t) {
   return volatility[t] = found;
 }
 
-bool bits_of_var_are_immutable(TYPE* type, int first_bit, int bits, bool initialised) {
-  if (!initialised || type->is_volatile()) return false;
-  if (type->is_const()) return true;
-  TYPE* bare = type->underlying_type();
-  if (bare->is_array() && bare->elem_type()->is_const()) return !type_may_contain_volatile(bare);
-  if (!bare->is_csu() || bare->is_union()) return false;
-  for (const fkMDATA* member : bare->csu_parts()->members) {
-    const long width =
-        member->is_bitfield() ? member->bit_size : static_cast<long>(member->type->size);
-    if (member->bit_offset <= first_bit && first_bit + bits <= member->bit_offset + width)
-      return member->type->is_const() && !member->type->is_volatile();
+// Which flag of a record says `mutable` is the front end's business.
+static bool may_be_mutable(const fkMDATA* member) {
+  return member->flags[0] || member->flags[1] || member->flags[2];
+}
+
+static bool bits_are_immutable(TYPE* type, long first, long bits, bool is_const);
+
+// The part of the range that lies in an object of `type` at bit `at`; true if there is none.
+static bool part_is_immutable(TYPE* type, long at, long size, long first, long bits,
+                              bool is_const) {
+  const long begin = std::max(first, at), end = std::min(first + bits, at + size);
+  return begin >= end || bits_are_immutable(type, begin - at, end - begin, is_const);
+}
+
+static bool class_bits_are_immutable(const TYPE* csu, long first, long bits, bool is_const) {
+  const CSU_PARTS* parts = csu->csu_parts();
+  if (!parts->complete) return false;
+  bool is_within_member = false;
+  for (const TYPE_BASE_CLASS& base : parts->bases) {
+    // Where the object of a virtual base lies depends on the whole.
+    const bool known = base.type && !base.is_virtual;
+    if (!known || !part_is_immutable(base.type, base.offset, static_cast<long>(base.type->size),
+                                     first, bits, is_const))
+      return false;
   }
-  return false;
+  for (const fkMDATA* member : parts->members) {
+    const long at = member->bit_offset;
+    const long size =
+        member->is_bitfield() ? member->bit_size : static_cast<long>(member->type->size);
+    if (first + bits <= at || at + size <= first) continue;
+    if (may_be_mutable(member) || !part_is_immutable(member->type, at, size, first, bits, is_const))
+      return false;
+    is_within_member |= at <= first && first + bits <= at + size;
+  }
+  // An object that isn't constant may be overwritten as a whole, gaps included; so may a union's
+  // other members.
+  return is_const || (is_within_member && !csu->is_union());
+}
+
+static bool bits_are_immutable(TYPE* type, long first, long bits, bool is_const) {
+  if (type->is_volatile() || type->is_unknown()) return false;
+  is_const |= type->is_const();
+  TYPE* bare = type->underlying_type();
+  if (bare->is_csu()) return class_bits_are_immutable(bare, first, bits, is_const);
+  if (bare->kind != TYPE::K_ARRAY) return is_const;
+  TYPE* element = bare->elem_type();
+  const long size = static_cast<long>(element->size);
+  if (size == 0) return false;
+  const bool is_within_one = first / size == (first + bits - 1) / size;
+  return is_within_one ? bits_are_immutable(element, first % size, bits, is_const)
+                       : bits_are_immutable(element, 0, size, is_const);
+}
+
+bool bits_of_var_are_immutable(TYPE* type, int first_bit, int bits, bool initialised) {
+  return initialised && bits_are_immutable(type, first_bit, bits, false);
+}
+
+// Is the object as a whole declared constant?
+static bool is_declared_const(const TYPE* type) {
+  return type->is_const() || (type->is_array() && type->underlying_type()->elem_type()->is_const());
 }
 
 bool symbol_is_immutable(const SYMTAB* sym) {
-  if (sym->type->is_volatile()) return false;
-  if (sym->type->is_const()) return !type_may_contain_volatile(sym->type);
-  return sym->type->is_array() && sym->type->underlying_type()->elem_type()->is_const() &&
-         !type_may_contain_volatile(sym->type);
+  return is_declared_const(sym->type) &&
+         bits_are_immutable(sym->type, 0, static_cast<long>(sym->type->size), false);
 }
 
 bool lvalue_is_immutable(const NODE* lvalue) {
-  for (const NODE* node = lvalue; node->op == STDOT || node->op == NAME; node = node->left) {
-    if (node->op == NAME) return node->u.sym && symbol_is_immutable(node->u.sym);
-    if (node->type->is_volatile()) return false;
-    if (node->right->mval->flags[1]) return false; // declared mutable
+  const fkMDATA* field = bit_field_of(lvalue);
+  const long bits = field ? field->bit_size : static_cast<long>(lvalue->type->size);
+  long first = 0;
+  const NODE* place = lvalue;
+  for (; place->op == STDOT; place = place->left) {
+    if (place->type->is_volatile()) return false;
+    first += place->right->mval->bit_offset;
   }
-  return false;
+  return place->op == NAME && place->u.sym && is_declared_const(place->u.sym->type) &&
+         bits_are_immutable(place->u.sym->type, first, bits, false);
 }

@@ -1,6 +1,7 @@
 // Types of expressions, and conversions of trees between them.
 
 #include "OPT5/types.h"
+#include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
 #include "OPT5/fold.h"
@@ -18,6 +19,13 @@ TYPE* promoted_type(TYPE* t) {
   return t->is_int() ? tp->c_integral_promotions(t) : t->underlying_type();
 }
 
+TYPE* promoted_type(const NODE* tree) {
+  const fkMDATA* field = tree->type->is_int_or_enum() ? bit_field_of(tree) : nullptr;
+  TYPE* plain = tp->mk_plain_int();
+  if (!field || field->bit_size > plain->size) return promoted_type(tree->type);
+  return field->bit_size < plain->size || tree->type->is_signed() ? plain : tp->mk_plain_uint();
+}
+
 TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
   if (a->is_pointer()) return a;
   if (b->is_pointer()) return b;
@@ -28,7 +36,10 @@ TYPE* combined_type_for_types(TYPE* a, TYPE* b) {
 }
 
 TYPE* combined_type(const NODE* a, const NODE* b) {
-  return combined_type_for_types(a->type, b->type);
+  auto type_of = [](const NODE* tree) {
+    return bit_field_of(tree) ? promoted_type(tree) : tree->type;
+  };
+  return combined_type_for_types(type_of(a), type_of(b));
 }
 
 TYPE* next_wider_type(TYPE* t) {
@@ -79,12 +90,25 @@ TYPE* essential_type(TYPE* t) {
 // ---------------------------------------------------------------------------------------------
 // Values
 
+static bool is_one_icon(const NODE* tree) {
+  return tree->op == ICON && tree->ival == INT65(1);
+}
+
+// Is 1 a value of the type, or of the bit-field that the tree gives? Not of one signed bit.
+static bool can_be_one(const NODE* tree) {
+  if (!tree->type->is_int_or_enum()) return false;
+  const fkMDATA* field = bit_field_of(tree);
+  const unsigned long width = field ? field->bit_size : tree->type->size;
+  return width > 1 || !tree->type->is_signed() || tree->type->is_bool();
+}
+
 bool returns_1_or_0(const NODE* tree) {
   for (;;) {
+    if (!can_be_one(tree)) return false;
     if (boolean_result[tree->op]) return true;
     switch (tree->op) {
-    case ICON: return tree->ival == INT65(0) || tree->ival == INT65(1);
-    case ANDB: return tree->right->op == ICON && tree->right->ival == INT65(1);
+    case ICON: return tree->type->is_bool() || tree->ival == INT65(0) || is_one_icon(tree);
+    case ANDB: return is_one_icon(tree->left) || is_one_icon(tree->right);
     case ASG:
     case COMMAOP: tree = tree->right; break;
     default: return false;
@@ -95,8 +119,8 @@ bool returns_1_or_0(const NODE* tree) {
 bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP*) {
   if (!type->is_int_or_enum() || !tree->type->is_int_or_enum()) return false;
   const INT65 low = int_type_min(type), high = int_type_max(type);
+  if (returns_1_or_0(tree) && INT65(1) <= high) return true;
   if (tree->op == ICON) return low <= tree->ival && tree->ival <= high;
-  if (returns_1_or_0(tree)) return true;
   // A widening conversion keeps its operand's range.
   const NODE* source = tree->op == SCONV && tree->left->type->is_int_or_enum() &&
                                tree->left->type->size < tree->type->size &&
@@ -249,37 +273,36 @@ NODE* insert_mandatory_casts(NODE* tree) {
   return tree;
 }
 
+// The pointer that a sum moves: either side of a PLUS, as folding puts constants first. Null if the
+// tree is none; a difference of pointers is a number.
+static NODE** moved_pointer(NODE* sum) {
+  if ((sum->op != PLUS && sum->op != MINUS) || !sum->type->is_pointer()) return nullptr;
+  if (sum->left->type->is_pointer()) return &sum->left;
+  return sum->op == PLUS && sum->right->type->is_pointer() ? &sum->right : nullptr;
+}
+
 NODE* push_down_pointer_cast(TYPE* type, NODE* tree) {
   if (!type->is_pointer()) optassert("IS_PTR(tree->left->type)", __FILE__, __LINE__);
-  NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->type->is_pointer() &&
-         sum->left->type->is_pointer()) {
-    sum->type = type;
-    if (sum->left->op != PLUS && sum->left->op != MINUS) break;
-    sum = sum->left;
+  NODE** place = &tree;
+  while (NODE** pointer = moved_pointer(*place)) {
+    (*place)->type = type;
+    place = pointer;
   }
-  if (sum->op != PLUS && sum->op != MINUS) return coerce_to_type(type, tree, false);
-  if (sum->left->type->is_pointer() && !compatible_types(sum->left->type, type))
-    sum->left = maketree(PCONV, sum->left, nullptr, type, sum->left->ls);
+  *place = coerce_to_type(type, *place, false);
   return tree;
 }
 
 NODE* remove_pushed_down_casts(NODE* tree) {
-  if (!tree->type->is_pointer()) return tree;
-  NODE* sum = tree;
-  while ((sum->op == PLUS || sum->op == MINUS) && sum->left->type->is_pointer())
-    sum = sum->left;
-  if (sum == tree || sum->op != PCONV || !sum->left->type->is_pointer()) return tree;
+  NODE** place = &tree;
+  while (NODE** pointer = moved_pointer(*place))
+    place = pointer;
+  NODE* cast = *place;
+  if (cast == tree || cast->op != PCONV || !cast->left->type->is_pointer()) return tree;
   TYPE* wanted = tree->type;
-  TYPE* inner = sum->left->type;
-  for (NODE* node = tree; node != sum; node = node->left) {
-    node->type = inner;
-    if (node->left != sum) continue;
-    node->left = sum->left;
-    sum->left = nullptr;
-    erase_node(sum);
-    break;
-  }
+  TYPE* inner = cast->left->type;
+  *place = drop_wrapper(cast);
+  for (NODE* sum = tree; sum != *place; sum = *moved_pointer(sum))
+    sum->type = inner;
   return maketree(PCONV, tree, nullptr, wanted, tree->ls);
 }
 

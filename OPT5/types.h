@@ -14,6 +14,8 @@ TYPE* normalized_underlying_type(TYPE* t); // an enumeration gives its integer
 // The type that an operand of type t has in an expression: integers below int become int (or
 // unsigned int if int can't hold them all), an enumeration its integer.
 TYPE* promoted_type(TYPE* t);
+TYPE* promoted_type(
+    const NODE* tree); // a bit-field by its width, whatever type it was declared with
 // The type in which a binary operator computes on the two: a pointer's if there is one, else C's
 // usual arithmetic conversions.
 TYPE* combined_type(const NODE* a, const NODE* b);
@@ -26,6 +28,9 @@ TYPE* get_complex_type(TYPE* part);
 TYPE* essential_type(TYPE* t); // without qualifiers and typedefs, elements of arrays too
 
 // --- Values
+// Is the tree an integer that is certain to be 1 or 0? An assignment's value is what its left side
+// holds then: -1 for a field of one signed bit. A vector is no integer, though its lanes may be 1
+// or 0.
 bool returns_1_or_0(const NODE* tree);
 // Is the tree's value certain to be representable in the integer type?
 bool value_fits_in_type(const NODE* tree, TYPE* type, LOOP* loop);

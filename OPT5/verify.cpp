@@ -1,13 +1,15 @@
 #include "OPT5/verify.h"
+#include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
 #include "OPT5/scope.h"
 
-#include <atomic>
+#include <algorithm>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -197,6 +199,10 @@ PLACES operand_places(const NODE* node, PLACE here) {
   }
 }
 
+bool has_integer_constants(const TYPE* type) {
+  return type->is_int_or_enum() || type->is_pointer() || type->is_float();
+}
+
 // A call passes as many arguments as the callee's prototype wants.
 bool arguments_fit_prototype(const NODE* call) {
   const FUNC_PARTS* parts = called_prototype(call);
@@ -212,9 +218,10 @@ const char* check_result(const NODE* node) {
   const bool assigns = node->op == ASG || node->op == ARASG || is_operator_assignment(node->op);
   if (assigns && node->left->type->is_unknown()) return "assignment to an unknown type";
   switch (node->op) {
-  case ICON: // of a floating type: the integer's value
-    return type->is_int_or_enum() || type->is_pointer() || type->is_float() ? nullptr
-                                                                            : "ICON of that type";
+  case ICON: // of a floating type: the integer's value; of a vector: that of all lanes
+    return has_integer_constants(type->is_vector() ? type->underlying_type()->elem_type() : type)
+               ? nullptr
+               : "ICON of that type";
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
   case UAND:
   case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
@@ -295,9 +302,10 @@ const char* check_tree(const NODE* tree, PLACE place) {
   abort_optimizer("The verifier found a broken function");
 }
 
+// Looks only: nothing of the function changes.
 class FUNCTION_CHECK {
 public:
-  explicit FUNCTION_CHECK(const char* s) : step(s), stamp(++last_stamp) {}
+  explicit FUNCTION_CHECK(const char* s) : step(s) {}
 
   void run() {
     const FUNINFO* fi = currfuninfo;
@@ -318,15 +326,17 @@ public:
       check_block(bb);
     for (const EHT_ITEM& item : fi->eht)
       if (item.cleanup) check_statement(item.cleanup);
+    check_edges();
+    check_sharing();
   }
 
 private:
+  using ARC = std::pair<const BBLK*, const BBLK*>; // from, to
   const char* step;
   std::unordered_set<const SYMTAB*> locals;
   std::unordered_set<const BBLK*> blocks;
-  // Each node met is stamped, so that one met twice is noticed.
-  static std::atomic<unsigned> last_stamp;
-  const unsigned stamp;
+  std::vector<const NODE*> nodes;               // all that were met
+  std::vector<ARC> branches, leaving, arriving; // by control statements and by the lists of edges
 
   void collect_locals() {
     const FUNINFO* fi = currfuninfo;
@@ -340,9 +350,7 @@ private:
     if (const char* fault = verify_statement(tree)) report(step, tree, fault);
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op == CSE_DUPE) return false;
-      unsigned& mark = const_cast<NODE*>(node)->scan_marks[1];
-      if (mark == stamp) report(step, tree, "shared node");
-      mark = stamp;
+      nodes.push_back(node);
       if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
         report(step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
       if (node->op == LABEL && (!node->label || !blocks.count(node->label->bb)))
@@ -360,33 +368,54 @@ private:
         report(step, last->tree, "control statement in the middle of " + bb->str());
       last = s;
     }
-    std::unordered_set<const BBLK*> targets;
-    EDGE* list = list_branch_targets(last->tree, nullptr);
-    for (const EDGE* e = list; e; e = e->rest)
-      targets.insert(e->first);
-    for (EDGE *e = list, *rest; e; e = rest) {
-      rest = e->rest;
-      delete e;
-    }
-    if (targets.empty() && last->tree->op != URETURN)
-      report(step, last->tree, bb->str() + " has no way out");
-    size_t successors = 0;
-    for (const EDGE* e = bb->successors; e; e = e->rest) {
-      successors++;
-      if (!targets.count(e->first))
-        report(step, last->tree, "edge without a branch in " + bb->str());
-      if (!edge_memberp(bb, e->first->predecessors))
-        report(step, last->tree, "edge without its reverse in " + bb->str());
-    }
-    if (successors != targets.size())
-      report(step, last->tree, "branch without an edge in " + bb->str());
+    const NODE* control = last->tree;
+    const bool leads_on = control->op == BRANCH || control->op == IF || control->op == SWITCH;
+    if (!leads_on && control->op != URETURN) report(step, control, bb->str() + " has no way out");
+    if (leads_on)
+      walk_preorder(control, [&](const NODE* node) {
+        if (node->op == LABEL) branches.emplace_back(bb, node->label->bb);
+        return true;
+      });
+    for (const EDGE* e = bb->successors; e; e = e->rest)
+      leaving.emplace_back(bb, e->first);
     for (const EDGE* e = bb->predecessors; e; e = e->rest)
-      if (!edge_memberp(bb, e->first->successors))
-        report(step, nullptr, bb->str() + " has a predecessor that does not lead to it");
+      arriving.emplace_back(e->first, bb);
+  }
+
+  // The first of `a` that `b` lacks.
+  static const ARC* first_missing(const std::vector<ARC>& a, const std::vector<ARC>& b) {
+    for (const ARC& arc : a)
+      if (!std::binary_search(b.begin(), b.end(), arc)) return &arc;
+    return nullptr;
+  }
+
+  void check_edges() {
+    for (std::vector<ARC>* arcs : {&branches, &leaving, &arriving})
+      std::sort(arcs->begin(), arcs->end());
+    if (std::adjacent_find(leaving.begin(), leaving.end()) != leaving.end())
+      report(step, nullptr, "an edge twice");
+    const struct {
+      const std::vector<ARC>&has, &wants;
+      const char* fault;
+    } rules[] = {{leaving, branches, "edge without a branch in "},
+                 {branches, leaving, "branch without an edge in "},
+                 {leaving, arriving, "edge without its reverse in "},
+                 {arriving, leaving, "a predecessor does not lead here: "}};
+    for (const auto& rule : rules)
+      if (const ARC* arc = first_missing(rule.has, rule.wants)) {
+        const bool at_target = &rule.has == &arriving;
+        const BBLK* bb = at_target ? arc->second : arc->first;
+        const LIST* last = bb->last_statement();
+        report(step, last ? last->tree : nullptr, rule.fault + bb->str());
+      }
+  }
+
+  void check_sharing() {
+    std::sort(nodes.begin(), nodes.end());
+    const auto twice = std::adjacent_find(nodes.begin(), nodes.end());
+    if (twice != nodes.end()) report(step, *twice, "shared node");
   }
 };
-
-std::atomic<unsigned> FUNCTION_CHECK::last_stamp;
 
 } // namespace
 

@@ -1,8 +1,10 @@
 #include "OPT5/write.h"
+#include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
 #include "OPT5/ddmain.h"
 #include "OPT5/deadasg.h"
+#include "OPT5/fileopt.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/lateprep.h"
 #include "OPT5/loop.h"
@@ -18,6 +20,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 I_FILE* i_file;
 I_FILE* o_file;
@@ -50,8 +53,14 @@ void wrbdlr(LBL* label) {
 // ---------------------------------------------------------------------------------------------
 // Trees
 
+// A symbol of file scope that the optimiser made joins the output's when something names it.
+static void enter_if_new(SYMTAB* sym) {
+  if (sym && sym->level == 0 && sym->index == -1) o_file->if_enter_global(sym);
+}
+
 static void check_before_writing(const NODE* tree) {
   walk_preorder(tree, [](const NODE* p) {
+    if (p->op == NAME) enter_if_new(p->u.sym);
     if (p->op >= FIRST_MEMORY_OP || !if_node_info[p->op].name) {
       const char* name =
           p->op < OPCODE_COUNT && node_operator_name[p->op] ? node_operator_name[p->op] : "?";
@@ -245,6 +254,16 @@ private:
   unsigned highest_link = 0;
 };
 
+// What a statement goes through on its way out, for a tree that stays one.
+static void finish_cleanup(NODE*& tree) {
+  LIST* cell = mkelist(tree, nullptr, nullptr);
+  rewrite_for_output(cell);
+  tree = cell->next ? mk_COMMAOP(cell->tree, cell->next->tree) : cell->tree;
+  erase_tree_list_only(cell);
+  tree = insert_mandatory_casts(tree);
+  check_before_writing(tree);
+}
+
 // An end of a clean-up that no statement stands under goes; the others get dense ids.
 static void write_exception_table(FUNINFO* fi) {
   std::vector<EHT_ITEM>& eht = fi->eht;
@@ -254,11 +273,7 @@ static void write_exception_table(FUNINFO* fi) {
     auto calls_only = [&](NODE*& node) {
       if (node->op == CALL || node->op == UCALL) action(node);
     };
-    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-      for (LIST* s = bb->statements; s; s = s->next)
-        walk_postorder(s->tree, calls_only);
-    for (EHT_ITEM& item : eht)
-      if (item.cleanup) walk_postorder(item.cleanup, calls_only);
+    visit_all_trees(fi, [&](NODE*& tree) { walk_postorder(tree, calls_only); });
   };
   each_call([&](NODE* call) { kept.keep(call->eh_entry); });
   for (unsigned i = 0; i < eht.size(); i++)
@@ -270,7 +285,7 @@ static void write_exception_table(FUNINFO* fi) {
   for (unsigned i = 0; i < eht.size(); i++) {
     CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
     if (!kept[i]) continue;
-    if (eht[i].cleanup) eht[i].cleanup = insert_mandatory_casts(unsimplify_tree(eht[i].cleanup));
+    if (eht[i].cleanup) finish_cleanup(eht[i].cleanup);
     new_ids[i] = static_cast<unsigned>(out.size());
     out.push_back(
         {new_ids[i], eht[i].kind, eht[i].region, eht[i].count, &eht[i].catches, eht[i].cleanup});
@@ -335,10 +350,20 @@ void write_func_body() {
   o_file->if_write_end_func(fi->end_psn);
 }
 
-static bool sym_appears_in_EHT(const SYMTAB* sym, const FUNINFO* fi) {
+using SYMBOL_SET = std::unordered_set<const SYMTAB*>;
+
+static SYMBOL_SET symbols_named_in_EHT(const FUNINFO* fi) {
+  SYMBOL_SET named;
   for (const EHT_ITEM& item : fi->eht)
-    if (item.cleanup && sym_appears_in_tree(sym, item.cleanup)) return true;
-  return false;
+    walk_preorder(item.cleanup, [&named](const NODE* node) {
+      if (node->op == NAME) named.insert(node->u.sym);
+      return true;
+    });
+  return named;
+}
+
+static bool sym_appears_in_EHT(const SYMTAB* sym, const SYMBOL_SET& named) {
+  return named.count(sym) != 0;
 }
 
 // Locals of the general list that no statement names.
@@ -351,9 +376,10 @@ static void drop_unused_locals(FUNINFO* fi) {
         if (node->op == NAME && node->u.sym && node->u.sym->level == 2) node->u.sym->inc_bitnum();
         return true;
       });
+  const SYMBOL_SET named_in_EHT = symbols_named_in_EHT(fi);
   for (SYMTAB** place = &fi->symbols; *place;) {
     SYMTAB* sym = *place;
-    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, fi)) {
+    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, named_in_EHT)) {
       *place = sym->next;
       sym->next = nullptr;
     } else {
@@ -396,14 +422,13 @@ void output_function() {
     disclose_floating_point_operations();
     unsimplify();
     disguise_vector_operations();
-    for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
-      for (LIST* s = bb->statements; s; s = s->next)
-        walk_postorder(s->tree, drop_implicit_state);
+    visit_all_trees(fi, [](NODE*& tree) { walk_postorder(tree, drop_implicit_state); });
     finalize_dd_edges();
     disclose_vector_operations(false);
     write_func_body();
   }
   erase_all();
+  fi->clear_maps();
   currfuninfo = file_funinfo;
   currfunc = nullptr;
   restore_global_flags();
@@ -413,7 +438,16 @@ void output_function() {
 // Global symbols
 
 static constexpr unsigned KEEP_VISIBLE =
-    FP_OUT_OF_ORDER | FP_MAIN | FP_VISIBLE_1000 | FP_VISIBLE_2000 | FP_VISIBLE_200;
+    FP_OUT_OF_ORDER | FP_MAIN | FP_ANONYMOUS | FP_INTERRUPT | FP_REFERENCED;
+
+// What the front end says by a pragma that this tool doesn't know may be that something else uses
+// the symbol, an interrupt vector for one.
+static bool all_pragmas_are_known(const SYMTAB* sym) {
+  static const char known[] = {'1', '3', '7', ':', 'E', 'G', 'J', 'K', 'N', 'Q', 'X', 23, 52, 59};
+  for (const PRAGMA* p = sym->pragmas; p; p = p->next)
+    if (std::find(std::begin(known), std::end(known), p->kind) == std::end(known)) return false;
+  return true;
+}
 
 static void decide_linkage(SYMTAB* sym) {
   if (sym->type_changed)
@@ -431,6 +465,7 @@ static void decide_linkage(SYMTAB* sym) {
   const bool hidden_ok =
       is_function ? no_outside_callers || is_static : is_static && no_outside_writers;
   if (sym->policy == I_SYMTAB::ALWAYS || (sym->policy == I_SYMTAB::DEFAULT_C && !hidden_ok)) return;
+  if (!all_pragmas_are_known(sym)) return;
   if (is_function) {
     FUNINFO* fi = find_FUNINFO(sym);
     if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE))
@@ -484,6 +519,7 @@ void finish_global_symbols() {
   for (const std::string& comment : comments_between_functions) // behind the last function
     o_file->if_write_comment(comment.c_str());
   comments_between_functions.clear();
+  note_uses_of_definitions();
   for (SYMTAB* sym = global_symbols; sym; sym = sym->next)
     decide_linkage(sym);
   bool first = true;

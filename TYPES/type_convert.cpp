@@ -91,7 +91,8 @@ TYPE* TYPE_PKG::c_integral_promotions(TYPE* t) {
   t = t->underlying_type();
   if (t->kind == TYPE::K_ENUM) t = t->enum_underlying();
   TYPE* plain = mk_plain_int();
-  if (t->kind != TYPE::K_INT || t->rank() >= plain->rank()) return t;
+  if (t->kind != TYPE::K_INT) return t;
+  if (t->rank() >= plain->rank() && t->size >= plain->size) return t;
   // All values of an unsigned type fit in int only if it is narrower; those of a boolean always do.
   const bool fits = t->is_signed() ? t->size <= plain->size : t->size < plain->size || t->is_bool();
   return fits ? plain : mk_plain_uint();

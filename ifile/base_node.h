@@ -11,8 +11,8 @@ struct fkMDATA;
 
 class BASE_NODE {
 public:
-  int op = NOP;
   TYPE* type = nullptr;
+  int op = NOP;
 
   // Operand k (0 left, 1 right), null if absent.
   virtual BASE_NODE* operand(int k) const = 0;

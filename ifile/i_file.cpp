@@ -118,6 +118,7 @@ I_FILE* I_FILE::if_create(FILE* fp, TYPE_PKG* tp, const char* source, uint32_t e
   file->extra_word = extra_word;
   setvbuf(fp, nullptr, _IOFBF, STREAM_BUFFER);
   file->base = ftell(fp);
+  file->begin_record();
   file->write_header();
   return file;
 }
@@ -158,8 +159,10 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
       i_write_eof();
     }
     if_write_all_globals();
+    write_out();
     failed = written > 0xFFFFFFFFul || fseek(fp, base, SEEK_SET) != 0;
     write_header();
+    write_out();
   }
   for (OPTION_SET* set : option_sets)
     delete set;
@@ -171,7 +174,7 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
   bytes = {};
   free(buf);
   buf = nullptr;
-  buf_size = buf_next = 0;
+  buf_size = buf_next = record_start = 0;
   if (fp) {
     failed |= fflush(fp) != 0 && writing;
     failed |= ferror(fp) != 0;
@@ -201,6 +204,7 @@ void I_FILE::if_seek(unsigned long offset) {
 }
 
 void I_FILE::if_flush() {
+  if (writing) write_out();
   fflush(fp);
 }
 
@@ -272,6 +276,7 @@ int32_t I_FILE::i_read_s32() {
 }
 
 unsigned long I_FILE::i_read_uint() {
+  if (pos < file_size && bytes[pos] < 0x80) return bytes[pos++]; // most are short
   unsigned long value = 0;
   for (int shift = 0;; shift += 7) {
     if (shift > 63) if_die(INVALID_RECORD);
@@ -281,39 +286,29 @@ unsigned long I_FILE::i_read_uint() {
   }
 }
 
-// The groups of a signed number, without its sign's extension: how many bits they hold and whether
-// the last one has the sign bit set.
-unsigned long I_FILE::read_sint_groups(int& bits, bool& is_negative) {
+long I_FILE::i_read_wide_sint() {
   unsigned long value = 0;
+  int bits = 0;
   unsigned b;
-  bits = 0;
   do {
     if (bits > 63) if_die(INVALID_RECORD);
     b = i_read_u8();
     value |= static_cast<unsigned long>(b & 0x7F) << bits;
     bits += 7;
   } while (b & 0x80);
-  is_negative = b & 0x40;
-  return value;
-}
-
-long I_FILE::i_read_sint() {
-  int bits;
-  bool is_negative;
-  unsigned long value = read_sint_groups(bits, is_negative);
-  // The sign reaches just to bit 31: wider constants travel as decimal text.
-  if (bits < 32 && is_negative) value |= 0xFFFFFFFFul & (~0ul << bits);
-  // Numbers of 32 bits that need 35 in groups are those below zero only.
-  if (bits < 32 || (bits == 35 && value >> 31 == 0xF)) return static_cast<int32_t>(value);
+  if (bits < 64 && b & 0x40) value |= ~0ul << bits;
   return static_cast<long>(value);
 }
 
-long I_FILE::i_read_wide_sint() {
-  int bits;
-  bool is_negative;
-  unsigned long value = read_sint_groups(bits, is_negative);
-  if (bits < 64 && is_negative) value |= ~0ul << bits;
-  return static_cast<long>(value);
+uint32_t I_FILE::i_read_uint32() {
+  const unsigned long value = i_read_uint();
+  if (value > UINT32_MAX) if_die(INVALID_RECORD);
+  return static_cast<uint32_t>(value);
+}
+
+// The sign that the wide form puts above bit 31 goes with the other bits there.
+int32_t I_FILE::i_read_sint() {
+  return static_cast<int32_t>(i_read_wide_sint());
 }
 
 char* I_FILE::i_read_string(int n) {
@@ -344,11 +339,11 @@ void I_FILE::i_read_raw(char* to, int n) {
 PSN* I_FILE::i_read_psn() {
   unsigned long file = i_read_uint();
   if (file == 0) return nullptr;
-  unsigned long line = i_read_uint();
-  unsigned long column = i_read_uint();
+  const unsigned line = i_read_uint32();
+  const unsigned column = i_read_uint32();
   // A file that has no name in the table keeps its line and column.
   const char* name = file <= file_names.size() ? file_names[file - 1] : nullptr;
-  return make_psn(name, static_cast<unsigned>(line), static_cast<unsigned>(column));
+  return make_psn(name, line, column);
 }
 
 void I_FILE::i_read_skip(int n) {
@@ -360,9 +355,27 @@ void I_FILE::i_read_skip(int n) {
 // Primitive writers
 
 void I_FILE::put_bytes(const void* p, unsigned long n) {
-  // A failure shows in the stream's error indicator, which if_close reports.
-  fwrite(p, 1, n, fp);
+  buf_next = record_start;
+  append(static_cast<const char*>(p), n);
   written += n;
+  begin_record();
+}
+
+constexpr unsigned long SHORT_HEAD = 2; // tag and length of a record of less than 128 bytes
+
+void I_FILE::begin_record() {
+  record_start = buf_next;
+  if (buf_next >= RECORD_BUFFER) return write_out(); // which begins the record
+  if (SHORT_HEAD > buf_size - buf_next) grow_buf(SHORT_HEAD);
+  buf_next += SHORT_HEAD;
+}
+
+// Hands the finished records to the stream. Not within a record.
+void I_FILE::write_out() {
+  // A failure shows in the stream's error indicator, which if_close reports.
+  if (record_start) fwrite(buf, 1, record_start, fp);
+  buf_next = record_start = 0;
+  begin_record();
 }
 
 // Makes room for n more bytes of the record.
@@ -405,11 +418,12 @@ void I_FILE::i_write_i32(int v) {
 }
 
 void I_FILE::i_write_uint(unsigned long v) {
+  if (buf_size - buf_next < 10) grow_buf(10);
   while (v >= 0x80) {
-    i_write_i8(static_cast<int>((v & 0x7F) | 0x80));
+    buf[buf_next++] = static_cast<unsigned char>(v | 0x80);
     v >>= 7;
   }
-  i_write_i8(static_cast<int>(v));
+  buf[buf_next++] = static_cast<unsigned char>(v);
 }
 
 void I_FILE::i_write_sint(long v) {
@@ -440,15 +454,24 @@ void I_FILE::i_write_psn(PSN* psn) {
 }
 
 void I_FILE::i_flush(int tag) {
-  unsigned char head[11] = {static_cast<unsigned char>(tag)};
-  int n = 1;
-  unsigned long length = buf_next;
-  for (; length >= 0x80; length >>= 7)
-    head[n++] = static_cast<unsigned char>(length | 0x80);
-  head[n++] = static_cast<unsigned char>(length);
-  put_bytes(head, n);
-  put_bytes(buf, buf_next);
-  buf_next = 0;
+  const unsigned long payload = record_start + SHORT_HEAD;
+  const unsigned long length = buf_next - payload;
+  unsigned long more = 0; // bytes of the length beyond the first
+  for (unsigned long rest = length >> 7; rest; rest >>= 7)
+    more++;
+  if (more) {
+    if (more > buf_size - buf_next) grow_buf(more);
+    memmove(buf + payload + more, buf + payload, length);
+    buf_next += more;
+  }
+  unsigned char* head = buf + record_start;
+  *head++ = static_cast<unsigned char>(tag);
+  unsigned long rest = length;
+  for (; rest >= 0x80; rest >>= 7)
+    *head++ = static_cast<unsigned char>(rest | 0x80);
+  *head = static_cast<unsigned char>(rest);
+  written += buf_next - record_start;
+  begin_record();
 }
 
 void I_FILE::i_write_eof() {
@@ -501,7 +524,7 @@ void I_FILE::read_options() {
     if (tag != TAG_OPTION_SET) if_die(INVALID_RECORD);
     auto* set = new OPTION_SET;
     option_sets.push_back(set);
-    set->number = static_cast<unsigned>(i_read_uint());
+    set->number = i_read_uint32();
     unsigned long count = i_read_uint();
     need(count); // a string takes a byte at least
     for (; count; count--)

@@ -149,9 +149,11 @@ public:
   uint32_t i_read_u32();
   int32_t i_read_s32();
   unsigned long i_read_uint();
-  // Signed LEB128. The sign of a number of less than 32 bits reaches to bit 31: fields of this kind
-  // are 32 bits wide.
-  long i_read_sint();
+  // The same for a field that holds 32 bits: a level, an index, a label, an id, a count. A number
+  // that needs more ends the run.
+  uint32_t i_read_uint32();
+  // Signed LEB128 of a field of 32 bits: what is above them is dropped.
+  int32_t i_read_sint();
   long i_read_wide_sint(); // the same for the one kind of field of 64 bits, an enumerator's value
   // Text in a buffer that the next call overwrites. n >= 0: exactly n bytes; -1: up to a zero byte.
   char* i_read_string(int n = -1);
@@ -264,18 +266,20 @@ private:
   int eof_reads = 0;
   std::vector<char> text_buffer;
 
-  // The payload of the record being written: buf_next bytes of buf_size. The file's own memory, as
-  // its exhaustion has a message of its own.
+  // Finished records that wait to be written, up to record_start; behind it room for the tag and a
+  // length of one byte, and the payload of the record being made, up to buf_next. The file's own
+  // memory, as its exhaustion has a message of its own.
   unsigned char* buf = nullptr;
-  unsigned long buf_size = 0, buf_next = 0;
+  unsigned long buf_size = 0, buf_next = 0, record_start = 0;
   unsigned long written = 0;                              // bytes written so far, from base
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
   std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
   std::vector<char> type_is_written; // by the same index
 
   int get_byte();
-  unsigned long read_sint_groups(int& bits, bool& is_negative);
-  void put_bytes(const void* p, unsigned long n);
+  void put_bytes(const void* p, unsigned long n); // between records
+  void begin_record();
+  void write_out();
   void grow_buf(unsigned long n);
   void append(const char* p, unsigned long n);
   bool read_magic();

@@ -42,9 +42,9 @@ BASE_NODE* I_FILE::read_node_payload(int op, TYPE* type) {
   if (op == EPVAL) if_die(INVALID_RECORD); // a wrapper, made by its own case
   BASE_NODE* node = new_node(op, type);
   switch (op) {
-  case LABEL: node->mk_label(static_cast<int>(i_read_uint())); break;
+  case LABEL: node->mk_label(static_cast<int>(i_read_uint32())); break;
   case NAME: {
-    unsigned ref_level = static_cast<unsigned>(i_read_uint());
+    unsigned ref_level = i_read_uint32();
     node->mk_name(find_symref(ref_level, i_read_uint()));
     break;
   }
@@ -61,24 +61,24 @@ BASE_NODE* I_FILE::read_node_payload(int op, TYPE* type) {
   case LCON: node->mk_lcon(i_read_string()); break;
   case FIELD: {
     int kind = i_read_s8();
-    unsigned number = static_cast<unsigned>(i_read_uint());
+    unsigned number = i_read_uint32();
     TYPE* csu = i_read_typeref();
     fkMDATA* member = csu ? find_mdataref(csu, number) : nullptr;
     if (!member) if_die(INVALID_RECORD);
     node->mk_field(kind, member, csu);
     break;
   }
-  case SWITCH: node->mk_switch(static_cast<int>(i_read_uint())); break;
+  case SWITCH: node->mk_switch(static_cast<int>(i_read_uint32())); break;
   case CALL: {
-    unsigned args = static_cast<unsigned>(i_read_uint());
-    node->mk_call(args, static_cast<unsigned>(i_read_uint()));
+    unsigned args = i_read_uint32();
+    node->mk_call(args, i_read_uint32());
     break;
   }
-  case UCALL: node->mk_ucall(static_cast<unsigned>(i_read_uint())); break;
-  case SKIP: node->mk_skip(static_cast<int>(i_read_uint())); break;
+  case UCALL: node->mk_ucall(i_read_uint32()); break;
+  case SKIP: node->mk_skip(static_cast<int>(i_read_uint32())); break;
   case DDNODE: {
-    int id = static_cast<int>(i_read_uint());
-    int locale = static_cast<int>(i_read_uint());
+    int id = static_cast<int>(i_read_uint32());
+    int locale = static_cast<int>(i_read_uint32());
     node->mk_ddnode(id, locale, static_cast<int>(i_read_u8()));
     break;
   }
@@ -118,7 +118,7 @@ BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
 
     OPEN_NODE next{nullptr, 0, if_node_info[op].operands, 0, right_depth, nullptr};
     if (op == EPVAL)
-      next.profile = static_cast<unsigned>(i_read_uint());
+      next.profile = i_read_uint32();
     else
       next.node = read_node_payload(op, type);
     end_record();
@@ -323,7 +323,7 @@ void I_FILE::if_read_comment() {
 
 void I_FILE::if_read_label() {
   if (level < 2) if_die(INVALID_RECORD);
-  client->cl_label(static_cast<unsigned>(i_read_uint()));
+  client->cl_label(i_read_uint32());
 }
 
 void I_FILE::if_read_func_info() {
@@ -443,8 +443,8 @@ void I_FILE::if_write_func_info(int info) {
 // Loops, dependences, memory banks, load speculation
 
 void I_FILE::if_read_loop() {
-  unsigned id = static_cast<unsigned>(i_read_uint());
-  unsigned parent = static_cast<unsigned>(i_read_uint());
+  unsigned id = i_read_uint32();
+  unsigned parent = i_read_uint32();
   unsigned long min = i_read_uint();
   unsigned long max = i_read_uint();
   unsigned long multiple = i_read_uint();
@@ -464,7 +464,7 @@ void I_FILE::if_write_loop(unsigned id, unsigned parent, unsigned long min, unsi
 }
 
 void I_FILE::if_read_inloop() {
-  unsigned id = static_cast<unsigned>(i_read_uint());
+  unsigned id = i_read_uint32();
   unsigned sym_level = static_cast<unsigned>(i_read_sint());
   unsigned index = static_cast<unsigned>(i_read_sint());
   I_SYMTAB* lcv = sym_level < NO_SYMBOL_LEVEL ? find_symref(sym_level, index) : nullptr;
@@ -480,7 +480,7 @@ void I_FILE::if_write_inloop(unsigned id, I_SYMTAB* lcv, int flag) {
 }
 
 void I_FILE::if_read_dep_vector() {
-  int id = static_cast<int>(i_read_uint());
+  int id = static_cast<int>(i_read_uint32());
   int kind = static_cast<int>(i_read_u8());
   int n = static_cast<int>(i_read_u8());
   DD_ENTRY entries[256];
@@ -503,9 +503,9 @@ void I_FILE::if_write_dep_vector(DD_ENTRY* entries, int id, int kind, int n) {
 }
 
 void I_FILE::if_read_dep_edge() {
-  int from = static_cast<int>(i_read_uint());
-  int to = static_cast<int>(i_read_uint());
-  client->cl_dd_edge(from, to, static_cast<int>(i_read_uint()));
+  int from = static_cast<int>(i_read_uint32());
+  int to = static_cast<int>(i_read_uint32());
+  client->cl_dd_edge(from, to, static_cast<int>(i_read_uint32()));
 }
 
 void I_FILE::if_write_dep_edge(int from, int to, int kind) {
@@ -517,7 +517,7 @@ void I_FILE::if_write_dep_edge(int from, int to, int kind) {
 void I_FILE::if_read_mbank() {
   int words[5];
   for (int& word : words)
-    word = static_cast<int>(i_read_uint());
+    word = static_cast<int>(i_read_uint32());
   client->cl_mbank(words[0], words[1], words[2], words[3], words[4]);
 }
 
@@ -591,10 +591,10 @@ void I_FILE::if_read_eht_entry(EHT_ENTRY* entry) {
   int tag, len;
   i_read_header(tag, len);
   if (tag != TAG_EHT_ENTRY) if_die(INVALID_EHT);
-  entry->id = static_cast<unsigned>(i_read_uint());
-  entry->kind = static_cast<unsigned>(i_read_uint());
-  entry->region = static_cast<unsigned>(i_read_uint());
-  entry->count = static_cast<unsigned>(i_read_uint());
+  entry->id = i_read_uint32();
+  entry->kind = i_read_uint32();
+  entry->region = i_read_uint32();
+  entry->count = i_read_uint32();
   end_record();
   if (entry->kind == EHK_CATCH) {
     i_read_header(tag, len);
@@ -603,7 +603,7 @@ void I_FILE::if_read_eht_entry(EHT_ENTRY* entry) {
     entry->catches = new std::vector<I_CATCH_ENTRY>;
     for (unsigned k = 0; k < entry->count; k++) {
       std::string name = i_read_string();
-      unsigned number = static_cast<unsigned>(i_read_uint());
+      unsigned number = i_read_uint32();
       entry->catches->push_back({name, number, i_read_bool()});
     }
     end_record();

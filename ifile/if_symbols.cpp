@@ -35,16 +35,16 @@ I_SYMTAB* I_FILE::find_symref(unsigned ref_level, unsigned long index) {
 I_SYMTAB* I_FILE::if_read_sym() {
   std::string name = i_read_string();
   unsigned long size = i_read_uint();
-  unsigned long value = i_read_uint();
+  const unsigned long value = i_read_uint32();
   int sclass = i_read_s8();
   int cqual = i_read_s16();
   TYPE* type = i_read_typeref();
   TYPE* cpp_type = i_read_typeref();
-  unsigned long align = i_read_uint();
+  unsigned long align = i_read_uint32();
   if (size == 22) size = align = 32; // a pointer of an early tool
   int pragma_count = i_read_s8();
-  unsigned long location = i_read_uint();
-  unsigned option_set = static_cast<unsigned>(i_read_uint());
+  const unsigned long location = i_read_uint32();
+  unsigned option_set = i_read_uint32();
   PSN* psn = i_read_psn();
   unsigned policy = version >= -71 ? i_read_u8() : 0;
   if (policy > I_SYMTAB::NEVER || pragma_count < 0) if_die(INVALID_RECORD);

@@ -100,7 +100,7 @@ TYPE* I_FILE::read_target(unsigned& depth) {
 void I_FILE::define_type(unsigned long number, TYPE* type, unsigned depth) {
   if (number == 0 || depth > MAX_DEPTH) if_die(INVALID_RECORD);
   TYPE_INFO& info = types[number];
-  if (info.complete_def) tp_die("read type twice");
+  if (info.complete_def || info.type) tp_die("read type twice"); // a class's short form counts too
   info.type = type;
   info.depth = depth;
   info.complete_def = true;
@@ -355,8 +355,7 @@ void I_FILE::tp_end_list(TYPE_INFO& owner) {
 
 void I_FILE::tp_make_mdata(TYPE* csu) {
   fkMDATA member;
-  const unsigned long number = i_read_uint();
-  member.number = static_cast<unsigned>(number);
+  member.number = i_read_uint32();
   member.name = intern_text(i_read_string());
   member.type = i_read_typeref();
   member.access = checked_access(i_read_u8());
@@ -376,8 +375,7 @@ void I_FILE::tp_make_mdata(TYPE* csu) {
 
   const bool is_placed =
       member.bit_offset >= 0 && static_cast<unsigned long>(member.bit_offset) <= MAX_SIZE;
-  if (!member.type || !is_placed || number > 0xFFFFFFFFul || bit_size > MAX_INT_SIZE ||
-      find_mdataref(csu, member.number))
+  if (!member.type || !is_placed || bit_size > MAX_INT_SIZE || find_mdataref(csu, member.number))
     if_die(INVALID_RECORD);
   member.bit_size = static_cast<unsigned>(bit_size);
   char fixed_name[32];
@@ -394,7 +392,7 @@ void I_FILE::tp_make_param(TYPE_INFO& owner) {
   unsigned class_depth = 0; // a class stands on nothing, its forward references would not end
   param.type = read_target(owner.unfinished ? owner.depth : class_depth);
   i_read_bool();
-  param.flags = static_cast<unsigned>(i_read_uint());
+  param.flags = i_read_uint32();
   param.name = intern_text(i_read_string());
   (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params).push_back(param);
 }
@@ -420,7 +418,7 @@ void I_FILE::tp_make_bclass(CSU_PARTS* parts) {
 
 void I_FILE::tp_make_adecl(CSU_PARTS* parts) {
   TYPE_ACCESS_DECL d;
-  d.word = static_cast<unsigned>(i_read_uint());
+  d.word = i_read_uint32();
   d.access = checked_access(i_read_u8());
   parts->access_decls.push_back(d);
 }

@@ -2,6 +2,7 @@
 
 #include "tools/cc_linkage.h"
 
+#include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
 #include "clang/AST/Attr.h"

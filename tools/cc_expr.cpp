@@ -109,6 +109,8 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   case clang::Stmt::BinaryOperatorClass: return binary(llvm::cast<clang::BinaryOperator>(e));
   case clang::Stmt::ConditionalOperatorClass:
     return conditional(llvm::cast<clang::ConditionalOperator>(e));
+  case clang::Stmt::BinaryConditionalOperatorClass:
+    return first_or(llvm::cast<clang::BinaryConditionalOperator>(e));
   case clang::Stmt::UnaryExprOrTypeTraitExprClass:
     return size_or_alignment(llvm::cast<clang::UnaryExprOrTypeTraitExpr>(e));
   case clang::Stmt::OffsetOfExprClass: return offset_of(llvm::cast<clang::OffsetOfExpr>(e));
@@ -425,45 +427,57 @@ NODE* LOWERING::compound_assignment(const clang::CompoundAssignOperator* e) {
   return mk_COMMAOP(setup, assign(place, result));
 }
 
-NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
-  const SourceLocation at = e->getQuestionLoc();
-  if (e->getCond()->getType()->isVectorType())
-    refuse(at, "this operator is not supported for vectors");
-  NODE* condition = truth(value(e->getCond()));
-  NODE *a, *b;
-  TYPE* type;
-  if (e->getType()->isVoidType()) {
-    auto side = [&](const clang::Expr* x) {
-      NODE* tree = effect(x);
-      return tree ? decay(tree) : alloc_node(NOP, tp->mk_void());
-    };
-    a = side(e->getTrueExpr());
-    b = side(e->getFalseExpr());
-    type = tp->mk_void();
-  } else {
-    a = value(e->getTrueExpr());
-    b = value(e->getFalseExpr());
-    type = value_type(a->type);
-    if (a->type->is_pointer() || b->type->is_pointer()) {
-      // A null constant takes the other's type; else void* wins, and qualifiers add up.
-      TYPE *x = value_type(a->type), *y = value_type(b->type);
-      if (!x->is_pointer() || is_null_constant(e->getTrueExpr()))
-        type = y;
-      else if (!y->is_pointer() || is_null_constant(e->getFalseExpr()))
-        type = x;
-      else {
-        TYPE* to = pointee(y)->is_void() ? pointee(y) : pointee(x);
-        type = tp->mk_ptr(qualified(to, pointee(x)->qual_kind(true) | pointee(y)->qual_kind(true)));
-      }
-      a = cast(a, type);
-      b = cast(b, type);
-    } else if (!type->is_csu()) {
-      type = common_type(a, b);
-      a = convert(a, type);
-      b = convert(b, type);
+// Values of either kind, brought to their common type.
+NODE* LOWERING::choice(NODE* condition, NODE* a, NODE* b, bool a_is_null, bool b_is_null) {
+  TYPE* type = value_type(a->type);
+  if (a->type->is_pointer() || b->type->is_pointer()) {
+    // A null constant takes the other's type; else void* wins, and qualifiers add up.
+    TYPE *x = value_type(a->type), *y = value_type(b->type);
+    if (!x->is_pointer() || a_is_null)
+      type = y;
+    else if (!y->is_pointer() || b_is_null)
+      type = x;
+    else {
+      TYPE* to = pointee(y)->is_void() ? pointee(y) : pointee(x);
+      type = tp->mk_ptr(qualified(to, pointee(x)->qual_kind(true) | pointee(y)->qual_kind(true)));
     }
+    a = cast(a, type);
+    b = cast(b, type);
+  } else if (!type->is_csu()) {
+    type = common_type(a, b);
+    a = convert(a, type);
+    b = convert(b, type);
   }
   return maketree(QUEST, condition, maketree(COLON, a, b, type), type);
+}
+
+NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
+  if (e->getCond()->getType()->isVectorType())
+    refuse(e->getQuestionLoc(), "this operator is not supported for vectors");
+  NODE* condition = truth(value(e->getCond()));
+  if (!e->getType()->isVoidType()) {
+    NODE* a = value(e->getTrueExpr());
+    return choice(condition, a, value(e->getFalseExpr()), is_null_constant(e->getTrueExpr()),
+                  is_null_constant(e->getFalseExpr()));
+  }
+  auto side = [&](const clang::Expr* x) {
+    NODE* tree = effect(x);
+    return tree ? decay(tree) : alloc_node(NOP, tp->mk_void());
+  };
+  NODE* a = side(e->getTrueExpr());
+  NODE* b = side(e->getFalseExpr());
+  return maketree(QUEST, condition, maketree(COLON, a, b, tp->mk_void()), tp->mk_void());
+}
+
+NODE* LOWERING::first_or(const clang::BinaryConditionalOperator* e) {
+  NODE* first = value(e->getCommon());
+  if (first->type->is_vector())
+    refuse(e->getQuestionLoc(), "this operator is not supported for vectors");
+  SYMTAB* kept = temporary(first->type, e->getExprLoc());
+  NODE* keep = assign(name_node(kept), first);
+  NODE* chosen = choice(truth(name_node(kept)), name_node(kept), value(e->getFalseExpr()), false,
+                        is_null_constant(e->getFalseExpr()));
+  return mk_COMMAOP(keep, chosen);
 }
 
 NODE* LOWERING::explicit_cast(const clang::CStyleCastExpr* e) {

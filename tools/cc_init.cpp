@@ -246,11 +246,18 @@ void LOWERING::check_designators(const clang::InitListExpr* list) {
     if (!designated) continue;
     for (const clang::DesignatedInitExpr::Designator& d : designated->designators()) {
       if (d.isFieldDesignator()) continue;
-      if (d.isArrayRangeDesignator())
-        refuse(designated->getExprLoc(), "designator of a range is not supported");
-      const clang::Expr* index = designated->getArrayIndex(d);
-      if (constant_of(index) != INT65(index->EvaluateKnownConstInt(ctx).getExtValue()))
-        refuse(index->getExprLoc(), "designator depends on the width of 'char'");
+      std::vector<const clang::Expr*> bounds;
+      if (d.isArrayRangeDesignator()) {
+        // Each element of the range evaluates the value again.
+        if (designated->getInit()->HasSideEffects(ctx))
+          refuse(designated->getExprLoc(), "value with side effects for a range of elements");
+        bounds = {designated->getArrayRangeStart(d), designated->getArrayRangeEnd(d)};
+      } else {
+        bounds = {designated->getArrayIndex(d)};
+      }
+      for (const clang::Expr* index : bounds)
+        if (constant_of(index) != INT65(index->EvaluateKnownConstInt(ctx).getExtValue()))
+          refuse(index->getExprLoc(), "designator depends on the width of 'char'");
     }
   }
 }

@@ -236,6 +236,8 @@ private:
   NODE* compound_assignment(const clang::CompoundAssignOperator* e);
   NODE* apply(int op, NODE* left, NODE* right, clang::SourceLocation at);
   NODE* conditional(const clang::ConditionalOperator* e);
+  NODE* first_or(const clang::BinaryConditionalOperator* e); // a ?: b
+  NODE* choice(NODE* condition, NODE* a, NODE* b, bool a_is_null, bool b_is_null);
   NODE* explicit_cast(const clang::CStyleCastExpr* e);
   NODE* size_or_alignment(const clang::UnaryExprOrTypeTraitExpr* e);
   NODE* offset_of(const clang::OffsetOfExpr* e);
@@ -245,6 +247,9 @@ private:
   // null.
   NODE* steady_place(NODE* place, NODE*& setup, clang::SourceLocation at);
   NODE* call(const clang::CallExpr* e);
+  NODE* call_of(NODE* function, const clang::CallExpr* e);
+  NODE* call_named(const std::string& name, const clang::FunctionDecl* like,
+                   const clang::CallExpr* e);
   NODE* call_builtin(const clang::CallExpr* e, const clang::FunctionDecl* callee);
   NODE* argument(const clang::Expr* e, TYPE* parameter);
   NODE* variable_argument(const clang::VAArgExpr* e);

@@ -110,6 +110,8 @@ void LOWERING::hoist_statements(const clang::Stmt* s) {
     return hoist_statements(binary->getLHS());
   if (auto* choice = llvm::dyn_cast<clang::ConditionalOperator>(s))
     return hoist_statements(choice->getCond());
+  if (auto* choice = llvm::dyn_cast<clang::BinaryConditionalOperator>(s))
+    return hoist_statements(choice->getCommon());
   for (const clang::Stmt* operand : s->children())
     hoist_statements(operand);
 }

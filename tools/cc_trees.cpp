@@ -1,6 +1,7 @@
 #include "tools/cc_trees.h"
 
 #include "OPT5/optables.h"
+#include "OPT5/types.h"
 #include "TYPES/type_values.h"
 
 #include <cstdio>
@@ -67,17 +68,6 @@ NODE* zero_of(TYPE* type) {
   return type->is_float() ? fcon(0, type) : icon(0, type);
 }
 
-const fkMDATA* bit_field_of(const NODE* node) {
-  switch (node->op) {
-  case STDOT:
-  case STREF:
-  case STFIELD: return node->right->mval->is_bitfield() ? node->right->mval : nullptr;
-  case ASG: return bit_field_of(node->left);
-  case COMMAOP: return bit_field_of(node->right);
-  default: return is_operator_assignment(node->op) ? bit_field_of(node->left) : nullptr;
-  }
-}
-
 static NODE* retyped(NODE* node, TYPE* type) {
   node->type = node->orig_type = type;
   return node;
@@ -112,12 +102,7 @@ NODE* promote(NODE* node) {
   node = decay(node);
   TYPE* type = value_type(node->type);
   if (!type->is_int()) return node;
-  TYPE* to = tp->c_integral_promotions(type);
-  const fkMDATA* field = bit_field_of(node);
-  const unsigned long int_bits = int_type()->size;
-  // A bit-field is promoted by its width, whatever integer type it was declared with.
-  if (field && (field->bit_size < int_bits || (field->bit_size == int_bits && type->is_signed())))
-    to = int_type();
+  TYPE* to = bit_field_of(node) ? promoted_type(node) : tp->c_integral_promotions(type);
   return to == type ? node : convert(node, to);
 }
 

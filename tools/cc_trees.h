@@ -42,8 +42,6 @@ NODE* label_node(int number);
 NODE* branch(int label);
 NODE* zero_of(TYPE* type); // integer, floating or pointer type
 
-// The bit-field that a tree reads or assigns, or null.
-const fkMDATA* bit_field_of(const NODE* node);
 // The value as an operand: array as pointer to its first element, function as its address.
 NODE* decay(NODE* node);
 NODE* promote(NODE* node);

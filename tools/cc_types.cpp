@@ -180,6 +180,13 @@ TYPE* LOWERING::type_of_typedef(const clang::TypedefNameDecl* decl) {
 TYPE* LOWERING::type_of_decl(const clang::DeclaratorDecl* decl) {
   if (auto* param = llvm::dyn_cast<clang::ParmVarDecl>(decl)) return parameter_type(param);
   const clang::TypeSourceInfo* info = decl->getTypeSourceInfo();
+  if (decl->getType()->getContainedAutoType()) // the initialiser's, on the target
+    if (auto* variable = llvm::dyn_cast<clang::VarDecl>(decl); variable && variable->getInit()) {
+      NODE* tree = value(variable->getInit());
+      TYPE* deduced = value_type(tree->type);
+      erase_tree(tree);
+      return deduced;
+    }
   TYPE* type = info ? type_of(info) : type_of(decl->getType(), decl->getLocation());
   if (type->is_array() && !type->is_complete())
     if (const auto* array = ctx.getAsConstantArrayType(decl->getType()))

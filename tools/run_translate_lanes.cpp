@@ -336,6 +336,14 @@ Place FunctionTranslator::object_value(uint32_t n) {
   }
   if (!type.has_lanes()) fail(x, "where an object is needed");
   switch (x.op) {
+  case ICON:
+  case LCON: {
+    if (type.cls != C_VECTOR || type.lanes > MAX_LANES) fail(x, "of such a type");
+    Place to = frame_object(type.units, true);
+    for (uint64_t k = 0; k < type.lanes; ++k)
+      store(moved(to, k * (type.scalar.bits / 16)), type.scalar, constant(x, type.scalar));
+    return to;
+  }
   case SCONV:
   case ACONV: return converted_lanes(type, lane_source(x.left, false));
   case UMINUS:

@@ -470,6 +470,40 @@ Operand FunctionTranslator::assignment(uint32_t n, uint32_t want, bool needed) {
   return kept(result, save, want);
 }
 
+// A bit-field of 16 bits or less is promoted by its width, whatever type it was declared with.
+static Scalar promoted_by_width(Scalar type, unsigned width) {
+  if (type.cls != C_INT || width == 0 || width > 16) return type;
+  return width < 16 || type.is_signed ? INT16 : UINT16;
+}
+
+// Of the bit-field that a tree reads, or whose new value an assignment gives; 0 for anything else.
+unsigned FunctionTranslator::bit_field_width(uint32_t n) const {
+  for (;;) {
+    const Node& x = node(n);
+    switch (x.op) {
+    case STDOT:
+    case STREF:
+    case STFIELD: {
+      const TypeRecord* member = field_member(unit, node(x.right));
+      return member ? unsigned(member->bit_size) : 0;
+    }
+    case COMMAOP: n = x.right; break;
+    case ASG:
+    case PLUSASG:
+    case MINUSASG:
+    case MULTASG:
+    case DIVASG:
+    case MODASG:
+    case SLLASG:
+    case SRLASG:
+    case ANDBASG:
+    case ORBASG:
+    case XORBASG: n = x.left; break;
+    default: return 0;
+    }
+  }
+}
+
 Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool needed) {
   const Node& x = node(n);
   if (shape(x.left).in_memory()) {
@@ -482,15 +516,14 @@ Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool
   bool right_writes = facts[x.right] & WRITES_REG;
   Place to = stable(place(x.left), right_writes);
   bool is_shift = op == SLL || op == SRL;
-  // A bit-field narrower than int is promoted to it, whatever its sign.
-  Scalar promoted = to.width && to.width < 16 ? INT16 : type;
+  Scalar promoted = promoted_by_width(type, to.width);
   promoted.is_boolean = false;
-  Scalar right = scalar(x.right);
+  Scalar right = promoted_by_width(scalar(x.right), bit_field_width(x.right));
   Scalar common = is_shift || type.is_pointer ? promoted : common_type(promoted, right);
   if (right.cls != C_INT && is_shift) fail(x, "by a float");
   Operand l = snapshot(load(to, type, NO_REG, top), right_writes);
   Operand old = converted(l, type, common);
-  Operand by = value_as(x.right, is_shift ? right : common);
+  Operand by = value_as(x.right, is_shift ? scalar(x.right) : common);
   bool direct =
       to.kind == Place::REG && converts_freely(common, type) && converts_freely(type, to.held);
   Operand v = arithmetic(op, common, old, by, direct ? to.reg : NO_REG, top);

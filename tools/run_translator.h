@@ -124,6 +124,7 @@ struct FunctionTranslator {
   Operand truth(uint32_t n, uint32_t want);
   Operand choice(uint32_t n, uint32_t want);
   Operand assignment(uint32_t n, uint32_t want, bool needed);
+  unsigned bit_field_width(uint32_t n) const;
   Operand operation_assignment(uint32_t n, uint32_t want, bool needed);
   Operand step_assignment(uint32_t n, uint32_t want, bool needed);
   Operand kept(Operand value, uint32_t save, uint32_t want);

@@ -48,8 +48,24 @@ static int sum_packet(const struct packet* p) {
   return s;
 }
 
+static int ranges[10] = {[2 ... 5] = 7, [8] = 1, [0 ... 1] = 3};
+
+static void forms(void) {
+  int first = next() ?: 7, second = 0 ?: 9;
+  const char* none = NULL;
+  __auto_type longer = first + 100000L;
+  char text[8];
+  printf("%d %d %s %ld\n", first, second, none ?: "none", longer);
+  for (int k = 0; k < 10; k++) printf("%d", ranges[k]);
+  __builtin_strcpy(text, "hey");
+  __builtin_memcpy(text + 3, "!", 2 * sizeof(char));
+  printf(" %s %d %d\n", text, __builtin_abs(-4), __builtin_constant_p(3 * 4));
+  if (first > 1000) __builtin_unreachable();
+}
+
 int main(void) {
   int a = 3, b = 9;
+  forms();
   printf("%d %d %.1f\n", MAX(a, b), MAX(next(), 0), (double)MAX(2.5f, 1.5f));
   printf("calls %d\n", calls);
   printf("%d %d %d %d %d\n", first_digit("abc7d"), first_digit("none"), nested(5), early(-3), early(4));

@@ -28,6 +28,8 @@ protected:
   }
 
   void TearDown() override {
+    erase_trees();
+    EXPECT_EQ(currfuninfo->memory.live_nodes, 0) << "trees were lost";
     erase_all();
     erase_all_FUNINFOs();
     erase_all_symbols();
@@ -37,7 +39,20 @@ protected:
     TYPE_PKG::tp_count--;
     currfunc = nullptr;
     currfuninfo = nullptr;
-    EXPECT_EQ(live_node_count(), 0) << "trees were lost";
+  }
+
+  // Whatever hangs on the function.
+  static void erase_trees() {
+    FUNINFO* fi = currfuninfo;
+    for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link) {
+      erase_tree_list(bb->statements);
+      bb->statements = nullptr;
+    }
+    erase_tree_list(fi->stmts);
+    erase_tree_list(fi->global_assertions);
+    erase_tree(fi->entry_tree);
+    for (EHT_ITEM& item : fi->eht)
+      erase_tree(item.cleanup);
   }
 
   SYMTAB* local(const char* name, TYPE* type, unsigned level = 2) {

@@ -1,5 +1,6 @@
 // The container: records in, records out, and the walks over a file's bytes.
 #include "file_fixture.h"
+#include "tools/icode_bytes.h"
 
 #include <functional>
 #include <sys/resource.h>
@@ -275,6 +276,71 @@ TEST_F(IcodeFile, FramesAreChecked) {
 }
 
 // The number of a file that the table lacks has no name, whatever the symbols before it have.
+// A field of 32 bits holds no more: 2^32 is not taken for 0, as a level of it would name a global.
+TEST_F(IcodeFile, WideReferencesAreRefused) {
+  using WRITE = std::function<void(I_FILE&, unsigned long)>; // the second is added to one field
+  auto record = [](int tag, std::vector<unsigned long> fields, size_t wide) -> WRITE {
+    return [=](I_FILE& f, unsigned long more) {
+      for (size_t k = 0; k < fields.size(); k++)
+        f.i_write_uint(fields[k] + (k == wide ? more : 0));
+      if (tag == TAG_LOOP_DEF) f.i_write_i16(0);
+      f.i_flush(tag);
+    };
+  };
+  // An expression: operator, type, fields; behind it a leaf, where it has an operand.
+  auto node = [](int op, std::vector<unsigned long> fields, size_t wide) -> WRITE {
+    return [=](I_FILE& f, unsigned long more) {
+      f.if_write_expr(nullptr, nullptr);
+      f.i_write_i8(op);
+      f.i_write_uint(0);
+      for (size_t k = 0; k < fields.size(); k++)
+        f.i_write_uint(fields[k] + (k == wide ? more : 0));
+      if (op == DDNODE) f.i_write_i8(0);
+      f.i_flush(TAG_NODE);
+      for (int k = 0; k < if_node_info[op].operands; k++) {
+        f.i_write_i8(VREG);
+        f.i_write_uint(0);
+        f.i_write_sint(1);
+        f.i_flush(TAG_NODE);
+      }
+    };
+  };
+  const std::vector<WRITE> writers = {node(NAME, {NO_SYMBOL_LEVEL, 0}, 0),
+                                      node(LABEL, {7}, 0),
+                                      node(SKIP, {1}, 0),
+                                      node(SWITCH, {1}, 0),
+                                      node(CALL, {1, 0}, 0),
+                                      node(CALL, {1, 0}, 1),
+                                      node(UCALL, {1}, 0),
+                                      node(DDNODE, {1, 2}, 0),
+                                      node(DDNODE, {1, 2}, 1),
+                                      node(EPVAL, {1}, 0),
+                                      record(TAG_LABEL, {5}, 0),
+                                      record(TAG_DD_EDGE, {1, 2, 3}, 0),
+                                      record(TAG_DD_EDGE, {1, 2, 3}, 2),
+                                      record(TAG_MBANK, {1, 2, 3, 4, 5}, 4),
+                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 0),
+                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 1)};
+  for (size_t k = 0; k < writers.size(); k++) {
+    for (unsigned long more : {0ul, 1ul << 32}) {
+      FILE_PTR out = create(path);
+      out->if_enter_global(symbol("f"));
+      out->if_write_begin_func(out->globals[0], nullptr);
+      out->if_write_end_args(nullptr);
+      writers[k](*out, more);
+      out->if_write_end_func(nullptr);
+      ASSERT_EQ(out->if_close(false, false), 0);
+      auto read = [&] {
+        open(path)->if_read_file();
+        exit(0);
+      };
+      EXPECT_EXIT(read(), testing::ExitedWithCode(more ? 1 : 0),
+                  more ? "Invalid I-code record" : "")
+          << "writer " << k;
+    }
+  }
+}
+
 TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
   FILE_PTR out = create(path);
   out->if_enter_global(symbol("a", make_psn("a.c", 1, 1)));
@@ -296,11 +362,47 @@ TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
   EXPECT_EQ(client.symbols.at(1)->psn->line, 2u);
 }
 
-// The two readers of signed numbers differ in those of 32 bits and more only.
+// A field of 32 bits takes the low ones of what is written, however long that is, here and in the
+// tools; a constant that needs more travels as decimal text.
 TEST_F(IcodeFile, SignedNumbers) {
-  const long values[] = {
-      0,         -1,       63, 64, -64, -65, INT32_MAX, INT32_MIN, INT32_MAX + 1l, INT32_MIN - 1l,
-      INT64_MAX, INT64_MIN};
+  const std::pair<std::string, int32_t> fields[] = {
+      {std::string("\0", 1), 0},
+      {"\x7f", -1},
+      {"\xff\x7f", -1}, // a group more than needed
+      {"\x3f", 63},
+      {std::string("\xc0\0", 2), 64},
+      {"\x40", -64},
+      {"\xbf\x7f", -65},
+      {"\xff\xff\xff\x7f", -1}, // 28 bits
+      {"\xff\xff\xff\xff\x07", INT32_MAX},
+      {"\xff\xff\xff\xff\x0f", -1}, // 2^32 - 1
+      {"\xff\xff\xff\xff\x7f", -1},
+      {"\x80\x80\x80\x80\x78", INT32_MIN},
+      {"\x80\x80\x80\x80\x08", INT32_MIN}, // 2^31
+      {"\x85\x80\x80\x80\x10", 5},         // 2^32 + 5
+      {"\xff\xff\xff\xff\xff\xff\xff\xff\x7f", -1},
+  };
+  FILE_PTR out = create(path);
+  const unsigned long start = out->if_tell();
+  std::string all;
+  for (const auto& [bytes, value] : fields)
+    all += bytes;
+  out->i_write_raw(all.data(), static_cast<int>(all.size()));
+  out->i_flush(TAG_LIR);
+  ASSERT_EQ(out->if_close(false, false), 0);
+  FILE_PTR in = open(path);
+  int tag, len;
+  in->if_seek(start);
+  in->i_read_header(tag, len);
+  icode::Reader reader({reinterpret_cast<const uint8_t*>(all.data()), all.size()});
+  for (const auto& [bytes, value] : fields) {
+    EXPECT_EQ(in->i_read_sint(), value);
+    EXPECT_EQ(reader.sint(), value);
+  }
+}
+
+TEST_F(IcodeFile, SignedNumbersOf64Bits) {
+  const long values[] = {0, -1, 63, -64, INT32_MAX + 1l, INT32_MIN - 1l, INT64_MAX, INT64_MIN};
   FILE_PTR out = create(path);
   const unsigned long start = out->if_tell();
   for (long v : values)
@@ -314,10 +416,6 @@ TEST_F(IcodeFile, SignedNumbers) {
   EXPECT_EQ(tag, TAG_LIR);
   for (long v : values)
     EXPECT_EQ(in->i_read_wide_sint(), v);
-  in->if_seek(start);
-  in->i_read_header(tag, len);
-  for (long v : values)
-    EXPECT_EQ(in->i_read_sint(), v == INT32_MIN - 1l ? v + (1l << 35) : v);
 }
 
 TEST_F(IcodeFile, RecordsGrowAndMemoryEnds) {

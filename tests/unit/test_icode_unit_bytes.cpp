@@ -56,14 +56,6 @@ TEST(IcodeBytes, NumbersReadBackAtGroupBorders) {
   EXPECT_EQ(reader_of(top).uint(), UINT64_MAX);
 }
 
-// Once 32 bits have been read there is nothing left to extend: the number is its low 32 bits.
-TEST(IcodeBytes, SignExtensionEndsAt32Bits) {
-  EXPECT_EQ(reader_of("\xff\xff\xff\xff\x07").sint(), INT32_MAX);
-  EXPECT_EQ(reader_of("\xff\xff\xff\xff\x7f").sint(), -1);
-  EXPECT_EQ(reader_of("\xff\xff\xff\x7f").sint(), -1); // 28 bits
-  EXPECT_EQ(reader_of("\xff\x7f").sint(), -1);         // a group more than needed
-}
-
 TEST(IcodeBytes, TooManyBitsAreRefused) {
   OwningReader r = reader_of("\xff\xff\xff\xff\xff\xff\xff\xff\xff\x02");
   r.uint();

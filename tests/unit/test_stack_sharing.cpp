@@ -3,6 +3,7 @@
 
 #include "OPT5/alias.h"
 #include "OPT5/stackshare.h"
+#include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
 // Blocks as the reader sees them, with variables that a statement names.
@@ -93,6 +94,15 @@ TEST_F(StackSharing, NothingIsBuiltWhereAlignmentEatsTheGain) {
   begin_block();
   block_variable("b", tp->mk_array(tp->mk_plain_int(), 1), 32);
   end_block();
+  EXPECT_FALSE(share());
+}
+
+TEST_F(StackSharing, NothingIsBuiltWhereOffsetsWouldNotFitInAFile) {
+  for (const char* name : {"a", "b"}) {
+    begin_block();
+    block_variable(name, tp->mk_array(tp->mk_plain_int(), 1 << 27));
+    end_block();
+  }
   EXPECT_FALSE(share());
 }
 

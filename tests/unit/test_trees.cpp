@@ -5,7 +5,22 @@
 
 #include <thread>
 
-using Trees = IrTest;
+class Trees : public IrTest {
+protected:
+  // An access to a bit-field of a new structure.
+  NODE* field(TYPE* type, unsigned long width) {
+    TYPE* record = tp->mk_struct("bits");
+    record->csu_parts()->complete = true;
+    fkMDATA member;
+    member.name = "m";
+    member.number = 1;
+    member.type = type;
+    member.bit_size = width;
+    NODE* node = alloc_node(FIELD, type);
+    node->mk_field(0, tp->add_member(record, member), record);
+    return maketree(STDOT, mk_NAME(local("object", record)), node, type);
+  }
+};
 
 TEST_F(Trees, TablesAreEachOthersReverse) {
   int named = 0;
@@ -154,6 +169,44 @@ TEST_F(Trees, AssignmentForms) {
   erase_tree(asg);
 }
 
+// A bit-field computes in int if that holds its values, whatever type it was declared with.
+TEST_F(Trees, BitFieldsPromoteByTheirWidth) {
+  SYMTAB* x = variable("x");
+  TYPE *plain = tp->mk_plain_int(), *natural = tp->mk_plain_uint(), *wide = tp->mk_long();
+  TYPE* wide_natural = tp->basic[TYPE::I_ULONG];
+  auto promoted = [](NODE* tree) {
+    TYPE* type = promoted_type(tree);
+    erase_tree(tree);
+    return type;
+  };
+  EXPECT_EQ(promoted(field(natural, 5)), plain);
+  EXPECT_EQ(promoted(field(natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide_natural, 16)), natural);
+  EXPECT_EQ(promoted(field(wide, 16)), plain);
+  EXPECT_EQ(promoted(field(wide, 17)), wide);
+  EXPECT_EQ(promoted(mk_ASG(field(natural, 5), mk_ICON(1, natural))), plain);
+  EXPECT_EQ(promoted_type(tp->mk_int(TYPE::I_UINT, false, 5, 16, false, false)), plain);
+
+  // u5 /= -2 is a division of ints, as is x /= u5.
+  NODE* asg = opASG_to_ASG(maketree(DIVASG, field(natural, 5), icon(-2), natural));
+  EXPECT_EQ(asg->right->left->type, plain);
+  EXPECT_EQ(tree_text(asg->right->left->right), "-2:int");
+  erase_tree(asg);
+  asg = opASG_to_ASG(op(DIVASG, name(x), field(natural, 5)));
+  EXPECT_EQ(asg->right->type, plain);
+  erase_tree(asg);
+  // u5 = u5 / k computes in another type than u5 /= k.
+  NODE* place = field(natural, 5);
+  asg = ASG_to_opASG(
+      mk_ASG(place, maketree(DIV, copy_tree(place, true), mk_ICON(3, natural), natural)));
+  EXPECT_EQ(asg->op, DIVASG); // both unsigned
+  erase_tree(asg);
+  place = field(natural, 5);
+  asg = ASG_to_opASG(mk_ASG(place, maketree(DIV, copy_tree(place, true), icon(-2), natural)));
+  EXPECT_EQ(asg->op, ASG);
+  erase_tree(asg);
+}
+
 TEST_F(Trees, PeelingKeepsEffects) {
   SYMTAB *x = variable("x"), *y = variable("y");
   EXPECT_EQ(peel_for_effect(op(PLUS, name(x), icon(1))), nullptr);
@@ -213,14 +266,39 @@ TEST_F(Trees, ErasingTwiceIsReported) {
   EXPECT_EXIT(erase_node(node), ::testing::ExitedWithCode(1), "ERROR IN 'erase_node'");
 }
 
-TEST_F(Trees, NodesMoveBetweenThreads) {
-  std::vector<NODE*> made(1000);
+// Nodes of one function are used again by it, and never by another: not after they were erased, nor
+// by way of a thread of its own. What has been given back as a whole serves the next function.
+TEST_F(Trees, MemoryStaysWithItsFunction) {
+  NODE* first = icon(7);
+  erase_tree(first);
+  NODE* again = icon(8);
+  EXPECT_EQ(again, first);
   std::thread([&] {
-    for (NODE*& node : made)
-      node = icon(7);
-  }).join();
-  for (NODE* node : made)
+    FUNINFO other("other");
+    currfuninfo = &other;
+    NODE* node = icon(9);
+    EXPECT_NE(node, again);
     erase_tree(node);
+    EXPECT_EQ(other.memory.live_nodes, 0);
+    const std::string text(100000, 'x'); // more than any shared block
+    SYMTAB* sym = func;
+    for (int k = 0; k < 1000; k++)
+      currfuninfo->stmts = mkelist(mk_NAME(sym), currfuninfo->stmts, nullptr);
+    node = alloc_node(SCON, tp->mk_void());
+    node->mk_scon(text.data(), static_cast<unsigned>(text.size()));
+    EXPECT_EQ(node->text, text);
+    currfuninfo = nullptr;
+  }).join();
+  EXPECT_EQ(again->icon_svalue(), 8);
+  FUNINFO next("next");
+  FUNINFO* kept = currfuninfo;
+  currfuninfo = &next;
+  NODE* foreign = again;
+#ifdef VRX_CHECKS
+  EXPECT_EXIT(erase_node(foreign), ::testing::ExitedWithCode(1), "owner");
+#endif
+  currfuninfo = kept;
+  erase_tree(foreign);
 }
 
 TEST_F(Trees, ArgumentsAndComma) {
@@ -253,6 +331,148 @@ TEST_F(Trees, MandatoryCasts) {
   EXPECT_EQ(cast(op(ULE, name(x), name(x))), "1:int");
   EXPECT_EQ(cast(op(FLE, mk_NAME(real), mk_NAME(real))), "FLE:int(real, real)"); // false for a NaN
   EXPECT_EQ(cast(mk_ASG(name(x), name(x))), "x");
+}
+
+TEST_F(Trees, TruthValuesAreAskedByTheirValue) {
+  TYPE *plain = tp->mk_plain_int(), *truth = tp->basic[TYPE::I_BOOL];
+  TYPE* ints = tp->mk_vector(plain, false, 2, 32, 32);
+  TYPE* one_signed_bit = tp->mk_int(TYPE::I_INT, true, 1, 16, false, true);
+  auto truth_value = [](NODE* tree) {
+    const bool answer = returns_1_or_0(tree);
+    erase_tree(tree);
+    return answer;
+  };
+  auto fits = [](NODE* tree, TYPE* type) {
+    const bool answer = value_fits_in_type(tree, type, nullptr);
+    erase_tree(tree);
+    return answer;
+  };
+  SYMTAB *x = variable("x"), *v = local("v", ints);
+  auto less = [&] { return op(LT, name(x), icon(3)); };
+  EXPECT_TRUE(truth_value(less()));
+  EXPECT_TRUE(truth_value(op(ANDB, name(x), icon(1))));
+  EXPECT_TRUE(truth_value(op(ANDB, icon(1), name(x))));
+  EXPECT_FALSE(truth_value(op(ANDB, icon(3), name(x))));
+  EXPECT_FALSE(truth_value(maketree(ANDB, mk_NAME(v), icon(1), ints)));
+  EXPECT_FALSE(truth_value(maketree(LT, mk_NAME(v), mk_NAME(v), ints)));
+  EXPECT_TRUE(truth_value(mk_ICON(2, truth))); // is true, which is 1
+  EXPECT_TRUE(truth_value(mk_ASG(name(x), less())));
+  EXPECT_FALSE(truth_value(mk_ASG(field(plain, 1), less())));
+  EXPECT_TRUE(truth_value(mk_ASG(field(plain, 2), less())));
+  EXPECT_TRUE(truth_value(mk_ASG(field(tp->mk_plain_uint(), 1), less())));
+  EXPECT_FALSE(truth_value(op(COMMAOP, icon(5), mk_ASG(field(plain, 1), less()))));
+  EXPECT_FALSE(truth_value(mk_ASG(mk_NAME(local("r", tp->mk_fltpt(TYPE::F_FLOAT))), icon(1))));
+
+  EXPECT_TRUE(fits(less(), tp->mk_plain_uint()));
+  EXPECT_FALSE(fits(less(), one_signed_bit));
+  EXPECT_FALSE(fits(mk_ASG(field(plain, 1), less()), tp->mk_plain_uint()));
+  EXPECT_TRUE(fits(mk_ASG(field(plain, 1), less()), plain));
+}
+
+// Folding puts the constant of a sum first.
+TEST_F(Trees, PointerSumsWithTheConstantOnEitherSide) {
+  TYPE *ints = tp->mk_ptr(tp->mk_plain_int()), *longs = tp->mk_ptr(tp->mk_long());
+  TYPE* number = tp->mk_long();
+  SYMTAB *p = local("p", ints), *q = local("q", ints);
+  auto sum = [&](NODE* a, NODE* b) { return maketree(PLUS, a, b, ints); };
+  auto pushed = [&](NODE* tree) {
+    tree = push_down_pointer_cast(longs, tree);
+    std::string text = tree_text(tree);
+    tree = remove_pushed_down_casts(tree);
+    text += " <- " + tree_text(tree);
+    erase_tree(tree);
+    return text;
+  };
+  EXPECT_EQ(pushed(sum(name(p), icon(4))),
+            "PLUS:long *(PCONV:long *(p), 4:int) <- PCONV:long *(PLUS:int *(p, 4:int))");
+  EXPECT_EQ(pushed(sum(icon(4), name(p))),
+            "PLUS:long *(4:int, PCONV:long *(p)) <- PCONV:long *(PLUS:int *(4:int, p))");
+  EXPECT_EQ(pushed(sum(sum(icon(4), name(p)), icon(2))),
+            "PLUS:long *(PLUS:long *(4:int, PCONV:long *(p)), 2:int) <- "
+            "PCONV:long *(PLUS:int *(PLUS:int *(4:int, p), 2:int))");
+  // A difference is a number, which the cast is applied to.
+  const std::string difference = "PCONV:long *(MINUS:long(p, q))";
+  EXPECT_EQ(pushed(maketree(MINUS, name(p), name(q), number)), difference + " <- " + difference);
+
+  auto* object = new SYMTAB;
+  object->name = strdup("object");
+  object->type = object->otype = tp->mk_plain_int();
+  auto known = [](NODE* tree) {
+    const bool answer = expr_is_globally_evaluable(tree);
+    erase_tree(tree);
+    return answer;
+  };
+  auto address = [&] { return maketree(UAND, mk_NAME(object), nullptr, ints); };
+  EXPECT_TRUE(known(sum(address(), icon(4))));
+  EXPECT_TRUE(known(sum(icon(4), sum(address(), icon(4)))));
+  EXPECT_FALSE(known(sum(icon(4), name(p))));
+  EXPECT_FALSE(known(maketree(MINUS, icon(4), address(), ints)));
+  EXPECT_FALSE(known(maketree(MINUS, address(), address(), number)));
+}
+
+// struct { int a; volatile int v; mutable int m; int f: 4; struct { int x; mutable int y; } in[2];
+// }
+TEST_F(Trees, WhatNobodyChanges) {
+  TYPE* plain = tp->mk_plain_int();
+  auto add = [](TYPE* record, const char* name, TYPE* type, long at, unsigned bits, bool changes) {
+    fkMDATA member;
+    member.name = name;
+    member.number = static_cast<unsigned>(record->csu_parts()->members.size()) + 1;
+    member.type = type;
+    member.bit_offset = at;
+    member.bit_size = bits;
+    member.flags[1] = changes;
+    return tp->add_member(record, member);
+  };
+  TYPE* inner = tp->mk_struct("inner");
+  inner->csu_parts()->complete = true;
+  inner->size = 32;
+  add(inner, "x", plain, 0, 0, false);
+  add(inner, "y", plain, 16, 0, true);
+  TYPE* outer = tp->mk_struct("outer");
+  outer->csu_parts()->complete = true;
+  outer->size = 128;
+  fkMDATA* a = add(outer, "a", plain, 0, 0, false);
+  add(outer, "v", tp->mk_qual(plain, TYPE::Q_VOLATILE), 16, 0, false);
+  fkMDATA* m = add(outer, "m", plain, 32, 0, true);
+  add(outer, "f", plain, 48, 4, false);
+  add(outer, "in", tp->mk_array(inner, 2), 64, 0, false);
+  TYPE* constant = tp->mk_qual(outer, TYPE::Q_CONST);
+  auto stays = [&](int first, int bits) {
+    return bits_of_var_are_immutable(constant, first, bits, true);
+  };
+  EXPECT_TRUE(stays(0, 16));
+  EXPECT_FALSE(stays(16, 16));
+  EXPECT_FALSE(stays(32, 16));
+  EXPECT_TRUE(stays(48, 4));
+  EXPECT_FALSE(stays(40, 12));
+  EXPECT_TRUE(stays(96, 16));
+  EXPECT_FALSE(stays(112, 16));
+  EXPECT_FALSE(stays(96, 32));
+  EXPECT_FALSE(stays(0, 128));
+  EXPECT_FALSE(bits_of_var_are_immutable(constant, 0, 16, false));
+  EXPECT_FALSE(bits_of_var_are_immutable(outer, 0, 16, true));
+  TYPE* with_const = tp->mk_struct("with_const");
+  with_const->csu_parts()->complete = true;
+  with_const->size = 32;
+  add(with_const, "c", tp->mk_qual(plain, TYPE::Q_CONST), 0, 0, false);
+  add(with_const, "d", plain, 16, 0, false);
+  EXPECT_TRUE(bits_of_var_are_immutable(with_const, 0, 16, true));
+  EXPECT_FALSE(bits_of_var_are_immutable(with_const, 0, 32, true));
+
+  SYMTAB* object = local("object", constant);
+  auto member = [&](fkMDATA* which) {
+    NODE* node = alloc_node(FIELD, which->type);
+    node->mk_field(0, which, outer);
+    return maketree(STDOT, mk_NAME(object), node, which->type);
+  };
+  NODE *fixed = member(a), *changing = member(m);
+  EXPECT_TRUE(lvalue_is_immutable(fixed));
+  EXPECT_FALSE(lvalue_is_immutable(changing));
+  EXPECT_FALSE(symbol_is_immutable(object));
+  EXPECT_TRUE(symbol_is_immutable(local("k", tp->mk_qual(plain, TYPE::Q_CONST))));
+  erase_tree(fixed);
+  erase_tree(changing);
 }
 
 TEST_F(Trees, TypeQuestions) {
@@ -292,8 +512,4 @@ TEST_F(Trees, TypeQuestions) {
   tp->add_member(dark, member);
   EXPECT_TRUE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), dark));
   EXPECT_TRUE(type_may_alias_type(tp->mk_unknown(), outer));
-  NODE* bit = op(ANDB, icon(6), icon(1));
-  EXPECT_TRUE(returns_1_or_0(bit));
-  EXPECT_TRUE(value_fits_in_type(bit, tp->mk_plain_int(), nullptr));
-  erase_tree(bit);
 }

@@ -356,6 +356,12 @@ TEST_F(TypeRecords, QuirksOfForm) {
 TEST_F(TypeRecords, DamagedSectionsAreRefused) {
   expect_death([](I_FILE& f) { put_int(f, 1), put_int(f, 1); }, "read type twice");
   expect_death([](I_FILE& f) { put_csu(f, 1, true), put_csu(f, 1, true); }, "read type twice");
+  // After a class's short form only its long form may follow.
+  expect_death([](I_FILE& f) { put_csu(f, 1, false), put_int(f, 1); }, "read type twice");
+  expect_death([](I_FILE& f) { put_csu(f, 1, false), put_csu(f, 1, false); }, "read type twice");
+  expect_death([](I_FILE& f) { put_int(f, 1), put_csu(f, 1, false); }, "read type twice");
+  expect_death([](I_FILE& f) { put_int(f, 2), put_csu(f, 1, false), put_ptr(f, 1, 2); },
+               "read type twice");
   expect_death([](I_FILE& f) { put_ptr(f, 1, 2); }, "invalid forward reference");
   expect_death([](I_FILE& f) { put_ptr(f, 1, 1); }, "invalid forward reference");
   expect_death([](I_FILE& f) { put_ptr(f, 1, 0); }, INVALID);
