@@ -21,6 +21,14 @@ void install_out_of_memory_handler(void (*hook)()) {
   std::set_new_handler(out_of_memory);
 }
 
+// From the first: what static objects allocate before main may fail too, those of shared libraries
+// included, which are made ahead of the program's own.
+static void install_before_main() {
+  std::set_new_handler(out_of_memory);
+}
+[[gnu::section(".preinit_array"),
+  gnu::used]] static void (*const first_of_all)() = install_before_main;
+
 static void* checked(void* p, size_t size) {
   if (!p && size) out_of_memory();
   return p;

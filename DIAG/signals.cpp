@@ -34,6 +34,10 @@ const char* fault_text(int signal) {
   }
 }
 
+// Of the one thread that ends the run by a signal.
+enum END_STAGE { NOT_BEGUN, BEGUN, TELLING };
+volatile sig_atomic_t end_stage = NOT_BEGUN;
+
 void end_at_once(int) {
   _exit(1);
 }
@@ -87,15 +91,21 @@ void set_signal_note(const char* note) {
   signal_note = note;
 }
 
-void common_signal_end(int signal) {
+void begin_signal_end() {
   // A fault while the end is on its way ends it.
   if (!claim_the_end()) _exit(1);
+  end_stage = BEGUN;
   // The end of the run may wait for a lock that the interrupted code holds; then this ends it.
   struct sigaction last {};
   last.sa_handler = end_at_once;
   sigaction(SIGALRM, &last, nullptr);
   alarm(SECONDS_TO_END);
   ::signal(SIGXFSZ, SIG_IGN); // the limit holds for what the message is written to, too
+}
+
+void common_signal_end(int signal) {
+  if (end_stage != BEGUN) begin_signal_end();
+  end_stage = TELLING;
 
   static char text[2048];
   text[0] = 0;

@@ -11,9 +11,12 @@ void install_common_handlers(void (*handler)(int), void (*callback)());
 // Gives the calling thread a stack for its handlers, so that a stack overflow can be told too. A
 // worker calls it once, before its work; install_common_handlers does it for the main thread.
 void give_thread_a_signal_stack();
-// Prints what the signal means, with the tool's name, calls the callback and ends the process with
-// status 1. Async-signal-safe up to the callback. A second fault on the way ends the process at
-// once.
+// What a handler does first: makes this thread the one that ends the run, sets a time limit to the
+// end, and lets the limit of file sizes raise no further signal.
+void begin_signal_end();
+// Begins the end unless the handler has. Prints what the signal means, with the tool's name, calls
+// the callback and ends the process with status 1. Async-signal-safe up to the callback. A second
+// fault on the way ends the process at once.
 [[noreturn]] void common_signal_end(int signal);
 // A word on what this thread is doing, for the message of a fault; null for nothing. The text must
 // live until the next call.

@@ -130,6 +130,7 @@ void end_after_signal() {
 // isn't taken apart: other threads may be using it, and freeing memory in a handler may never
 // return. The end of the process closes the file.
 void debug_signal_handler(int signal) {
+  begin_signal_end();
   remove_output(); // first: whatever follows may fail
   if (FDEBUG) {
     fflush(FDEBUG);
@@ -395,7 +396,6 @@ void close_files() {
     close_text_file(finfo, "Info File", info_file_path.c_str());
   }
   check_standard_output();
-  output_is_open = false;
 }
 
 void time_report(clock_t start) {
@@ -520,5 +520,6 @@ int run_compilation(int argc, char** argv) {
   if (timed) time_report(start);
   close_files();
   release_everything();
+  output_is_open = false; // from here on nothing can fail
   return 0;
 }

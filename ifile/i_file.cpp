@@ -2,6 +2,7 @@
 
 #include "ifile/i_file.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -181,6 +182,7 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
     failed |= fclose(fp) != 0;
     fp = nullptr;
   }
+  if (failed && write_errno) errno = write_errno;
   return failed ? 1 : 0;
 }
 
@@ -373,7 +375,8 @@ void I_FILE::begin_record() {
 // Hands the finished records to the stream. Not within a record.
 void I_FILE::write_out() {
   // A failure shows in the stream's error indicator, which if_close reports.
-  if (record_start) fwrite(buf, 1, record_start, fp);
+  if (record_start && fwrite(buf, 1, record_start, fp) != record_start && !write_errno)
+    write_errno = errno;
   buf_next = record_start = 0;
   begin_record();
 }

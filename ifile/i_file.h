@@ -272,6 +272,7 @@ private:
   unsigned char* buf = nullptr;
   unsigned long buf_size = 0, buf_next = 0, record_start = 0;
   unsigned long written = 0;                              // bytes written so far, from base
+  int write_errno = 0;                                    // of the first write that failed
   std::unordered_map<const char*, unsigned> file_numbers; // by interned name
   std::vector<TYPE*> numbered_types; // types referred to; number k is entry k-1
   std::vector<char> type_is_written; // by the same index

@@ -47,11 +47,11 @@ enum OPCODE : int {
 #define AS_ENUMERATOR(code, name, ...) name = code,
   FOR_EACH_FILE_OP(AS_ENUMERATOR) FOR_EACH_MEMORY_OP(AS_ENUMERATOR)
 #undef AS_ENUMERATOR
-  ILLOP = 224,
+      ILLOP = 224,
 };
 
-// The record LOOP of the loop tree owns the plain name, so the operator's enumerator is LOOP_OP; its
-// printed name is "LOOP".
+// The record LOOP of the loop tree owns the plain name, so the operator's enumerator is LOOP_OP;
+// its printed name is "LOOP".
 
 constexpr int FIRST_MEMORY_OP = 164;
 constexpr int OPCODE_COUNT = 225;

@@ -5,6 +5,7 @@
 #include "tools/cc_target.h"
 
 #include "DIAG/abort.h"
+#include "DIAG/safemalloc.h"
 
 #include "clang/AST/ASTConsumer.h"
 #include "clang/Basic/DiagnosticSema.h"
@@ -21,8 +22,10 @@
 #include "clang/Lex/PreprocessorOptions.h"
 #include "clang/Parse/ParseAST.h"
 #include "clang/Sema/Sema.h"
+#include "llvm/Support/ErrorHandling.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -373,6 +376,7 @@ int run_compiler(int argc, char** argv) {
   }
   set_abort_handler(end_failing_run);
   if_death_hook = tp_death_hook = remove_output;
+  install_out_of_memory_handler(remove_output);
   const int status = compile(command);
   erase_all_symbols();
   delete tp; // with all its types
@@ -382,6 +386,15 @@ int run_compiler(int argc, char** argv) {
 
 } // namespace cc
 
+// Of memory that the libraries don't ask for by new, from the first on.
+static void install_before_main() {
+  llvm::install_bad_alloc_error_handler([](void*, const char*, bool) { out_of_memory(); });
+}
+[[gnu::section(".preinit_array"),
+  gnu::used]] static void (*const first_of_all)() = install_before_main;
+
 int main(int argc, char** argv) {
+  signal(SIGPIPE, SIG_IGN); // a write that can't be done fails
+  signal(SIGXFSZ, SIG_IGN);
   return cc::run_compiler(argc, argv);
 }

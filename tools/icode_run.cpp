@@ -183,6 +183,7 @@ struct Job {
 
 void* run_job(void* p) {
   Job& job = *static_cast<Job*>(p);
+  let_failures_be_handled();
   try {
     job.status = run(job.options);
   } catch (const std::exception& e) { // out of memory, for one

@@ -1,11 +1,14 @@
 #include "tools/tool_main.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <new>
+#include <unistd.h>
 
 namespace icode {
 
@@ -89,7 +92,28 @@ int run(const Converter& converter, int argc, char** argv) {
 
 } // namespace
 
+// What static objects allocate may fail too, those of shared libraries included.
+static void end_without_memory() {
+  static const char text[] = "out of memory\n";
+  if (write(STDERR_FILENO, text, sizeof text - 1) < 0) {
+    // The status still tells.
+  }
+  _exit(1);
+}
+static void install_before_main() {
+  std::set_new_handler(end_without_memory);
+}
+[[gnu::section(".preinit_array"),
+  gnu::used]] static void (*const first_of_all)() = install_before_main;
+
+void let_failures_be_handled() {
+  std::set_new_handler(nullptr);
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
 int run_converter(const Converter& converter, int argc, char** argv) {
+  let_failures_be_handled();
   try {
     return run(converter, argc, argv);
   } catch (const std::exception& e) { // out of memory, for one
