@@ -1,6 +1,6 @@
 // Calls, arguments, built-in functions.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "clang/AST/ExprCXX.h"
 #include "clang/Basic/Builtins.h"
@@ -20,7 +20,27 @@ NODE* LOWERING::argument(const clang::Expr* e, TYPE* parameter) {
 NODE* LOWERING::call(const clang::CallExpr* e) {
   if (const clang::FunctionDecl* callee = e->getDirectCallee(); callee && callee->getBuiltinID())
     return call_builtin(e, callee);
-  NODE* function = value(e->getCallee());
+  return call_of(value(e->getCallee()), e);
+}
+
+// A call of an external function of that name with the type of another declaration.
+NODE* LOWERING::call_named(const std::string& name, const clang::FunctionDecl* like,
+                           const clang::CallExpr* e) {
+  TYPE* type = type_of(like->getType(), e->getExprLoc());
+  SYMTAB*& sym = unit.externals[name];
+  if (!sym) {
+    const auto defined = unit.definitions.find(name);
+    if (defined != unit.definitions.end()) {
+      sym = defined->second.source->symbol_of(defined->second.decl);
+    } else {
+      sym = new_symbol(name, type, SC_EXTERN_DECL, e->getExprLoc());
+      enter_global(sym);
+    }
+  }
+  return call_of(decay(name_node(sym)), e);
+}
+
+NODE* LOWERING::call_of(NODE* function, const clang::CallExpr* e) {
   if (!is_function_pointer(function->type))
     refuse(e->getExprLoc(), "call of this expression is not supported");
   const TYPE* type = pointee(function->type)->underlying_type();
@@ -109,9 +129,26 @@ NODE* LOWERING::call_builtin(const clang::CallExpr* e, const clang::FunctionDecl
   case clang::Builtin::BI__builtin_nan:
   case clang::Builtin::BI__builtin_nanf:
   case clang::Builtin::BI__builtin_nanl: return fcon(NAN, type_of(callee->getReturnType(), at));
-  case clang::Builtin::BI__builtin_convertvector: break; // not a call in the parser's tree
+  case clang::Builtin::BI__builtin_constant_p: {
+    NODE* x = value(e->getArg(0));
+    const bool is_constant = evaluate(x).has_value();
+    erase_tree(x);
+    return icon(is_constant, int_type());
+  }
+  case clang::Builtin::BI__builtin_unreachable:
+    return maketree(NASSERT, icon(0, int_type()), nullptr, tp->mk_void());
   default: break;
   }
+  // A function of the library under its other name.
+  static const std::set<std::string> LIBRARY = {
+      "abs",     "labs",   "llabs",   "memcpy", "memmove", "memset",  "memcmp",   "memchr",
+      "strlen",  "strcpy", "strncpy", "strcat", "strncat", "strcmp",  "strncmp",  "strchr",
+      "strrchr", "strstr", "printf",  "puts",   "putchar", "sprintf", "snprintf", "fabs",
+      "fabsf",   "sqrt",   "sqrtf",   "sin",    "cos",     "floor",   "ceil",     "pow",
+      "exp",     "log",    "malloc",  "calloc", "free",    "exit",    "abort"};
+  llvm::StringRef name = callee->getName();
+  if (name.consume_front("__builtin_") && LIBRARY.count(name.str()))
+    return call_named(name.str(), callee, e);
   refuse(at, "built-in function '" + callee->getName().str() + "' is not supported");
 }
 

@@ -1,24 +1,23 @@
 // Symbols, functions, and the unit as a whole.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "OPT5/treewalk.h"
-
-#include "OPT5/optables.h"
 #include "OPT5/verify.h"
 
 #include "clang/AST/Attr.h"
 #include "clang/Basic/Diagnostic.h"
 
+#include <algorithm>
 #include <cstring>
 
 using clang::SourceLocation;
 
 namespace cc {
 
-LOWERING::LOWERING(clang::ASTContext& context, I_FILE* file, std::vector<std::string> opts,
+LOWERING::LOWERING(clang::ASTContext& context, LINKAGE& whole,
                    const std::vector<LOOP_PRAGMA>& notes)
-    : ctx(context), sm(context.getSourceManager()), out(file), options(std::move(opts)),
+    : ctx(context), sm(context.getSourceManager()), unit(whole), out(whole.out),
       loop_pragmas(notes) {}
 
 // ---------------------------------------------------------------------------------------------
@@ -64,7 +63,7 @@ SYMTAB* LOWERING::new_symbol(const std::string& name, TYPE* type, int sclass, So
 
 void LOWERING::enter_global(SYMTAB* sym) {
   out->if_enter_global(sym);
-  globals.push_back(sym);
+  unit.globals.push_back(sym);
 }
 
 void LOWERING::add_pragma(SYMTAB* sym, int kind, std::vector<std::string> args) {
@@ -85,10 +84,12 @@ unsigned LOWERING::option_set_of(const clang::FunctionDecl* decl) {
       if (note.consume_front("options:")) text += " " + note.str();
     }
   if (text.empty()) return 0;
-  auto [place, is_new] = option_sets.emplace(text, static_cast<unsigned>(option_sets.size() + 1));
+  auto [place, is_new] =
+      unit.option_sets.emplace(text, static_cast<unsigned>(unit.option_sets.size() + 1));
   if (is_new) {
-    if (option_sets.size() == 1 && options.empty()) out->if_enter_option_set(OPTION_SET{0, {}});
-    OPTION_SET set{place->second, options};
+    if (unit.option_sets.size() == 1 && unit.options.empty())
+      out->if_enter_option_set(OPTION_SET{0, {}});
+    OPTION_SET set{place->second, unit.options};
     for (std::string& word : words(text))
       set.strings.push_back(std::move(word));
     out->if_enter_option_set(set);
@@ -101,8 +102,7 @@ void LOWERING::attributes_of(const clang::Decl* decl, SYMTAB* sym) {
     for (const clang::Attr* attr : d->attrs()) {
       switch (attr->getKind()) {
       case clang::attr::Used: sym->policy = I_SYMTAB::ALWAYS; break;
-      case clang::attr::Packed:
-      case clang::attr::Aligned: refuse_layout_attributes(d); break;
+      case clang::attr::Aligned: sym->align = std::max(sym->align, wanted_alignment(d)); break;
       case clang::attr::Alias:
       case clang::attr::AsmLabel:
       case clang::attr::Cleanup:
@@ -116,6 +116,40 @@ void LOWERING::attributes_of(const clang::Decl* decl, SYMTAB* sym) {
     }
 }
 
+bool LOWERING::is_internal(const clang::FunctionDecl* decl) {
+  const clang::FunctionDecl* definition = decl->getDefinition();
+  return decl->getStorageClass() == clang::SC_Static ||
+         decl->getCanonicalDecl()->getStorageClass() == clang::SC_Static ||
+         // An inline definition is this unit's own.
+         (definition && definition->isInlined() &&
+          !definition->isInlineDefinitionExternallyVisible());
+}
+
+std::string LOWERING::place_text(SourceLocation at) {
+  const PSN* psn = psn_of(at);
+  return psn ? std::string(psn->file) + ":" + std::to_string(psn->line) : "an unknown place";
+}
+
+// The symbol of a name of linkage if another source has it or is to define it.
+SYMTAB* LOWERING::shared_symbol(const clang::NamedDecl* decl, TYPE* type) {
+  const std::string name = decl->getName().str();
+  SYMTAB* sym = nullptr;
+  const auto defined = unit.definitions.find(name);
+  if (defined != unit.definitions.end() && defined->second.source != this)
+    sym = defined->second.source->symbol_of(defined->second.decl);
+  else if (const auto known = unit.externals.find(name); known != unit.externals.end())
+    sym = known->second;
+  TYPE* known_type = sym ? sym->otype : nullptr;
+  if (const auto larger = unit.flexible.find(sym); larger != unit.flexible.end())
+    known_type = larger->second->type;
+  if (sym && !types_agree(known_type, type))
+    refuse(decl->getLocation(),
+           "'" + name + "' has another type at " +
+               (sym->psn ? std::string(sym->psn->file) + ":" + std::to_string(sym->psn->line)
+                         : "another place"));
+  return sym;
+}
+
 SYMTAB* LOWERING::function_symbol(const clang::FunctionDecl* decl) {
   SYMTAB*& known = symbols[decl->getCanonicalDecl()];
   if (known) return known;
@@ -124,15 +158,16 @@ SYMTAB* LOWERING::function_symbol(const clang::FunctionDecl* decl) {
   if (!best->hasWrittenPrototype())
     for (const clang::FunctionDecl* d : decl->redecls())
       if (d->hasWrittenPrototype()) best = d;
-  const bool is_static =
-      decl->getStorageClass() == clang::SC_Static ||
-      decl->getCanonicalDecl()->getStorageClass() == clang::SC_Static ||
-      // An inline definition is this unit's own.
-      (definition && definition->isInlined() && !definition->isInlineDefinitionExternallyVisible());
+  const bool is_static = is_internal(decl);
   const int sclass = is_static ? SC_STATIC : definition ? SC_EXTERN : SC_EXTERN_DECL;
   TYPE* type = type_of_decl(best);
-  SYMTAB* sym = new_symbol(decl->getName().str(), type, sclass, best->getLocation());
+  if (!is_static)
+    if (SYMTAB* shared = shared_symbol(decl, type)) return known = shared;
+  const std::string name = decl->getName().str();
+  SYMTAB* sym =
+      new_symbol(is_static ? unit.static_name(name) : name, type, sclass, best->getLocation());
   known = sym;
+  if (!is_static) unit.externals[name] = sym;
   attributes_of(decl, sym);
   if (definition) {
     bool is_inline = definition->isInlined();
@@ -164,8 +199,13 @@ SYMTAB* LOWERING::global_variable(const clang::VarDecl* decl) {
           ? SC_STATIC
       : is_defined ? SC_EXTERN
                    : SC_EXTERN_DECL;
-  SYMTAB* sym = new_symbol(decl->getName().str(), type, sclass, best->getLocation());
+  const std::string name = decl->getName().str();
+  if (sclass != SC_STATIC)
+    if (SYMTAB* shared = shared_symbol(decl, type)) return symbols[decl] = shared;
+  SYMTAB* sym = new_symbol(sclass == SC_STATIC ? unit.static_name(name) : name, type, sclass,
+                           best->getLocation());
   symbols[decl] = sym;
+  if (sclass != SC_STATIC) unit.externals[name] = sym;
   if (is_defined && (sym->cqual & TYPE::Q_CONST) && !(sym->cqual & TYPE::Q_VOLATILE))
     sym->cqual |= CQ_READ_ONLY;
   attributes_of(decl, sym);
@@ -177,7 +217,7 @@ SYMTAB* LOWERING::global_variable(const clang::VarDecl* decl) {
 
 SYMTAB* LOWERING::static_object(const std::string& name, TYPE* type, SourceLocation at) {
   std::string unique = name;
-  for (unsigned k = 2; !static_names.insert(unique).second; k++)
+  for (unsigned k = 2; !unit.static_names.insert(unique).second; k++)
     unique = name + "$" + std::to_string(k);
   SYMTAB* sym = new_symbol(unique, type, SC_STATIC, at);
   enter_global(sym);
@@ -279,14 +319,14 @@ void LOWERING::note_addresses(const NODE* tree) {
     const NODE* place = node->left;
     while (place->op == STDOT || place->op == VFIELD)
       place = place->left;
-    if (place->op == NAME) address_taken.insert(place->u.sym);
+    if (place->op == NAME) unit.address_taken.insert(place->u.sym);
     return true;
   });
 }
 
 void LOWERING::write_locals(const std::vector<SYMTAB*>& locals) {
   for (SYMTAB* sym : locals) {
-    if (sym->type->is_scalar() && !address_taken.count(sym)) sym->cqual |= CQ_NO_ADDRESS;
+    if (sym->type->is_scalar() && !unit.address_taken.count(sym)) sym->cqual |= CQ_NO_ADDRESS;
     out->if_enter_local(sym);
     out->if_write_symbol(sym);
   }
@@ -358,23 +398,7 @@ void LOWERING::top_level(const clang::Decl* decl) {
   }
 }
 
-void LOWERING::finish_globals() {
-  for (SYMTAB* sym : initialised)
-    for (const NODE* root : sym->init_list)
-      note_addresses(root);
-  for (SYMTAB* sym : globals)
-    if (sym->sclass == SC_STATIC && sym->type->is_scalar() && !address_taken.count(sym))
-      sym->cqual |= CQ_NO_ADDRESS;
-  for (SYMTAB* sym : initialised) {
-    out->if_write_init(sym);
-    for (NODE* root : sym->init_list)
-      out->if_write_expr_node(root);
-  }
-}
-
-bool LOWERING::run() {
-  init_opcode_tables();
-  if (!options.empty()) out->if_enter_option_set(OPTION_SET{0, options});
+void LOWERING::run() {
   for (const clang::Decl* decl : ctx.getTranslationUnitDecl()->decls()) {
     try {
       top_level(decl);
@@ -385,8 +409,6 @@ bool LOWERING::run() {
       fn = nullptr;
     }
   }
-  if (!failed) finish_globals();
-  return !failed;
 }
 
 } // namespace cc

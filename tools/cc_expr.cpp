@@ -1,6 +1,6 @@
 // Expressions: places, operators, assignments, conversions.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "OPT5/optables.h"
 
@@ -86,7 +86,7 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   case clang::Stmt::CharacterLiteralClass: {
     auto* literal = llvm::cast<clang::CharacterLiteral>(e);
     if (literal->getKind() != clang::CharacterLiteral::Ascii)
-      refuse(e->getExprLoc(), "wide characters are not supported");
+      return icon(literal->getValue(), type_of(literal->getType(), e->getExprLoc()));
     return icon(literal->getValue(), int_type());
   }
   case clang::Stmt::FloatingLiteralClass: {
@@ -109,6 +109,8 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   case clang::Stmt::BinaryOperatorClass: return binary(llvm::cast<clang::BinaryOperator>(e));
   case clang::Stmt::ConditionalOperatorClass:
     return conditional(llvm::cast<clang::ConditionalOperator>(e));
+  case clang::Stmt::BinaryConditionalOperatorClass:
+    return first_or(llvm::cast<clang::BinaryConditionalOperator>(e));
   case clang::Stmt::UnaryExprOrTypeTraitExprClass:
     return size_or_alignment(llvm::cast<clang::UnaryExprOrTypeTraitExpr>(e));
   case clang::Stmt::OffsetOfExprClass: return offset_of(llvm::cast<clang::OffsetOfExpr>(e));
@@ -125,17 +127,11 @@ NODE* LOWERING::lower(const clang::Expr* e) {
   }
   case clang::Stmt::ImplicitValueInitExprClass:
     return zero_of(value_type(type_of(e->getType(), e->getExprLoc())));
-  case clang::Stmt::GenericSelectionExprClass: {
-    auto* selection = llvm::cast<clang::GenericSelectionExpr>(e);
-    const clang::Expr* control = selection->getControllingExpr();
-    TYPE* ours = value_type(type_of_expression(control));
-    const bool agrees =
-        !ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc()));
-    if (!agrees) refuse(e->getExprLoc(), "selection by a type that depends on the width of 'char'");
-    return lower(selection->getResultExpr());
-  }
-  case clang::Stmt::StmtExprClass:
-    refuse(e->getExprLoc(), "statement expressions are not supported");
+  case clang::Stmt::GenericSelectionExprClass:
+    return generic_selection(llvm::cast<clang::GenericSelectionExpr>(e));
+  case clang::Stmt::StmtExprClass: return statement_expression(llvm::cast<clang::StmtExpr>(e));
+  case clang::Stmt::ChooseExprClass:
+    return lower(llvm::cast<clang::ChooseExpr>(e)->getChosenSubExpr());
   case clang::Stmt::AddrLabelExprClass:
     refuse(e->getExprLoc(), "addresses of labels are not supported");
   case clang::Stmt::ImaginaryLiteralClass:
@@ -146,11 +142,31 @@ NODE* LOWERING::lower(const clang::Expr* e) {
          std::string("expression '") + e->getStmtClassName() + "' is not supported");
 }
 
+// The parser chooses by its own widths: where they differ, the type that the target has decides.
+NODE* LOWERING::generic_selection(const clang::GenericSelectionExpr* e) {
+  const clang::Expr* control = e->getControllingExpr();
+  NODE* tree = value(control);
+  TYPE* ours = value_type(tree->type);
+  erase_tree(tree);
+  if (!ours->is_int() || ours == value_type(type_of(control->getType(), e->getExprLoc())))
+    return lower(e->getResultExpr());
+  const clang::Expr* otherwise = nullptr;
+  for (const auto association : e->associations()) {
+    const clang::TypeSourceInfo* type = association.getTypeSourceInfo();
+    if (!type)
+      otherwise = association.getAssociationExpr();
+    else if (type_of(type)->underlying_type() == ours)
+      return lower(association.getAssociationExpr());
+  }
+  if (!otherwise) refuse(e->getExprLoc(), "selection by a type that it doesn't list on the target");
+  return lower(otherwise);
+}
+
 // ---------------------------------------------------------------------------------------------
 // Places
 
 NODE* LOWERING::string_literal(const clang::StringLiteral* e) {
-  if (!e->isAscii() && !e->isUTF8()) refuse(e->getExprLoc(), "wide strings are not supported");
+  if (!e->isAscii() && !e->isUTF8()) return name_node(wide_string(e));
   const llvm::StringRef bytes = e->getBytes();
   NODE* text = alloc_node(SCON, tp->mk_ptr(char_type()));
   text->mk_scon(bytes.data(), static_cast<unsigned>(bytes.size()));
@@ -165,7 +181,9 @@ NODE* LOWERING::declaration_reference(const clang::DeclRefExpr* e) {
   }
   if (!llvm::isa<clang::VarDecl>(decl) && !llvm::isa<clang::FunctionDecl>(decl))
     refuse(e->getExprLoc(), "reference to '" + decl->getName().str() + "' is not supported");
-  return name_node(symbol_of(decl));
+  SYMTAB* sym = symbol_of(decl);
+  const auto larger = unit.flexible.find(sym);
+  return larger == unit.flexible.end() ? name_node(sym) : member_of(name_node(sym), larger->second);
 }
 
 NODE* LOWERING::in_memory(NODE* aggregate, SourceLocation at) {
@@ -409,45 +427,57 @@ NODE* LOWERING::compound_assignment(const clang::CompoundAssignOperator* e) {
   return mk_COMMAOP(setup, assign(place, result));
 }
 
-NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
-  const SourceLocation at = e->getQuestionLoc();
-  if (e->getCond()->getType()->isVectorType())
-    refuse(at, "this operator is not supported for vectors");
-  NODE* condition = truth(value(e->getCond()));
-  NODE *a, *b;
-  TYPE* type;
-  if (e->getType()->isVoidType()) {
-    auto side = [&](const clang::Expr* x) {
-      NODE* tree = effect(x);
-      return tree ? decay(tree) : alloc_node(NOP, tp->mk_void());
-    };
-    a = side(e->getTrueExpr());
-    b = side(e->getFalseExpr());
-    type = tp->mk_void();
-  } else {
-    a = value(e->getTrueExpr());
-    b = value(e->getFalseExpr());
-    type = value_type(a->type);
-    if (a->type->is_pointer() || b->type->is_pointer()) {
-      // A null constant takes the other's type; else void* wins, and qualifiers add up.
-      TYPE *x = value_type(a->type), *y = value_type(b->type);
-      if (!x->is_pointer() || is_null_constant(e->getTrueExpr()))
-        type = y;
-      else if (!y->is_pointer() || is_null_constant(e->getFalseExpr()))
-        type = x;
-      else {
-        TYPE* to = pointee(y)->is_void() ? pointee(y) : pointee(x);
-        type = tp->mk_ptr(qualified(to, pointee(x)->qual_kind(true) | pointee(y)->qual_kind(true)));
-      }
-      a = cast(a, type);
-      b = cast(b, type);
-    } else if (!type->is_csu()) {
-      type = common_type(a, b);
-      a = convert(a, type);
-      b = convert(b, type);
+// Values of either kind, brought to their common type.
+NODE* LOWERING::choice(NODE* condition, NODE* a, NODE* b, bool a_is_null, bool b_is_null) {
+  TYPE* type = value_type(a->type);
+  if (a->type->is_pointer() || b->type->is_pointer()) {
+    // A null constant takes the other's type; else void* wins, and qualifiers add up.
+    TYPE *x = value_type(a->type), *y = value_type(b->type);
+    if (!x->is_pointer() || a_is_null)
+      type = y;
+    else if (!y->is_pointer() || b_is_null)
+      type = x;
+    else {
+      TYPE* to = pointee(y)->is_void() ? pointee(y) : pointee(x);
+      type = tp->mk_ptr(qualified(to, pointee(x)->qual_kind(true) | pointee(y)->qual_kind(true)));
     }
+    a = cast(a, type);
+    b = cast(b, type);
+  } else if (!type->is_csu()) {
+    type = common_type(a, b);
+    a = convert(a, type);
+    b = convert(b, type);
   }
   return maketree(QUEST, condition, maketree(COLON, a, b, type), type);
+}
+
+NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
+  if (e->getCond()->getType()->isVectorType())
+    refuse(e->getQuestionLoc(), "this operator is not supported for vectors");
+  NODE* condition = truth(value(e->getCond()));
+  if (!e->getType()->isVoidType()) {
+    NODE* a = value(e->getTrueExpr());
+    return choice(condition, a, value(e->getFalseExpr()), is_null_constant(e->getTrueExpr()),
+                  is_null_constant(e->getFalseExpr()));
+  }
+  auto side = [&](const clang::Expr* x) {
+    NODE* tree = effect(x);
+    return tree ? decay(tree) : alloc_node(NOP, tp->mk_void());
+  };
+  NODE* a = side(e->getTrueExpr());
+  NODE* b = side(e->getFalseExpr());
+  return maketree(QUEST, condition, maketree(COLON, a, b, tp->mk_void()), tp->mk_void());
+}
+
+NODE* LOWERING::first_or(const clang::BinaryConditionalOperator* e) {
+  NODE* first = value(e->getCommon());
+  if (first->type->is_vector())
+    refuse(e->getQuestionLoc(), "this operator is not supported for vectors");
+  SYMTAB* kept = temporary(first->type, e->getExprLoc());
+  NODE* keep = assign(name_node(kept), first);
+  NODE* chosen = choice(truth(name_node(kept)), name_node(kept), value(e->getFalseExpr()), false,
+                        is_null_constant(e->getFalseExpr()));
+  return mk_COMMAOP(keep, chosen);
 }
 
 NODE* LOWERING::explicit_cast(const clang::CStyleCastExpr* e) {

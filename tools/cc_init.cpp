@@ -1,6 +1,6 @@
 // Initialisers: contents of static objects, assignments to automatic ones, compound literals.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "TYPES/type_values.h"
 
@@ -56,6 +56,22 @@ class CONTENTS {
 public:
   void add(const LEAF& leaf, NODE* tree) { trees[leaf.at / UNIT_BITS] = tree; }
 
+  // The characters of a string, each in one element; those behind the array's end are dropped.
+  void add_string(const LEAF& leaf, const clang::StringLiteral* text) {
+    const TYPE* array = leaf.type->underlying_type();
+    const unsigned long count =
+        std::min<unsigned long>(array->array_parts()->count, text->getLength());
+    if (text->getCharByteWidth() == 1) {
+      NODE* node = alloc_node(SCON, leaf.type->underlying_type());
+      node->mk_scon(text->getBytes().data(), static_cast<unsigned>(count));
+      return add(leaf, node);
+    }
+    TYPE* elem = array->elem_type();
+    for (unsigned long k = 0; k < count; k++)
+      trees[(leaf.at + k * elem->size) / UNIT_BITS] =
+          icon(text->getCodeUnit(static_cast<unsigned>(k)), elem);
+  }
+
   void add_bits(const LEAF& leaf, INT65 value) {
     const unsigned width = leaf.bit_field->bit_size;
     for (unsigned k = 0; k < width; k++) {
@@ -98,7 +114,8 @@ class INIT_WALK {
 public:
   INIT_WALK(LOWERING& l, bool is_static_object) : low(l), is_static(is_static_object) {}
   std::vector<LEAF> leaves;
-  bool leaves_zeros = false; // some part is given no value of its own
+  bool leaves_zeros = false;      // some part is given no value of its own
+  unsigned long flexible_end = 0; // bits, of a flexible array member with an initialiser
 
   void walk(TYPE* type, unsigned long at, const clang::Expr* e) { walk(type, at, nullptr, e); }
 
@@ -139,8 +156,6 @@ private:
   void walk_array(TYPE* type, unsigned long at, const clang::InitListExpr* list) {
     if (list->isStringLiteralInit()) return walk(type, at, nullptr, list->getInit(0));
     const TYPE* array = type->underlying_type();
-    if (!array->is_complete())
-      low.refuse(list->getExprLoc(), "initialiser of a flexible array member");
     const unsigned long count = array->array_parts()->count;
     TYPE* elem = array->elem_type();
     if (list->getNumInits() > count)
@@ -165,6 +180,29 @@ private:
     path.pop_back();
   }
 
+  // A flexible array member has as many elements as its initialiser.
+  void walk_flexible(unsigned long at, const clang::FieldDecl* field, const clang::Expr* e) {
+    if (!e || llvm::isa<clang::ImplicitValueInitExpr>(e)) return;
+    if (!is_static) low.refuse(e->getExprLoc(), "initialiser of a flexible array member");
+    fkMDATA* m = low.member(field);
+    const clang::Expr* inner = plain(e);
+    if (auto* list = llvm::dyn_cast<clang::InitListExpr>(inner);
+        list && list->isStringLiteralInit())
+      inner = plain(list->getInit(0));
+    unsigned long count = 0;
+    if (auto* list = llvm::dyn_cast<clang::InitListExpr>(inner))
+      count = list->getNumInits();
+    else if (auto* text = llvm::dyn_cast<clang::StringLiteral>(inner))
+      count = text->getLength() + 1;
+    else
+      low.refuse(e->getExprLoc(), "initialiser of an array is not a constant");
+    if (!count) return;
+    TYPE* type = tp->mk_array(m->type->elem_type(), count);
+    const unsigned long from = at + static_cast<unsigned long>(m->bit_offset);
+    flexible_end = from + type->size;
+    walk(type, from, nullptr, inner);
+  }
+
   void walk_record(unsigned long at, const clang::InitListExpr* list) {
     const clang::RecordDecl* record =
         list->getType()->castAs<clang::RecordType>()->getDecl()->getDefinition();
@@ -182,11 +220,8 @@ private:
         leaves_zeros = true;
         return;
       }
-      if (field->getType()
-              ->isIncompleteArrayType()) { // a flexible array member has no initial value
-        if (list->getInit(k) && !llvm::isa<clang::ImplicitValueInitExpr>(list->getInit(k)))
-          low.refuse(list->getInit(k)->getExprLoc(), "initialiser of a flexible array member");
-        k++;
+      if (field->getType()->isIncompleteArrayType()) {
+        walk_flexible(at, field, list->getInit(k++));
         continue;
       }
       walk_member(at, field, list->getInit(k++));
@@ -211,24 +246,23 @@ void LOWERING::check_designators(const clang::InitListExpr* list) {
     if (!designated) continue;
     for (const clang::DesignatedInitExpr::Designator& d : designated->designators()) {
       if (d.isFieldDesignator()) continue;
-      if (d.isArrayRangeDesignator())
-        refuse(designated->getExprLoc(), "designator of a range is not supported");
-      const clang::Expr* index = designated->getArrayIndex(d);
-      if (constant_of(index) != INT65(index->EvaluateKnownConstInt(ctx).getExtValue()))
-        refuse(index->getExprLoc(), "designator depends on the width of 'char'");
+      std::vector<const clang::Expr*> bounds;
+      if (d.isArrayRangeDesignator()) {
+        // Each element of the range evaluates the value again.
+        if (designated->getInit()->HasSideEffects(ctx))
+          refuse(designated->getExprLoc(), "value with side effects for a range of elements");
+        bounds = {designated->getArrayRangeStart(d), designated->getArrayRangeEnd(d)};
+      } else {
+        bounds = {designated->getArrayIndex(d)};
+      }
+      for (const clang::Expr* index : bounds)
+        if (constant_of(index) != INT65(index->EvaluateKnownConstInt(ctx).getExtValue()))
+          refuse(index->getExprLoc(), "designator depends on the width of 'char'");
     }
   }
 }
 
 // ---------------------------------------------------------------------------------------------
-
-static NODE* string_contents(const clang::StringLiteral* text, TYPE* array) {
-  const unsigned long count = array->underlying_type()->array_parts()->count;
-  const std::string bytes = text->getBytes().str();
-  NODE* node = alloc_node(SCON, array->underlying_type());
-  node->mk_scon(bytes.data(), static_cast<unsigned>(std::min<unsigned long>(count, bytes.size())));
-  return node;
-}
 
 void LOWERING::static_initialiser(SYMTAB* sym, const clang::Expr* init) {
   INIT_WALK walk(*this, true);
@@ -239,8 +273,7 @@ void LOWERING::static_initialiser(SYMTAB* sym, const clang::Expr* init) {
     if (leaf.type->is_array()) {
       auto* text = llvm::dyn_cast<clang::StringLiteral>(leaf.value);
       if (!text) refuse(at, "initialiser of an array is not a constant");
-      if (!text->isAscii() && !text->isUTF8()) refuse(at, "wide strings are not supported");
-      contents.add(leaf, string_contents(text, leaf.type));
+      contents.add_string(leaf, text);
       continue;
     }
     NODE* tree = convert(value(leaf.value), leaf.type);
@@ -255,8 +288,51 @@ void LOWERING::static_initialiser(SYMTAB* sym, const clang::Expr* init) {
       refuse(at, "initialiser of a bit-field is not a number");
     erase_tree(tree);
   }
+  if (walk.flexible_end > sym->size) make_room(sym, walk.flexible_end);
   sym->set_init_list(contents.roots(size_in_units(sym->type)));
-  initialised.push_back(sym);
+  unit.initialised.push_back(sym);
+}
+
+// An object with an initialised flexible array member is a structure of the declared one and of
+// room behind it; what the source calls by its name is the first.
+void LOWERING::make_room(SYMTAB* sym, unsigned long end) {
+  TYPE* declared = sym->otype;
+  TYPE* whole = tp->mk_struct((std::string(sym->name) + "$flexible").c_str());
+  whole->csu_parts()->psn = sym->psn;
+  whole->csu_parts()->has_long_form = whole->csu_parts()->complete = true;
+  const unsigned long units = (end - declared->size + UNIT_BITS - 1) / UNIT_BITS;
+  fkMDATA first, room;
+  first.name = "declared";
+  first.type = declared;
+  first.number = 1;
+  first.bit_offset = 0;
+  room.name = "room";
+  room.type = tp->mk_array(tp->mk_plain_uint(), units);
+  room.number = 2;
+  room.bit_offset = static_cast<long>(declared->size);
+  unit.flexible[sym] = tp->add_member(whole, first);
+  tp->add_member(whole, room);
+  whole->align = declared->align;
+  whole->size =
+      (declared->size + units * UNIT_BITS + whole->align - 1) / whole->align * whole->align;
+  sym->type = sym->otype = sym->cpp_type = whole;
+  sym->size = whole->size;
+}
+
+SYMTAB* LOWERING::wide_string(const clang::StringLiteral* e) {
+  TYPE* elem =
+      value_type(type_of(ctx.getAsArrayType(e->getType())->getElementType(), e->getExprLoc()));
+  const std::string key = std::to_string(elem->size) + e->getBytes().str();
+  SYMTAB*& sym = wide_strings[key];
+  if (sym) return sym;
+  TYPE* type = tp->mk_array(elem, e->getLength() + 1);
+  sym = static_object("$wide", type, e->getBeginLoc());
+  sym->cqual |= CQ_READ_ONLY;
+  CONTENTS contents;
+  contents.add_string({0, type, nullptr, {}, e}, e);
+  sym->set_init_list(contents.roots(size_in_units(type)));
+  unit.initialised.push_back(sym);
+  return sym;
 }
 
 void LOWERING::initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE*>& assignments) {
@@ -274,8 +350,7 @@ void LOWERING::initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE
     if (leaf.type->is_array()) {
       auto* text = llvm::dyn_cast<clang::StringLiteral>(leaf.value);
       if (!text) refuse(at, "initialiser of an array is not supported");
-      if (!text->isAscii() && !text->isUTF8()) refuse(at, "wide strings are not supported");
-      contents.add(leaf, string_contents(text, leaf.type));
+      contents.add_string(leaf, text);
       continue;
     }
     NODE* place = place_at(sym, leaf.path);
@@ -298,7 +373,7 @@ void LOWERING::initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE
                                 init->getBeginLoc());
   image->cqual |= CQ_READ_ONLY;
   image->set_init_list(contents.roots(size_in_units(type)));
-  initialised.push_back(image);
+  unit.initialised.push_back(image);
   assignments.insert(assignments.begin(), assign(name_node(sym), name_node(image)));
 }
 

@@ -85,20 +85,32 @@ struct FUNCTION {
   int next_temp = 1;
 };
 
+class LINKAGE;
+
 class LOWERING {
 public:
-  LOWERING(clang::ASTContext& context, I_FILE* out, std::vector<std::string> options,
-           const std::vector<LOOP_PRAGMA>& loop_pragmas);
+  LOWERING(clang::ASTContext& context, LINKAGE& unit, const std::vector<LOOP_PRAGMA>& loop_pragmas);
 
-  // Lowers the whole unit into the file, without closing it. False if anything was refused.
-  bool run();
+  // Lowers one source of the unit into its file.
+  void run();
+  bool has_failed() const { return failed; }
+  clang::ASTContext& context() { return ctx; }
+  // Whether a function is this source's own.
+  static bool is_internal(const clang::FunctionDecl* decl);
+  void note_addresses(const NODE* tree);
+  // The symbol that a declaration stands for.
+  SYMTAB* symbol_of(const clang::ValueDecl* decl);
+  template <class DEFINITION>
+  void report_second_definition(const clang::ValueDecl* decl, const DEFINITION& first) {
+    error(decl->getLocation(), "'" + decl->getName().str() + "' is defined again; first at " +
+                                   first.source->place_text(first.decl->getLocation()));
+  }
 
 private:
   clang::ASTContext& ctx;
   clang::SourceManager& sm;
+  LINKAGE& unit;
   I_FILE* out;
-  std::vector<std::string> options;            // of option set 0
-  std::map<std::string, unsigned> option_sets; // by the text of the attribute
   std::vector<LOOP_PRAGMA> loop_pragmas;
   size_t next_loop_pragma = 0;
   FUNCTION* fn = nullptr;
@@ -109,16 +121,15 @@ private:
   std::unordered_map<const clang::Decl*, TYPE*> declared_types; // typedefs, records, enumerations
   std::unordered_map<const clang::FieldDecl*, fkMDATA*> members;
   std::unordered_map<TYPE*, const clang::RecordDecl*> later_layouts;
+  std::unordered_map<TYPE*, std::string> layout_keys; // of structures that others may define too
   int layouts_in_progress = 0;
   struct ENUM_VALUE {
     INT65 value;
     TYPE* type;
   };
   std::unordered_map<const clang::EnumConstantDecl*, ENUM_VALUE> enum_values;
-  std::vector<SYMTAB*> initialised; // globals with initialisers, in order
-  std::set<std::string> static_names;
-  std::set<const SYMTAB*> address_taken;
-  std::vector<SYMTAB*> globals;
+  std::unordered_map<std::string, SYMTAB*> wide_strings;       // by contents
+  std::unordered_map<const clang::StmtExpr*, SYMTAB*> hoisted; // values of statement expressions
 
   // --- Reports
   [[noreturn]] void refuse(clang::SourceLocation at, const std::string& text);
@@ -143,7 +154,9 @@ private:
   void lay_out(const clang::RecordDecl* decl, TYPE* record);
   void lay_out_now(TYPE* record);
   void finish_layouts();
-  void refuse_layout_attributes(const clang::Decl* decl);
+  // Bits that the declaration's attributes ask for, 0 for none.
+  unsigned wanted_alignment(const clang::Decl* decl);
+  std::string layout_key(const clang::RecordDecl* decl);
   const ENUM_VALUE& value_of(const clang::EnumConstantDecl* decl);
   // Members from `record` to the field, through unnamed structures.
   fkMDATA* member(const clang::FieldDecl* decl);
@@ -153,7 +166,8 @@ private:
   // --- Symbols and declarations (cc_decl.cpp)
   SYMTAB* new_symbol(const std::string& name, TYPE* type, int sclass, clang::SourceLocation at);
   void enter_global(SYMTAB* sym);
-  SYMTAB* symbol_of(const clang::ValueDecl* decl);
+  SYMTAB* shared_symbol(const clang::NamedDecl* decl, TYPE* type);
+  std::string place_text(clang::SourceLocation at);
   SYMTAB* global_variable(const clang::VarDecl* decl);
   SYMTAB* static_local(const clang::VarDecl* decl);
   SYMTAB* function_symbol(const clang::FunctionDecl* decl);
@@ -167,9 +181,7 @@ private:
   void lower_function(const clang::FunctionDecl* decl);
   void write_function(PSN* begin, PSN* end);
   void write_locals(const std::vector<SYMTAB*>& locals);
-  void note_addresses(const NODE* tree);
   void check_static_assert(const clang::StaticAssertDecl* decl);
-  void finish_globals();
 
   // --- Statements (cc_stmt.cpp)
   void statement(const clang::Stmt* s);
@@ -207,6 +219,12 @@ private:
   NODE* effect(const clang::Expr* e); // the value doesn't matter
   TYPE* type_of_expression(const clang::Expr* e);
   NODE* string_literal(const clang::StringLiteral* e);
+  NODE* generic_selection(const clang::GenericSelectionExpr* e);
+  // Statement expressions (cc_statement_exprs.cpp)
+  NODE* statement_expression(const clang::StmtExpr* e);
+  // Puts the statements of statement expressions that no tree can hold ahead of the expression.
+  void hoist_statements(const clang::Stmt* full_expression);
+  void hoist(const clang::StmtExpr* e);
   NODE* declaration_reference(const clang::DeclRefExpr* e);
   NODE* member_expression(const clang::MemberExpr* e);
   NODE* subscript(const clang::ArraySubscriptExpr* e);
@@ -218,6 +236,8 @@ private:
   NODE* compound_assignment(const clang::CompoundAssignOperator* e);
   NODE* apply(int op, NODE* left, NODE* right, clang::SourceLocation at);
   NODE* conditional(const clang::ConditionalOperator* e);
+  NODE* first_or(const clang::BinaryConditionalOperator* e); // a ?: b
+  NODE* choice(NODE* condition, NODE* a, NODE* b, bool a_is_null, bool b_is_null);
   NODE* explicit_cast(const clang::CStyleCastExpr* e);
   NODE* size_or_alignment(const clang::UnaryExprOrTypeTraitExpr* e);
   NODE* offset_of(const clang::OffsetOfExpr* e);
@@ -227,6 +247,9 @@ private:
   // null.
   NODE* steady_place(NODE* place, NODE*& setup, clang::SourceLocation at);
   NODE* call(const clang::CallExpr* e);
+  NODE* call_of(NODE* function, const clang::CallExpr* e);
+  NODE* call_named(const std::string& name, const clang::FunctionDecl* like,
+                   const clang::CallExpr* e);
   NODE* call_builtin(const clang::CallExpr* e, const clang::FunctionDecl* callee);
   NODE* argument(const clang::Expr* e, TYPE* parameter);
   NODE* variable_argument(const clang::VAArgExpr* e);
@@ -237,6 +260,8 @@ private:
   // Assignments that give a local of that place its initial value, in order.
   void initialise(SYMTAB* sym, const clang::Expr* init, std::vector<NODE*>& assignments);
   void static_initialiser(SYMTAB* sym, const clang::Expr* init);
+  void make_room(SYMTAB* sym, unsigned long end);
+  SYMTAB* wide_string(const clang::StringLiteral* e);
   NODE* compound_literal(const clang::CompoundLiteralExpr* e);
   NODE* vector_list(const clang::InitListExpr* list, TYPE* type);
   void check_designators(const clang::InitListExpr* list);

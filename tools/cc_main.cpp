@@ -1,6 +1,7 @@
-// icode-cc: the C front end. Parses a file, lowers it and writes an icode file.
+// icode-cc: the C front end. Parses files, lowers them and writes an icode file.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_command.h"
+#include "tools/cc_linkage.h"
 #include "tools/cc_target.h"
 
 #include "DIAG/abort.h"
@@ -10,7 +11,9 @@
 #include "clang/Basic/DiagnosticSema.h"
 #include "clang/Basic/FileManager.h"
 #include "clang/Frontend/CompilerInstance.h"
+#include "clang/Frontend/PreprocessorOutputOptions.h"
 #include "clang/Frontend/TextDiagnosticPrinter.h"
+#include "clang/Frontend/Utils.h"
 #include "clang/Lex/HeaderSearch.h"
 #include "clang/Lex/LexDiagnostic.h"
 #include "clang/Lex/LiteralSupport.h"
@@ -25,20 +28,14 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
 #include <unistd.h>
 
 namespace cc {
 
 namespace {
-
-const char* const HELP =
-    "usage: icode-cc [-I DIR]... [-D NAME[=VALUE]]... [-O SETTINGS] IN.c [-o OUT.icode]\n"
-    "Compiles a C file to icode. -O gives the optimiser's options for the file, in one text.\n";
-
-struct COMMAND {
-  std::vector<std::string> include_dirs, macros, options;
-  std::string input, output;
-};
 
 std::string output_path; // removed if the run fails
 
@@ -58,57 +55,6 @@ void end_failing_run(const char* text) {
 int complain(const std::string& text) {
   fprintf(stderr, "icode-cc: %s\n", text.c_str());
   return 1;
-}
-
-// Takes the argument of `-I DIR` or `-IDIR`.
-bool take(const char* name, int argc, char** argv, int& k, std::string& value) {
-  const size_t n = strlen(name);
-  if (strncmp(argv[k], name, n) != 0) return false;
-  if (argv[k][n])
-    value = argv[k] + n;
-  else if (k + 1 < argc)
-    value = argv[++k];
-  else
-    return false;
-  return true;
-}
-
-bool read_command(int argc, char** argv, COMMAND& command, std::string& fault) {
-  for (int k = 1; k < argc; k++) {
-    std::string text;
-    if (take("-I", argc, argv, k, text)) {
-      command.include_dirs.push_back(text);
-    } else if (take("-D", argc, argv, k, text)) {
-      const size_t equals = text.find('=');
-      command.macros.push_back(equals == std::string::npos ? text + "=1" : text);
-    } else if (take("-O", argc, argv, k, text)) {
-      llvm::SmallVector<llvm::StringRef, 8> parts;
-      llvm::StringRef(text).split(parts, ' ', -1, false);
-      for (llvm::StringRef part : parts) {
-        if (!part.startswith("-")) {
-          fault = "expected an option with its dash in -O, found " + part.str();
-          return false;
-        }
-        command.options.push_back(part.str());
-      }
-    } else if (take("-o", argc, argv, k, text)) {
-      command.output = text;
-    } else if (argv[k][0] == '-' && argv[k][1]) {
-      fault = std::string("unknown or incomplete option ") + argv[k] + "; try --help";
-      return false;
-    } else if (!command.input.empty()) {
-      fault = std::string("expected one input file, found also ") + argv[k];
-      return false;
-    } else {
-      command.input = argv[k];
-    }
-  }
-  if (command.input.empty()) fault = "expected an input file; try --help";
-  if (command.output.empty())
-    command.output = std::filesystem::path(command.input).replace_extension(".icode").string();
-  if (command.output == command.input)
-    fault = command.input + ": the output would overwrite the input";
-  return fault.empty();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -160,35 +106,6 @@ private:
 
 // ---------------------------------------------------------------------------------------------
 
-class CONSUMER : public clang::ASTConsumer {
-public:
-  CONSUMER(const COMMAND& c, const std::vector<LOOP_PRAGMA>& notes) : command(c), pragmas(notes) {}
-  bool succeeded = false;
-
-  void HandleTranslationUnit(clang::ASTContext& ctx) override {
-    if (ctx.getDiagnostics().hasErrorOccurred()) return;
-    FILE* fp = fopen(command.output.c_str(), "wb");
-    if (!fp) {
-      complain(command.output + ": cannot open for writing: " + strerror(errno));
-      return;
-    }
-    output_path = command.output;
-    I_FILE* out = I_FILE::if_create(fp, tp, command.input.c_str(), 0);
-    LOWERING lowering(ctx, out, command.options, pragmas);
-    const bool is_sound = lowering.run();
-    if (out->if_close(true, !is_sound) != 0 && is_sound)
-      complain(command.output + ": cannot write: " + strerror(errno));
-    else
-      succeeded = is_sound;
-    delete out;
-    if (!succeeded) remove_output();
-  }
-
-private:
-  const COMMAND& command;
-  const std::vector<LOOP_PRAGMA>& pragmas;
-};
-
 // Where the target's own headers are: beside an installed program, else in the source tree.
 std::string header_folder() {
   std::error_code ignored;
@@ -206,91 +123,257 @@ bool uses_coff_abi(const std::vector<std::string>& options) {
   return result;
 }
 
+// ---------------------------------------------------------------------------------------------
+// Functions of the library that are called without a declaration
+
+struct UNDECLARED {
+  std::string name, header, place;
+};
+
+// The target's header that declares a function, empty for none.
+std::string header_of(const std::string& function) {
+  for (const char* header : {"stdio.h", "stdlib.h", "string.h", "ctype.h", "math.h", "setjmp.h",
+                             "time.h", "wchar.h", "inttypes.h"}) {
+    std::ifstream file(header_folder() + "/" + header);
+    for (std::string line; std::getline(file, line);) {
+      if (line.empty() || line[0] == '#' || line.starts_with("static")) continue;
+      const size_t at = line.find(function + "(");
+      if (at != std::string::npos && at > 0 && (line[at - 1] == ' ' || line[at - 1] == '*'))
+        return header;
+    }
+  }
+  return "";
+}
+
+// Keeps the messages of one attempt, and what it lacks, until it is clear whether there is another.
+class REPORTS : public clang::DiagnosticConsumer {
+public:
+  explicit REPORTS(clang::DiagnosticOptions& options) : out(text), printer(out, &options) {}
+  std::string text;
+  std::vector<UNDECLARED> undeclared;
+
+  void BeginSourceFile(const clang::LangOptions& language, const clang::Preprocessor* pp) override {
+    printer.BeginSourceFile(language, pp);
+  }
+  void EndSourceFile() override { printer.EndSourceFile(); }
+  void HandleDiagnostic(clang::DiagnosticsEngine::Level level,
+                        const clang::Diagnostic& info) override {
+    DiagnosticConsumer::HandleDiagnostic(level, info);
+    const unsigned id = info.getID();
+    const bool is_undeclared = id == clang::diag::ext_implicit_function_decl ||
+                               id == clang::diag::warn_implicit_function_decl;
+    if (is_undeclared && info.getArgKind(0) == clang::DiagnosticsEngine::ak_identifierinfo) {
+      const std::string name = info.getArgIdentifier(0)->getName().str();
+      if (const std::string header = header_of(name); !header.empty())
+        undeclared.push_back({name, header, place_of(info)});
+    }
+    printer.HandleDiagnostic(level, info);
+  }
+
+  void flush() {
+    out.flush();
+    fputs(text.c_str(), stderr);
+    text.clear();
+  }
+
+private:
+  llvm::raw_string_ostream out;
+  clang::TextDiagnosticPrinter printer;
+
+  static std::string place_of(const clang::Diagnostic& info) {
+    if (!info.hasSourceManager()) return "";
+    const clang::PresumedLoc place = info.getSourceManager().getPresumedLoc(info.getLocation());
+    if (place.isInvalid()) return "";
+    return std::string(place.getFilename()) + ":" + std::to_string(place.getLine()) + ":" +
+           std::to_string(place.getColumn()) + ": ";
+  }
+};
+
+// ---------------------------------------------------------------------------------------------
+
+// One source and its tree.
+struct SOURCE {
+  explicit SOURCE(std::string file) : name(std::move(file)) {}
+  ~SOURCE() {
+    if (!instance || !instance->hasPreprocessor()) return;
+    instance->getDiagnosticClient().EndSourceFile();
+    instance->getPreprocessor().RemovePragmaHandler(&unroll);
+    instance->getPreprocessor().RemovePragmaHandler(&must_iterate);
+  }
+
+  std::string name;
+  std::vector<LOOP_PRAGMA> pragmas;
+  LOOP_PRAGMA_HANDLER unroll{"UNROLL", PRAGMA_UNROLL, 1, pragmas};
+  LOOP_PRAGMA_HANDLER must_iterate{"MUST_ITERATE", PRAGMA_MUST_ITERATE, 3, pragmas};
+  REPORTS* reports = nullptr; // of the instance
+  std::unique_ptr<clang::CompilerInstance> instance;
+
+  bool set_up(const COMMAND& command, const std::set<std::string>& headers);
+  bool has_failed() const { return instance->getDiagnostics().hasErrorOccurred(); }
+};
+
+void set_severities(clang::DiagnosticsEngine& diags, const clang::DiagnosticOptions& options) {
+  using clang::diag::Severity;
+  const clang::SourceLocation everywhere;
+  // Warnings speak of the parser's widths: they are for those who ask for them.
+  diags.setSeverityForAll(clang::diag::Flavor::WarningOrError, Severity::Ignored);
+  clang::ProcessWarningOptions(diags, options, false);
+  for (unsigned id : std::initializer_list<unsigned>{clang::diag::ext_implicit_function_decl,
+                                                     clang::diag::warn_implicit_function_decl,
+                                                     clang::diag::warn_multichar_character_literal,
+                                                     clang::diag::warn_four_char_character_literal})
+    diags.setSeverity(id, Severity::Error, everywhere);
+  // Checked again with the target's sizes.
+  for (unsigned id :
+       std::initializer_list<unsigned>{clang::diag::err_static_assert_failed,
+                                       clang::diag::err_static_assert_requirement_failed})
+    diags.setSeverity(id, Severity::Ignored, everywhere);
+}
+
+// False, after a message, if the source can't be opened or the options are bad.
+bool SOURCE::set_up(const COMMAND& command, const std::set<std::string>& headers) {
+  instance = std::make_unique<clang::CompilerInstance>();
+  // A character of a literal has its byte's value: the target's char is wider than a byte.
+  std::vector<const char*> args = {"-x",
+                                   "c",
+                                   "-triple",
+                                   "ulm200-unknown-elf",
+                                   "-std=gnu17",
+                                   "-fno-builtin",
+                                   "-fno-signed-char",
+                                   "-fno-gnu-inline-asm",
+                                   "-nostdsysteminc",
+                                   "-nobuiltininc"};
+  for (const std::string& option : command.parser)
+    args.push_back(option.c_str());
+  auto invocation = std::make_shared<clang::CompilerInvocation>();
+  clang::DiagnosticOptions& options = invocation->getDiagnosticOpts();
+  clang::DiagnosticsEngine first(new clang::DiagnosticIDs, &options,
+                                 new clang::TextDiagnosticPrinter(llvm::errs(), &options));
+  const bool is_good = clang::CompilerInvocation::CreateFromArgs(*invocation, args, first);
+  if (!is_good || first.hasErrorOccurred()) return false;
+  for (const std::string& header : headers)
+    invocation->getPreprocessorOpts().Includes.push_back(header);
+  clang::HeaderSearchOptions& search = invocation->getHeaderSearchOpts();
+  search.UseBuiltinIncludes = search.UseStandardSystemIncludes = search.UseStandardCXXIncludes =
+      false;
+  search.AddPath(header_folder(), clang::frontend::System, false, true);
+  instance->setInvocation(invocation);
+  reports = new REPORTS(options);
+  instance->createDiagnostics(reports);
+  clang::DiagnosticsEngine& diags = instance->getDiagnostics();
+  set_severities(diags, options);
+
+  clang::LangOptions& language = instance->getLangOpts();
+  clang::TargetInfo* target =
+      make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
+  target->adjust(diags, language);
+  instance->setTarget(target);
+  instance->createFileManager();
+  instance->createSourceManager(instance->getFileManager());
+  auto file = instance->getFileManager().getFileRef(name);
+  if (!file) {
+    llvm::consumeError(file.takeError());
+    complain(name + ": cannot open: " + strerror(ENOENT));
+    return false;
+  }
+  clang::SourceManager& sm = instance->getSourceManager();
+  sm.setMainFileID(sm.createFileID(*file, clang::SourceLocation(), clang::SrcMgr::C_User));
+  instance->createPreprocessor(clang::TU_Complete);
+  clang::Preprocessor& pp = instance->getPreprocessor();
+  pp.getBuiltinInfo().initializeBuiltins(pp.getIdentifierTable(), language);
+  pp.AddPragmaHandler(&unroll);
+  pp.AddPragmaHandler(&must_iterate);
+  diags.getClient()->BeginSourceFile(language, &pp);
+  return true;
+}
+
+// Parses the source. Known functions of the library that it doesn't declare are declared for it,
+// by their headers, in a second attempt.
+std::unique_ptr<SOURCE> parse(const COMMAND& command, const std::string& name) {
+  std::set<std::string> headers;
+  std::vector<UNDECLARED> declared;
+  for (;;) {
+    auto source = std::make_unique<SOURCE>(name);
+    if (!source->set_up(command, headers)) return nullptr;
+    clang::CompilerInstance& instance = *source->instance;
+    instance.setASTConsumer(std::make_unique<clang::ASTConsumer>());
+    instance.createASTContext();
+    instance.createSema(clang::TU_Complete, nullptr);
+    clang::ParseAST(instance.getSema());
+    bool is_new = false;
+    for (const UNDECLARED& u : source->reports->undeclared) {
+      is_new |= headers.insert(u.header).second;
+      declared.push_back(u);
+    }
+    if (is_new) continue;
+    if (!command.no_warnings)
+      for (const UNDECLARED& u : declared)
+        fprintf(stderr, "%swarning: '%s' is called without a declaration; that of <%s> is taken\n",
+                u.place.c_str(), u.name.c_str(), u.header.c_str());
+    return source;
+  }
+}
+
+int print_preprocessed(const COMMAND& command) {
+  std::error_code error;
+  llvm::raw_fd_ostream out(command.output.empty() ? "-" : command.output, error);
+  if (error) return complain(command.output + ": cannot open for writing: " + error.message());
+  for (const std::string& input : command.inputs) {
+    SOURCE source(input);
+    if (!source.set_up(command, {})) return 1;
+    clang::PreprocessorOutputOptions options;
+    options.ShowCPP = options.ShowLineMarkers = true;
+    clang::DoPrintPreprocessedInput(source.instance->getPreprocessor(), &out, options);
+    const bool has_failed = source.has_failed();
+    source.reports->flush();
+    if (has_failed) return 1;
+  }
+  return 0;
+}
+
 int compile(const COMMAND& command) {
   if (uses_coff_abi(command.options)) TYPE_PKG::abi = 1;
   tp = TYPE_PKG::init_type_pkg();
   init_symbols();
+  if (command.preprocess) return print_preprocessed(command);
 
-  clang::CompilerInstance instance;
-  instance.createDiagnostics();
-  clang::DiagnosticsEngine& diags = instance.getDiagnostics();
-  // Its warnings speak of the parser's widths.
-  diags.setSeverityForAll(clang::diag::Flavor::WarningOrError, clang::diag::Severity::Ignored);
-  const clang::SourceLocation everywhere;
-  diags.setSeverity(clang::diag::ext_implicit_function_decl, clang::diag::Severity::Error,
-                    everywhere);
-  diags.setSeverity(clang::diag::warn_implicit_function_decl, clang::diag::Severity::Error,
-                    everywhere);
-  diags.setSeverity(clang::diag::warn_multichar_character_literal, clang::diag::Severity::Error,
-                    everywhere);
-  diags.setSeverity(clang::diag::warn_four_char_character_literal, clang::diag::Severity::Error,
-                    everywhere);
-  // Checked again with the target's sizes.
-  diags.setSeverity(clang::diag::err_static_assert_failed, clang::diag::Severity::Ignored,
-                    everywhere);
-  diags.setSeverity(clang::diag::err_static_assert_requirement_failed,
-                    clang::diag::Severity::Ignored, everywhere);
-
-  clang::LangOptions& language = instance.getLangOpts();
-  clang::TargetInfo* target =
-      make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
-  std::vector<std::string> implicit_includes;
-  clang::CompilerInvocation::setLangDefaults(language, clang::Language::C, target->getTriple(),
-                                             implicit_includes, clang::LangStandard::lang_gnu99);
-  language.NoBuiltin = true;
-  // A character of a literal has its byte's value: the target's char is wider than a byte.
-  language.CharIsSigned = false;
-  language.GNUAsm = false;
-  target->adjust(diags, language);
-  instance.setTarget(target);
-  instance.createFileManager();
-  instance.createSourceManager(instance.getFileManager());
-  clang::HeaderSearchOptions& search = instance.getHeaderSearchOpts();
-  search.UseBuiltinIncludes = search.UseStandardSystemIncludes = search.UseStandardCXXIncludes =
-      false;
-  for (const std::string& dir : command.include_dirs)
-    search.AddPath(dir, clang::frontend::Angled, false, true);
-  search.AddPath(header_folder(), clang::frontend::System, false, true);
-  for (const std::string& macro : command.macros)
-    instance.getPreprocessorOpts().addMacroDef(macro);
-  instance.createPreprocessor(clang::TU_Complete);
-  clang::Preprocessor& pp = instance.getPreprocessor();
-  pp.getBuiltinInfo().initializeBuiltins(pp.getIdentifierTable(), language);
-  auto file = instance.getFileManager().getFileRef(command.input);
-  if (!file) {
-    llvm::consumeError(file.takeError());
-    return complain(command.input + ": cannot open: " + strerror(ENOENT));
+  std::vector<std::unique_ptr<SOURCE>> sources;
+  bool is_sound = true;
+  for (const std::string& input : command.inputs) {
+    sources.push_back(parse(command, input));
+    if (!sources.back()) return 1;
+    is_sound &= !sources.back()->has_failed();
+    sources.back()->reports->flush();
   }
-  clang::SourceManager& sm = instance.getSourceManager();
-  sm.setMainFileID(sm.createFileID(*file, clang::SourceLocation(), clang::SrcMgr::C_User));
-  std::vector<LOOP_PRAGMA> pragmas;
-  LOOP_PRAGMA_HANDLER unroll("UNROLL", PRAGMA_UNROLL, 1, pragmas);
-  LOOP_PRAGMA_HANDLER must_iterate("MUST_ITERATE", PRAGMA_MUST_ITERATE, 3, pragmas);
-  pp.AddPragmaHandler(&unroll);
-  pp.AddPragmaHandler(&must_iterate);
-  auto* consumer = new CONSUMER(command, pragmas);
-  instance.setASTConsumer(std::unique_ptr<clang::ASTConsumer>(consumer));
-  instance.createASTContext();
-  instance.createSema(clang::TU_Complete, nullptr);
-  diags.getClient()->BeginSourceFile(language, &pp);
-  clang::ParseAST(instance.getSema());
-  diags.getClient()->EndSourceFile();
-  pp.RemovePragmaHandler(&unroll);
-  pp.RemovePragmaHandler(&must_iterate);
-  return consumer->succeeded && !diags.hasErrorOccurred() ? 0 : 1;
+  if (!is_sound) return 1;
+  FILE* fp = fopen(command.output.c_str(), "wb");
+  if (!fp) return complain(command.output + ": cannot open for writing: " + strerror(errno));
+  output_path = command.output;
+  I_FILE* out = I_FILE::if_create(fp, tp, command.inputs[0].c_str(), 0);
+  LINKAGE linkage(out, command.options);
+  for (auto& source : sources)
+    linkage.add(source->instance->getASTContext(), source->pragmas);
+  is_sound = linkage.run();
+  for (auto& source : sources)
+    source->reports->flush();
+  if (out->if_close(true, !is_sound) != 0 && is_sound)
+    is_sound = complain(command.output + ": cannot write: " + strerror(errno)) == 0;
+  delete out;
+  if (!is_sound) remove_output();
+  return is_sound ? 0 : 1;
 }
 
 } // namespace
 
 int run_compiler(int argc, char** argv) {
-  for (int k = 1; k < argc; k++)
-    if (strcmp(argv[k], "--help") == 0) {
-      fputs(HELP, stdout);
-      return 0;
-    }
   COMMAND command;
   std::string fault;
   if (!read_command(argc, argv, command, fault)) return complain(fault);
+  if (command.help) {
+    fputs(HELP, stdout);
+    return 0;
+  }
   set_abort_handler(end_failing_run);
   if_death_hook = tp_death_hook = remove_output;
   install_out_of_memory_handler(remove_output);

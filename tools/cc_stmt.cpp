@@ -14,6 +14,7 @@ using clang::SourceLocation;
 namespace cc {
 
 namespace {
+constexpr unsigned MAX_LOCAL_ALIGNMENT = 32;  // bits, of the stack
 constexpr unsigned long MAX_CASE_VALUES = 64; // longer ranges are compared with instead
 
 bool is_long(const CASE_RANGE& range) {
@@ -152,6 +153,13 @@ void LOWERING::lower_statement(const clang::Stmt* s) {
 }
 
 void LOWERING::emit_for_effect(const clang::Expr* e, PSN* psn) {
+  const clang::Expr* plain = e->IgnoreParens();
+  if (auto* cast = llvm::dyn_cast<clang::CastExpr>(plain);
+      cast && cast->getCastKind() == clang::CK_ToVoid)
+    plain = cast->getSubExpr()->IgnoreParens();
+  // As a statement it is a block like any other.
+  if (auto* block = llvm::dyn_cast<clang::StmtExpr>(plain)) return compound(block->getSubStmt());
+  hoist_statements(e);
   if (NODE* tree = effect(e)) emit(tree, psn);
 }
 
@@ -181,7 +189,10 @@ void LOWERING::local_variable(const clang::VarDecl* decl) {
   SYMTAB* sym = add_local(decl->getName().str(), type, sclass, decl->getLocation());
   symbols[decl->getCanonicalDecl()] = sym;
   attributes_of(decl, sym);
+  if (sym->align > MAX_LOCAL_ALIGNMENT)
+    refuse(decl->getLocation(), "alignment of a local variable to more than two units");
   if (!decl->getInit()) return;
+  hoist_statements(decl->getInit());
   std::vector<NODE*> assignments;
   initialise(sym, decl->getInit(), assignments);
   for (NODE* tree : assignments)
@@ -191,6 +202,7 @@ void LOWERING::local_variable(const clang::VarDecl* decl) {
 void LOWERING::if_statement(const clang::IfStmt* s) {
   PSN* psn = psn_of(s->getIfLoc());
   const int otherwise = new_label();
+  hoist_statements(s->getCond());
   branch_if(negate(value(s->getCond())), otherwise, psn);
   statement(s->getThen());
   if (!s->getElse()) return emit_label(otherwise);
@@ -214,6 +226,7 @@ void LOWERING::while_statement(const clang::WhileStmt* s) {
   PSN* psn = psn_of(s->getWhileLoc());
   loop_notes(s->getWhileLoc());
   emit_label(top.label);
+  hoist_statements(s->getCond());
   branch_if(negate(value(s->getCond())), end.label, psn);
   loop_body(s->getBody(), end, top);
   emit_branch(top.label, psn);
@@ -227,6 +240,7 @@ void LOWERING::do_statement(const clang::DoStmt* s) {
   emit_label(top);
   loop_body(s->getBody(), end, next);
   place_label(next);
+  hoist_statements(s->getCond());
   branch_if(value(s->getCond()), top, psn_of(s->getWhileLoc()));
   place_label(end);
 }
@@ -242,6 +256,7 @@ void LOWERING::for_statement(const clang::ForStmt* s) {
   JUMPS end{0}, next{0};
   const int top = new_label();
   emit_label(top);
+  if (s->getCond()) hoist_statements(s->getCond());
   if (s->getCond()) branch_if(negate(value(s->getCond())), label_of(end), psn);
   loop_body(s->getBody(), end, next);
   place_label(next);
@@ -255,6 +270,7 @@ void LOWERING::switch_statement(const clang::SwitchStmt* s) {
   if (s->getInit() || s->getConditionVariable())
     refuse(s->getSwitchLoc(), "this switch is not supported");
   PSN* psn = psn_of(s->getSwitchLoc());
+  hoist_statements(s->getCond());
   NODE* selector = promote(value(s->getCond()));
   SWITCH_STATE state{value_type(selector->type), {}, {}, 0};
   // The list of cases is known only when the body has been seen.
@@ -360,6 +376,7 @@ void LOWERING::return_statement(const clang::ReturnStmt* s) {
     emit(maketree(URETURN, name_node(fn->symbol), nullptr, tp->mk_void()), psn);
     return;
   }
+  hoist_statements(e);
   emit(maketree(RETURN, name_node(fn->symbol), convert(value(e), result), tp->mk_void()), psn);
 }
 

@@ -1,6 +1,6 @@
 // Types as written, sizes and layouts of the target, enumerations.
 
-#include "tools/cc_lower.h"
+#include "tools/cc_linkage.h"
 
 #include "TYPES/type_values.h"
 
@@ -167,6 +167,8 @@ TYPE* LOWERING::type_of_typedef(const clang::TypedefNameDecl* decl) {
   TYPE* type = decl->isImplicit() || !decl->getTypeSourceInfo()
                    ? type_of(decl->getUnderlyingType(), decl->getLocation())
                    : type_of(decl->getTypeSourceInfo());
+  if (decl->hasAttr<clang::AlignedAttr>())
+    refuse(decl->getLocation(), "alignment of a type name is not supported");
   // The attribute of a vector stands behind the declarator, in the type but not in its written
   // form.
   if (auto* vector = decl->getUnderlyingType()->getAs<clang::VectorType>();
@@ -178,6 +180,13 @@ TYPE* LOWERING::type_of_typedef(const clang::TypedefNameDecl* decl) {
 TYPE* LOWERING::type_of_decl(const clang::DeclaratorDecl* decl) {
   if (auto* param = llvm::dyn_cast<clang::ParmVarDecl>(decl)) return parameter_type(param);
   const clang::TypeSourceInfo* info = decl->getTypeSourceInfo();
+  if (decl->getType()->getContainedAutoType()) // the initialiser's, on the target
+    if (auto* variable = llvm::dyn_cast<clang::VarDecl>(decl); variable && variable->getInit()) {
+      NODE* tree = value(variable->getInit());
+      TYPE* deduced = value_type(tree->type);
+      erase_tree(tree);
+      return deduced;
+    }
   TYPE* type = info ? type_of(info) : type_of(decl->getType(), decl->getLocation());
   if (type->is_array() && !type->is_complete())
     if (const auto* array = ctx.getAsConstantArrayType(decl->getType()))
@@ -209,18 +218,62 @@ TYPE* LOWERING::function_type(clang::FunctionTypeLoc loc) {
 // ---------------------------------------------------------------------------------------------
 // Structures and unions
 
-void LOWERING::refuse_layout_attributes(const clang::Decl* decl) {
-  for (const clang::Attr* attr : decl->attrs())
-    if (llvm::isa<clang::PackedAttr>(attr) || llvm::isa<clang::AlignedAttr>(attr) ||
-        llvm::isa<clang::MaxFieldAlignmentAttr>(attr))
-      refuse(attr->getLocation().isValid() ? attr->getLocation() : decl->getLocation(),
-             "attributes of size and alignment are not supported");
+// `aligned` counts units. Without a number it asks for what the stack and the heap give.
+unsigned LOWERING::wanted_alignment(const clang::Decl* decl) {
+  constexpr unsigned long MAX_UNITS = 4096;
+  unsigned bits = 0;
+  for (const auto* attr : decl->specific_attrs<clang::AlignedAttr>()) {
+    unsigned wanted = 32;
+    if (!attr->isAlignmentExpr()) {
+      wanted = type_of(attr->getAlignmentType())->align;
+    } else if (const clang::Expr* e = attr->getAlignmentExpr()) {
+      const INT65 units = constant_of(e);
+      if (units.is_negative() || units > INT65(MAX_UNITS) || (units.low & (units.low - 1)))
+        refuse(attr->getLocation(), "alignment to other than a power of two up to 4096 units");
+      wanted = static_cast<unsigned>(units.low) * UNIT_BITS;
+    }
+    bits = std::max(bits, wanted);
+  }
+  return bits;
+}
+
+// What two definitions of one structure have in common.
+std::string LOWERING::layout_key(const clang::RecordDecl* decl) {
+  std::string key = decl->getKindName().str() + " " + decl->getName().str();
+  if (decl->getName().empty()) key += place_text(decl->getLocation());
+  auto attributes = [&](const clang::Decl* d) {
+    if (d->hasAttr<clang::PackedAttr>()) key += " packed";
+    if (const unsigned bits = wanted_alignment(d)) key += " aligned " + std::to_string(bits);
+    if (const auto* most = d->getAttr<clang::MaxFieldAlignmentAttr>())
+      key += " pack " + std::to_string(most->getAlignment());
+  };
+  attributes(decl);
+  for (const clang::FieldDecl* field : decl->fields()) {
+    const clang::QualType type = field->getType().getCanonicalType();
+    key += "; " + type.getAsString() + " " + field->getName().str();
+    if (field->isBitField()) key += " : " + std::to_string(constant_of(field->getBitWidth()).low);
+    attributes(field);
+    if (const clang::RecordDecl* part = type->getBaseElementTypeUnsafe()->getAsRecordDecl())
+      if (part->getDefinition()) key += " {" + layout_key(part->getDefinition()) + "}";
+  }
+  return key;
 }
 
 TYPE* LOWERING::record_type(const clang::RecordDecl* decl) {
   decl = llvm::cast<clang::RecordDecl>(decl->getCanonicalDecl());
   TYPE*& known = declared_types[decl];
   const clang::RecordDecl* definition = decl->getDefinition();
+  std::string key;
+  if (!known && definition && unit.is_of_several() && definition->isCompleteDefinition()) {
+    key = layout_key(definition);
+    const auto alike = unit.layouts.find(key);
+    if (alike != unit.layouts.end() && alike->second.type->is_complete()) {
+      size_t k = 0;
+      for (const clang::FieldDecl* field : definition->fields())
+        if (fkMDATA* m = alike->second.members[k++]) members[field] = m;
+      return declared_types[decl] = alike->second.type;
+    }
+  }
   if (!known) {
     std::string name = decl->getName().str();
     if (name.empty() && decl->getTypedefNameForAnonDecl())
@@ -229,6 +282,7 @@ TYPE* LOWERING::record_type(const clang::RecordDecl* decl) {
     known = decl->isUnion() ? tp->mk_union(name.c_str()) : tp->mk_struct(name.c_str());
     known->csu_parts()->psn = psn_of(decl->getLocation());
     known->align = UNIT_BITS;
+    if (!key.empty()) layout_keys[known] = key;
   }
   TYPE* type = known;
   if (definition && definition->isCompleteDefinition() && !type->csu_parts()->has_long_form) {
@@ -264,11 +318,12 @@ void LOWERING::finish_layouts() {
 // Members follow one another, each at its type's alignment. A bit-field goes into the bits that are
 // left of an object of its type, or else begins the next one; width 0 ends the object.
 void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
-  refuse_layout_attributes(decl);
   unsigned long at = 0, end = 0;
   unsigned align = UNIT_BITS, number = 0;
+  unsigned most = decl->hasAttr<clang::PackedAttr>() ? UNIT_BITS : ~0u;
+  if (const auto* pack = decl->getAttr<clang::MaxFieldAlignmentAttr>()) // in bits of 8 a unit
+    most = std::min(most, std::max(pack->getAlignment() * 2, UNIT_BITS));
   for (const clang::FieldDecl* field : decl->fields()) {
-    refuse_layout_attributes(field);
     TYPE* type = type_of_decl(field);
     if (!type->is_array()) complete(type, field->getLocation());
     if (type->is_enum()) type = qualified(value_type(type), type->qual_kind(true));
@@ -278,6 +333,9 @@ void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
     data.name = name.c_str();
     data.type = type;
     data.psn = psn_of(field->getLocation());
+    unsigned field_align = std::min(type->align, most);
+    if (field->hasAttr<clang::PackedAttr>()) field_align = UNIT_BITS;
+    field_align = std::max(field_align, wanted_alignment(field));
     unsigned long width = type->storage_size();
     if (field->isBitField()) {
       width = constant_of(field->getBitWidth()).low;
@@ -289,9 +347,9 @@ void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
       if (at / type->size != (at + width - 1) / type->size) at = round_up(at, type->size);
       data.bit_size = static_cast<unsigned>(width);
     } else {
-      at = round_up(at, type->align);
+      at = round_up(at, field_align);
     }
-    if (!field->isBitField() || !name.empty()) align = std::max(align, type->align);
+    if (!field->isBitField() || !name.empty()) align = std::max(align, field_align);
     data.number = ++number;
     data.bit_offset = static_cast<long>(at);
     at += width;
@@ -300,9 +358,19 @@ void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
     if (!name.empty() || field->isAnonymousStructOrUnion() || !field->isBitField())
       members[field] = tp->add_member(record, data);
   }
+  align = std::max(align, wanted_alignment(decl));
   record->align = align;
   record->size = round_up(end, align);
   record->csu_parts()->complete = true;
+  if (const auto key = layout_keys.find(record); key != layout_keys.end()) {
+    LINKAGE::LAYOUT& layout = unit.layouts[key->second];
+    if (layout.type) return;
+    layout.type = record;
+    for (const clang::FieldDecl* field : decl->fields()) {
+      const auto found = members.find(field);
+      layout.members.push_back(found == members.end() ? nullptr : found->second);
+    }
+  }
 }
 
 fkMDATA* LOWERING::member(const clang::FieldDecl* decl) {
@@ -324,7 +392,6 @@ TYPE* LOWERING::enum_type(const clang::EnumDecl* decl) {
   }
   auto known = declared_types.find(definition);
   if (known != declared_types.end()) return known->second;
-  refuse_layout_attributes(definition);
   INT65 least = 0, most = 0;
   for (const clang::EnumConstantDecl* constant : definition->enumerators()) {
     least = std::min(least, value_of(constant).value);
@@ -342,7 +409,12 @@ TYPE* LOWERING::enum_type(const clang::EnumDecl* decl) {
   if (!under)
     refuse(definition->getLocation(), "no integer type holds all values of the enumeration");
   const std::string name = definition->getName().str();
-  TYPE* type = tp->mk_enum(name.c_str(), under, under->size, under->align);
+  std::string key = "enum " + (name.empty() ? place_text(definition->getLocation()) : name);
+  for (const clang::EnumConstantDecl* constant : definition->enumerators())
+    key += "; " + constant->getName().str() + " = " + int65_text(value_of(constant).value);
+  LINKAGE::LAYOUT& alike = unit.layouts[key];
+  if (alike.type) return declared_types[definition] = alike.type;
+  TYPE* type = alike.type = tp->mk_enum(name.c_str(), under, under->size, under->align);
   type->enum_parts()->psn = psn_of(definition->getLocation());
   for (const clang::EnumConstantDecl* constant : definition->enumerators()) {
     const INT65 v = value_of(constant).value;

@@ -88,9 +88,9 @@ const FunctionCode* find_entry(const Program& p, const std::string& name) {
 // argv in the program's memory: the strings and the array with a null at its end.
 uint32_t place_arguments(Memory& memory, const std::vector<std::string>& arguments) {
   constexpr unsigned POINTER_UNITS = 2;
-  uint32_t array = memory.place_data((arguments.size() + 1) * POINTER_UNITS, true);
+  uint32_t array = memory.place_data((arguments.size() + 1) * POINTER_UNITS, POINTER_UNITS);
   for (size_t i = 0; array && i < arguments.size(); ++i) {
-    uint32_t text = memory.place_data(arguments[i].size() + 1, false);
+    uint32_t text = memory.place_data(arguments[i].size() + 1, 1);
     if (!text) return 0;
     for (size_t k = 0; k < arguments[i].size(); ++k)
       memory.units[text + k] = uint8_t(arguments[i][k]);

@@ -1,9 +1,19 @@
 #include "tools/run_data.h"
 #include "tools/run_library.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace icode::run {
 
 namespace {
+
+// In units: even addresses at least, and what the symbol asks for within reason.
+uint64_t alignment_of(const Symbol& s) {
+  constexpr uint64_t MOST = 4096;
+  uint64_t wanted = std::min(std::max<uint64_t>(symbol_align(s) / 16, 2), MOST);
+  return std::bit_ceil(wanted);
+}
 
 bool has_linkage(const Symbol& s) {
   return s.storage == ST_GLOBAL || s.storage == ST_EXTERN;
@@ -153,7 +163,7 @@ const TypeRecord* field_member(const Unit& unit, const Node& field) {
 uint32_t string_address(Program& p, const std::string& text) {
   auto [it, is_new] = p.strings.try_emplace(text, 0);
   if (!is_new) return it->second;
-  uint32_t at = p.memory.place_data(text.size() + 1, false);
+  uint32_t at = p.memory.place_data(text.size() + 1, 1);
   if (at) {
     for (size_t i = 0; i < text.size(); ++i)
       p.memory.units[at + i] = uint8_t(text[i]);
@@ -209,7 +219,7 @@ bool build_data(Program& p, std::string& error) {
       continue;
     }
     uint64_t size = std::max((symbol_bits(s) + 15) / 16, shape.units);
-    p.global_address[i] = p.memory.place_data(size, true);
+    p.global_address[i] = p.memory.place_data(size, alignment_of(s));
     if (!p.global_address[i]) {
       error = s.name + " is larger than the memory";
       return false;

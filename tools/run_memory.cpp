@@ -31,8 +31,8 @@ Memory::Memory()
     : units(fresh_pages<uint16_t>(ARENA_UNITS + TAIL)),
       shadow(fresh_pages<uint8_t>(ARENA_UNITS + TAIL)) {}
 
-uint32_t Memory::place_data(uint64_t size, bool wide_aligned) {
-  uint64_t at = wide_aligned ? even(data_end) : data_end;
+uint32_t Memory::place_data(uint64_t size, uint64_t alignment) {
+  uint64_t at = (data_end + alignment - 1) & ~(alignment - 1);
   // Half of the arena at most, so that a stack and a heap find room behind.
   if (size > ARENA_UNITS / 2 || at + size + GAP > ARENA_UNITS / 2) return 0;
   data_end = uint32_t(at + size + GAP);

@@ -51,7 +51,7 @@ struct Memory {
 
   // A new zero-filled object in the data region, to be called before seal_data. Gives 0 if there is
   // no room.
-  uint32_t place_data(uint64_t size, bool wide_aligned);
+  uint32_t place_data(uint64_t size, uint64_t alignment); // a power of two, in units
   // Ends the data region and makes room for the others behind it.
   void seal_data();
   void permit(uint32_t at, uint64_t size, PERMISSION permission);

@@ -157,7 +157,7 @@ void FunctionTranslator::find_homes() {
       else if (type.cls == C_FUNC)
         home.place.offset = external_function(p, s.name)->address;
       else
-        home.place.offset = p.memory.place_data(units, true);
+        home.place.offset = p.memory.place_data(units, 2);
     } else if (!home.in_memory && type.is_scalar()) {
       home.place.kind = Place::REG;
       home.place.reg = top++;

@@ -2,12 +2,15 @@
 // RUN: test ! -e %t.icode
 // Each is reported, not only the first.
 int f(int x) {
-  // CHECK: refuse-statements.c:[[@LINE+1]]:{{[0-9]+}}: error: statement expressions are not supported
-  x = ({ int y = x; y + 1; });
+  // CHECK: refuse-statements.c:[[@LINE+1]]:{{[0-9]+}}: error: control flow in a statement expression that is evaluated conditionally
+  x = x && ({ int y = 0; while (y < x) y += 3; y; });
   // CHECK: [[@LINE+1]]:{{[0-9]+}}: error: addresses of labels are not supported
   void* p = &&out;
   // CHECK: [[@LINE+1]]:3: error: computed goto is not supported
   goto *p;
 out:
+  switch (x) {
+  case 1 ... 20000: return 1;
+  }
   return x;
 }

@@ -1,0 +1,2 @@
+int table[4] = {0};
+long shared;

@@ -1,0 +1,2 @@
+long length(const char*);
+int use(void) { return length("x"); }
