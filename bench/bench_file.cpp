@@ -1,6 +1,8 @@
 // Reading and writing: time and memory of a whole run at level 0 on a generated unit, and on one of
 // a tenth of its size. Linear growth shows as equal MB/s and bytes a node.
 #include "OPT5/driver.h"
+#include "OPT5/opt_client.h"
+#include "ifile/i_file.h"
 #include "tools/icode_unit.h"
 #include "tools/ict_parse.h"
 
@@ -97,8 +99,55 @@ void BM_ReadWrite(benchmark::State& state) {
   state.counters["nodes"] = static_cast<double>(s.nodes);
 }
 
+// The file layer alone: the frames of all records, read and passed over.
+void BM_ReadFrames(benchmark::State& state) {
+  const Sample& s = sample(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    I_FILE* in = I_FILE::if_open(fopen(s.path.c_str(), "rb"), opt_client());
+    if (!in->if_check_lengths()) abort();
+    in->if_close(false, true);
+    delete in;
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(s.bytes) * state.iterations());
+}
+
+// Records of the size of an expression node, written to nowhere.
+void BM_WriteRecords(benchmark::State& state) {
+  const auto count = static_cast<int>(state.range(0));
+  unsigned long bytes = 0;
+  for (auto _ : state) {
+    I_FILE* out = I_FILE::if_create(fopen("/dev/null", "wb"), nullptr, "bench.c", 0);
+    for (int k = 0; k < count; k++) {
+      out->i_write_i8(NAME);
+      out->i_write_uint(3);
+      out->i_write_uint(2);
+      out->i_write_uint(static_cast<unsigned>(k & 127));
+      out->i_flush(TAG_NODE);
+    }
+    bytes = out->if_tell();
+    out->if_close(false, true);
+    delete out;
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(bytes) * state.iterations());
+}
+
+// The measure of both: bytes of that number copied once.
+void BM_CopyBytes(benchmark::State& state) {
+  const Sample& s = sample(static_cast<int>(state.range(0)));
+  const std::string from(s.bytes, 'x');
+  std::string to(s.bytes, 'y');
+  for (auto _ : state) {
+    memcpy(to.data(), from.data(), from.size());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(s.bytes) * state.iterations());
+}
+
 } // namespace
 
+BENCHMARK(BM_ReadFrames)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_WriteRecords)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CopyBytes)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadWrite)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

@@ -11,7 +11,9 @@
 
 #include <csignal>
 #include <cstring>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -370,3 +372,17 @@ TEST(Signals, EachToolHasItsOwnSupportText) {
 }
 
 } // namespace
+
+// Two failures at once: one thread tells its own, the other waits for the end.
+TEST_F(DiagDeathTest, OneThreadEndsTheRun) {
+  auto fail_everywhere = [] {
+    set_abort_handler(nullptr);
+    std::vector<std::thread> threads;
+    for (int k = 0; k < 8; k++)
+      threads.emplace_back([] { abort_optimizer("told by one"); });
+    for (std::thread& thread : threads)
+      thread.join();
+  };
+  EXPECT_EXIT(fail_everywhere(), testing::ExitedWithCode(1),
+              "^\n>>>> Optimizer terminated abnormally\n\n>>>> told by one\\.\n$");
+}
