@@ -25,27 +25,23 @@ template <class N, class VISIT> void walk_preorder(N* tree, VISIT&& visit) {
 // change or replace the node by way of the reference, but not touch siblings.
 template <class VISIT> void walk_postorder(NODE*& tree, VISIT&& visit) {
   if (!tree) return;
-  struct PLACE {
-    NODE** place;
-    bool right_is_done;
-  };
-  small_stack<PLACE> path; // from the root to the node at hand
-  auto enter = [&path](NODE** place) {
-    for (; *place; place = &(*place)->left)
-      path.push_back({place, false});
-  };
-  enter(&tree);
-  while (!path.empty()) {
-    PLACE& top = path.back();
-    NODE* node = *top.place;
-    if (node->right && !top.right_is_done) {
-      top.right_is_done = true;
-      enter(&node->right);
-      continue;
+  // The left spine, root first; then upwards, each right side before its node. Half of all nodes are
+  // leaves.
+  small_stack<NODE**> spine;
+  NODE** place = &tree;
+  for (; (*place)->left; place = &(*place)->left)
+    spine.push_back(place);
+  for (;;) {
+    if (NODE*& right = (*place)->right) {
+      if (right->left || right->right)
+        walk_postorder(right, visit);
+      else
+        visit(right);
     }
-    NODE** place = top.place;
-    path.pop_back();
     visit(*place);
+    if (spine.empty()) return;
+    place = spine.back();
+    spine.pop_back();
   }
 }
 

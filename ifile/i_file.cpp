@@ -169,6 +169,7 @@ int I_FILE::if_close(bool named_types_too, bool abandon) {
     delete set;
   option_sets.clear();
   types.clear();
+  types_by_number.clear();
   file_names.clear();
   locals.clear();
   globals.clear();

@@ -107,6 +107,7 @@ public:
   std::list<OPTION_SET*> option_sets; // owned
   TYPE_PKG* tp = nullptr;             // null: type references read as null
   std::map<unsigned long, TYPE_INFO> types;
+  std::vector<TYPE_INFO*> types_by_number; // those of the low numbers, as far as looked up
   std::vector<const char*> file_names; // interned; number k is entry k-1
   uint32_t extra_word = 0;
   unsigned level = 0; // 0 outside functions, 1 parameters, 2 outer block, higher inner blocks

@@ -65,8 +65,14 @@ TYPE::IKIND int_kind(int code) {
 // References
 
 TYPE_INFO& I_FILE::find_type_info(unsigned long number) {
+  constexpr unsigned long LOW_NUMBERS = 1 << 16;
+  if (number < types_by_number.size() && types_by_number[number]) return *types_by_number[number];
   auto place = types.find(number);
   if (place == types.end()) tp_die("invalid forward reference");
+  if (number < LOW_NUMBERS) {
+    if (number >= types_by_number.size()) types_by_number.resize(number + 1);
+    types_by_number[number] = &place->second;
+  }
   return place->second;
 }
 
