@@ -217,8 +217,9 @@ void replace_call(BBLK* bb, const TAIL_CALL& found, const std::vector<SYMTAB*>& 
     if (!found.has_return) text += "  return;";
     out.push_back(mkelist(comment_statement(text), nullptr, psn));
   }
-  print_if_debug("\n  ===> Tail recursive self-call removed at line %ld: %s\n\n",
-                 psn ? static_cast<long>(psn->line) : 0L, tree_text(found.call).c_str());
+  if (print_debug)
+    print_if_debug("\n  ===> Tail recursive self-call removed at line %ld: %s\n\n",
+                   psn ? static_cast<long>(psn->line) : 0L, tree_text(found.call).c_str());
 
   // Take the arguments out of the call; those with effects are evaluated first, in their order.
   const std::vector<NODE*> args = arg_list_items(get_arguments_to_call(found.call));
