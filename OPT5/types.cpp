@@ -164,9 +164,11 @@ bool needs_conversion(const TYPE* from, const TYPE* to) {
 }
 
 void convert(NODE*& kid, TYPE* type) {
-  print_if_debug("+++GAR insert mandatory cast:\n");
-  print_if_debug(" tree->type: %s  kid2->type: %s\n", type->str().c_str(),
-                 kid->type->str().c_str());
+  if (print_debug) {
+    print_if_debug("+++GAR insert mandatory cast:\n");
+    print_if_debug(" tree->type: %s  kid2->type: %s\n", type->str().c_str(),
+                   kid->type->str().c_str());
+  }
   kid = maketree(SCONV, kid, nullptr, type, kid->ls);
 }
 
