@@ -167,21 +167,22 @@ LIST* assignment(SYMTAB* target, NODE* value, PSN* psn) {
 
 // Orders the assignments so that none overwrites what a later one reads.
 void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*>& out) {
-  // How many other pending values read each target.
+  // Which targets each value reads besides its own, and how many other values read each target.
   std::unordered_map<const SYMTAB*, int> index_of;
   for (size_t k = 0; k < pending.size(); k++)
     index_of[pending[k].target] = static_cast<int>(k);
   std::vector<int> readers(pending.size());
   std::vector<std::vector<int>> reads(pending.size());
+  std::vector<size_t> seen_in(pending.size(), pending.size());
   for (size_t k = 0; k < pending.size(); k++)
     walk_preorder(pending[k].value, [&](const NODE* node) {
       auto place = node->op == NAME ? index_of.find(node->u.sym) : index_of.end();
-      if (place == index_of.end() || place->second == static_cast<int>(k)) return true;
-      std::vector<int>& list = reads[k];
-      if (std::find(list.begin(), list.end(), place->second) == list.end()) {
-        list.push_back(place->second);
-        readers[place->second]++;
-      }
+      if (place == index_of.end()) return true;
+      const int target = place->second;
+      if (target == static_cast<int>(k) || seen_in[target] == k) return true;
+      seen_in[target] = k;
+      reads[k].push_back(target);
+      readers[target]++;
       return true;
     });
 
@@ -189,28 +190,31 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
   std::vector<bool> done(pending.size());
   for (size_t k = 0; k < pending.size(); k++)
     if (readers[k] == 0) ready.push_back(static_cast<int>(k));
+  std::unordered_map<const SYMTAB*, SYMTAB*> old_value; // of targets that were in a cycle
   size_t next_in_cycle = 0;
   for (size_t left = pending.size(); left; left--) {
     if (ready.empty()) {
-      // A cycle: the old value of one target moves to a temporary.
+      // A cycle: the old value of one target moves to a temporary, for all values behind its own.
       while (done[next_in_cycle])
         next_in_cycle++;
       SYMTAB* target = pending[next_in_cycle].target;
       SYMTAB* old = sym_temp('T', -1, target->type, target->scope);
       out.push_back(assignment(old, mk_NAME(target, target->scope), psn));
-      for (size_t k = 0; k < pending.size(); k++)
-        if (!done[k] && k != next_in_cycle)
-          subst_sym_for_sym_in_tree(old, target, pending[k].value);
-      readers[next_in_cycle] = 0;
-      for (std::vector<int>& list : reads)
-        list.erase(std::remove(list.begin(), list.end(), static_cast<int>(next_in_cycle)),
-                   list.end());
+      old_value[target] = old;
       ready.push_back(static_cast<int>(next_in_cycle));
     }
     int k = ready.back();
     ready.pop_back();
     done[k] = true;
-    out.push_back(assignment(pending[k].target, pending[k].value, psn));
+    const auto [target, value] = pending[k];
+    if (!old_value.empty())
+      walk_preorder(value, [&, own = target](NODE* node) {
+        if (node->op != NAME || node->u.sym == own) return true;
+        const auto place = old_value.find(node->u.sym);
+        if (place != old_value.end()) node->u.sym = place->second;
+        return true;
+      });
+    out.push_back(assignment(target, value, psn));
     for (int read : reads[k])
       if (--readers[read] == 0 && !done[read]) ready.push_back(read);
   }

@@ -42,8 +42,22 @@ static void log_symbol(const SYMTAB* sym) {
   print_if_debug("\t; (%d,%d)\n", static_cast<int>(sym->serial), sym->use_count);
 }
 
+static void log_mark_of_dependence(const NODE* mark) {
+  const std::string type = mark->type->str();
+  print_if_debug("%d\t%-28s\t   #%d\t; DDNODE    %s\n", mark->op, type.c_str(), mark->ddnode_id(),
+                 tree_text(mark->left).c_str());
+  if (compatible_types(mark->type, mark->left->type)) return;
+  print_if_debug("[DDNODE type \"%s\"", type.c_str());
+  print_if_debug(" but subtree \"%s\"]\n", mark->left->type->str().c_str());
+}
+
 static void log_tree(const NODE* tree) {
-  if (print_debug) print_if_debug("\t%s\n", tree_text(tree).c_str());
+  if (!print_debug) return;
+  print_if_debug("\t%s\n", tree_text(tree).c_str());
+  walk_preorder(tree, [](const NODE* node) {
+    if (node->op == DDNODE) log_mark_of_dependence(node);
+    return true;
+  });
 }
 
 static void write_comment(const char* text) {

@@ -465,10 +465,16 @@ void I_FILE::if_write_loop(unsigned id, unsigned parent, unsigned long min, unsi
   i_flush(TAG_LOOP_DEF);
 }
 
+// A reference that is written as a signed number: -1, and its 32 bits, are the largest.
+static unsigned checked_reference(long value) {
+  if (value < -1 || value > static_cast<long>(UINT32_MAX)) if_die(INVALID_RECORD);
+  return static_cast<unsigned>(value);
+}
+
 void I_FILE::if_read_inloop() {
   unsigned id = i_read_uint32();
-  unsigned sym_level = static_cast<unsigned>(i_read_sint());
-  unsigned index = static_cast<unsigned>(i_read_sint());
+  unsigned sym_level = checked_reference(i_read_wide_sint());
+  unsigned index = checked_reference(i_read_wide_sint());
   I_SYMTAB* lcv = sym_level < NO_SYMBOL_LEVEL ? find_symref(sym_level, index) : nullptr;
   client->cl_loop_header(id, lcv, static_cast<int>(i_read_u8()));
 }

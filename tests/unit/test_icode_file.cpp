@@ -285,6 +285,7 @@ TEST_F(IcodeFile, WideReferencesAreRefused) {
       for (size_t k = 0; k < fields.size(); k++)
         f.i_write_uint(fields[k] + (k == wide ? more : 0));
       if (tag == TAG_LOOP_DEF) f.i_write_i16(0);
+      if (tag == TAG_IN_LOOP) f.i_write_i8(0);
       f.i_flush(tag);
     };
   };
@@ -321,7 +322,10 @@ TEST_F(IcodeFile, WideReferencesAreRefused) {
                                       record(TAG_DD_EDGE, {1, 2, 3}, 2),
                                       record(TAG_MBANK, {1, 2, 3, 4, 5}, 4),
                                       record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 0),
-                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 1)};
+                                      record(TAG_LOOP_DEF, {1, 2, 3, 4, 5}, 1),
+                                      record(TAG_IN_LOOP, {1, 0, 0}, 0),
+                                      record(TAG_IN_LOOP, {1, 0, 0}, 1),
+                                      record(TAG_IN_LOOP, {1, 0, 0}, 2)};
   for (size_t k = 0; k < writers.size(); k++) {
     for (unsigned long more : {0ul, 1ul << 32}) {
       FILE_PTR out = create(path);
