@@ -223,6 +223,7 @@ int64_t scan(const std::string& text, FormatArguments arguments, CharacterSource
     if (is_plain) {
       i += text[i] == '%';
       if (text[i] == '%') s.skip_space();
+      if (s.peek() < 0) return s.stored ? s.stored : -1;
       if (s.peek() != uint8_t(text[i])) break;
       s.get();
       ++i;
@@ -233,7 +234,7 @@ int64_t scan(const std::string& text, FormatArguments arguments, CharacterSource
     if (d.conversion != 'n' && s.peek() < 0) return s.stored ? s.stored : -1;
     if (!s.value(d)) break;
   }
-  return s.stored == 0 && s.taken == 0 && from.peek() < 0 && !text.empty() ? -1 : s.stored;
+  return s.stored;
 }
 
 } // namespace icode::run

@@ -78,7 +78,8 @@ int main(void) {
   float f;
   int n = sscanf("12 -7 ff 123456 word [x] 1.5e1", "%d %i %x %ld %s [%1[a-z]] %f", &i, &j, &u, &l, w, c, &f);
   printf("%d: %d %d %u %ld %s %s %.2f\n", n, i, j, u, l, w, c, f);
-  printf("%d %d\n", sscanf("", "%d", &i), sscanf("x", "%d", &i));
+  printf("%d %d ", sscanf("", "%d", &i), sscanf("x", "%d", &i));
+  printf("%d %d %d\n", sscanf("", "%n", &i), sscanf("", "x"), sscanf("5", "%dx", &i));
   n = 0;
   printf("%d ", sscanf("10:20:30", "%d:%*d:%d%n", &i, &j, &n));
   printf("%d %d %d\n", i, j, n);
