@@ -36,15 +36,17 @@ static simul_fval* copy_fval(const simul_fval& value) {
   return current_memory().arena.make<simul_fval>(value);
 }
 
+#ifndef VRX_CHECKS
+static_assert(sizeof(NODE) <= 128, "two cache lines hold a node");
+#endif
+
 NODE* alloc_node(int op, TYPE* type) {
   FUNCTION_MEMORY& memory = current_memory();
   NODE* node = new (memory.node_place()) NODE;
   node->op = op;
   node->type = type;
   node->orig_type = type;
-#ifdef VRX_CHECKS
-  node->owner = &memory;
-#endif
+  node->owner.set(&memory);
   return node;
 }
 
@@ -328,15 +330,21 @@ LIST* mkelist(NODE* tree, LIST* next, PSN* psn) {
 // ---------------------------------------------------------------------------------------------
 // Copying
 
+NODE_FACTS& NODE::own_facts() {
+  if (!facts) facts = current_memory().arena.make<NODE_FACTS>();
+  return *facts;
+}
+
+static DD_INFO* copy_dd_info(const DD_INFO* info) {
+  return current_memory().arena.make<DD_INFO>(copy_tree(info->tree, true));
+}
+
 static NODE* copy_node_body(const NODE* node, bool keep_ls) {
   NODE* copy = alloc_node(node->op, node->type);
   *copy = *node;
-#ifdef VRX_CHECKS
-  copy->owner = &current_memory();
-#endif
+  copy->owner.set(&current_memory());
   copy->left = copy->right = nullptr;
-  copy->dd_info = nullptr;
-  copy->ptenv = nullptr;
+  copy->facts = nullptr;
   if (!keep_ls) copy->ls = nullptr;
   if (node->op == FCON) {
     copy->u.fval = copy_fval(*node->u.fval);
@@ -358,8 +366,7 @@ static NODE* copy_node_body(const NODE* node, bool keep_ls) {
 // A mark of dependence is no more than what it carries, so its copy has the record, too.
 NODE* copy_dd_node(const NODE* node, bool keep_ls) {
   NODE* copy = copy_node_body(node, keep_ls);
-  if (node->dd_info)
-    copy->dd_info = current_memory().arena.make<DD_INFO>(copy_tree(node->dd_info->tree, true));
+  if (const DD_INFO* info = node->dd_info()) copy->own_facts().dd_info = copy_dd_info(info);
   return copy;
 }
 
@@ -453,8 +460,7 @@ NODE* copy_tree_without_dupes(const NODE* tree) {
 
 static void copy_dd_records(const NODE* from, NODE* to) {
   for (; from && from->op != CSE_DUPE; from = from->left, to = to->left) {
-    if (from->dd_info && !to->dd_info)
-      to->dd_info = current_memory().arena.make<DD_INFO>(copy_tree(from->dd_info->tree, true));
+    if (from->dd_info() && !to->dd_info()) to->own_facts().dd_info = copy_dd_info(from->dd_info());
     if (from->right) copy_dd_records(from->right, to->right);
   }
 }
@@ -493,7 +499,8 @@ NODE* copy_node_if_changed(NODE* node, NODE* left, NODE* right) {
 // ---------------------------------------------------------------------------------------------
 // Erasing
 
-void erase_node(NODE* node) {
+// The sanitizer's own look at a node that was erased would come before the message.
+[[gnu::no_sanitize("vptr")]] void erase_node(NODE* node) {
   if (node->op == ILLOP) {
     fprintf(stderr, "\n\n!!! COMPILER (OPTIMIZER) ERROR IN 'erase_node' %p !!!\n\n",
             static_cast<void*>(node));
@@ -501,17 +508,14 @@ void erase_node(NODE* node) {
                    static_cast<void*>(node));
     abort_optimizer();
   }
-#ifdef VRX_CHECKS
-  CHECK(!currfuninfo || currfuninfo == file_funinfo || node->owner == &current_memory());
-#endif
-  if (node->dd_info) erase_tree(node->dd_info->tree);
+  CHECK(!currfuninfo || currfuninfo == file_funinfo || node->owner.is(&current_memory()));
+  if (node->dd_info()) erase_tree(node->dd_info()->tree);
   if (node->op == LABEL && node->label && node->label->refcount > 0 &&
       node->label->refcount < 32767)
     node->label->refcount--;
   node->op = ILLOP;
   node->left = node->right = nullptr;
-  node->dd_info = nullptr;
-  node->ptenv = nullptr;
+  node->facts = nullptr;
   node->orig_type = nullptr;
   node->label = nullptr;
   current_memory().free_node(node);

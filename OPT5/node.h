@@ -21,10 +21,29 @@ class BBLK;
 class LOOP;
 struct PTENV;
 struct DD_INFO;
+struct NODE_FACTS;
 struct LBL;
 
 // Places in NODE::node_flags.
 enum NODE_FLAG { NF_COMMENT }; // of ASM: a comment record
+
+// The memory that a node was made in, in test builds: they check that no other takes it back.
+struct NODE_OWNER {
+#ifdef VRX_CHECKS
+  const void* memory = nullptr;
+  void set(const void* made_in) {
+    memory = made_in;
+  }
+  bool is(const void* asking) const {
+    return memory == asking;
+  }
+#else
+  void set(const void*) {}
+  bool is(const void*) const {
+    return true;
+  }
+#endif
+};
 
 class NODE : public BASE_NODE {
 public:
@@ -42,19 +61,16 @@ public:
     TYPE* csu;        // FIELD: class of the member
     void* word;
   } u = {nullptr};
-  fkMDATA* mval = nullptr;     // FIELD
   unsigned scan_marks[2] = {}; // of scans
   LS* ls = nullptr;            // scope of the statement or name
-  void* scratch[2] = {};       // of loop and alias analyses
   TYPE* orig_type = nullptr;   // type before conversions
-  double frequency = -1.0;     // estimated frequency; -1 for none
-  DD_INFO* dd_info = nullptr;  // owned
   union {
     LBL* label = nullptr; // LABEL, LABELDEF
     char* text;           // SCON: bytes; ASM: text; FCON: cached text, null until asked for
     PRAGMA* pragma;       // PPRAGMA
+    fkMDATA* mval;        // FIELD; STASG: the member assigned to, or null
   };
-  PTENV* ptenv = nullptr;
+  NODE_FACTS* facts = nullptr; // what few nodes have, null for none
   unsigned char node_flags[14] = {};
   union {
     unsigned eh_entry = 0; // exception table entry of a call
@@ -64,72 +80,36 @@ public:
     unsigned vargs = 0; // CALL: arguments behind the named parameters
     int dd_flags;       // DDNODE
   };
-#ifdef VRX_CHECKS
-  const void* owner = nullptr; // the memory it was made in
-#endif
+  [[no_unique_address]] NODE_OWNER owner;
 
-  BASE_NODE* operand(int k) const override {
-    return k == 0 ? left : right;
-  }
+  BASE_NODE* operand(int k) const override { return k == 0 ? left : right; }
   void set_operand(int k, BASE_NODE* node) override {
     (k == 0 ? left : right) = static_cast<NODE*>(node);
   }
 
   I_SYMTAB* name_symbol() const override;
-  int field_kind() const override {
-    return static_cast<int>(static_cast<long>(ival));
-  }
-  fkMDATA* field_mval() const override {
-    return mval;
-  }
-  TYPE* field_csu() const override {
-    return u.csu;
-  }
+  int field_kind() const override { return static_cast<int>(static_cast<long>(ival)); }
+  fkMDATA* field_mval() const override { return mval; }
+  TYPE* field_csu() const override { return u.csu; }
   unsigned long icon_uvalue() const override;
   long icon_svalue() const override;
   const char* lcon_value() const override;
   const char* fcon_value() override;
-  const char* scon_value() const override {
-    return text;
-  }
-  unsigned scon_length() const override {
-    return static_cast<unsigned>(ival.low);
-  }
+  const char* scon_value() const override { return text; }
+  unsigned scon_length() const override { return static_cast<unsigned>(ival.low); }
   int label_id() const override;
-  int vreg_id() const override {
-    return static_cast<int>(static_cast<long>(ival));
-  }
-  int skip_count() const override {
-    return static_cast<int>(static_cast<long>(ival));
-  }
-  int case_count() const override {
-    return static_cast<int>(static_cast<long>(ival));
-  }
-  int ddnode_id() const override {
-    return static_cast<int>(static_cast<long>(ival));
-  }
-  int ddnode_locale() const override {
-    return dd_locale;
-  }
-  int ddnode_flags() const override {
-    return dd_flags;
-  }
+  int vreg_id() const override { return static_cast<int>(static_cast<long>(ival)); }
+  int skip_count() const override { return static_cast<int>(static_cast<long>(ival)); }
+  int case_count() const override { return static_cast<int>(static_cast<long>(ival)); }
+  int ddnode_id() const override { return static_cast<int>(static_cast<long>(ival)); }
+  int ddnode_locale() const override { return dd_locale; }
+  int ddnode_flags() const override { return dd_flags; }
   unsigned call_num_args() const override;
-  unsigned call_num_vargs() const override {
-    return vargs;
-  }
-  const char* icall_name() const override {
-    return u.callee;
-  }
-  unsigned eh_entry_id() const override {
-    return eh_entry;
-  }
-  unsigned get_edge_profile_value() const override {
-    return profile_count;
-  }
-  void set_edge_profile_value(unsigned value) override {
-    profile_count = value;
-  }
+  unsigned call_num_vargs() const override { return vargs; }
+  const char* icall_name() const override { return u.callee; }
+  unsigned eh_entry_id() const override { return eh_entry; }
+  unsigned get_edge_profile_value() const override { return profile_count; }
+  void set_edge_profile_value(unsigned value) override { profile_count = value; }
 
   void mk_name(I_SYMTAB* sym) override;
   void mk_field(int kind, fkMDATA* member, TYPE* csu) override;
@@ -137,29 +117,39 @@ public:
   void mk_lcon(const char* text) override;
   void mk_fcon(const char* text) override;
   void mk_scon(const char* text, unsigned length) override;
-  void mk_label(int number) override {
-    ival = number;
-  }
-  void mk_vreg(int number) override {
-    ival = number;
-  }
-  void mk_skip(int count) override {
-    ival = count;
-  }
-  void mk_switch(int cases) override {
-    ival = cases;
-  }
+  void mk_label(int number) override { ival = number; }
+  void mk_vreg(int number) override { ival = number; }
+  void mk_skip(int count) override { ival = count; }
+  void mk_switch(int cases) override { ival = cases; }
   void mk_ddnode(int id, int locale, int flags) override;
   void mk_call(unsigned args, unsigned vargs) override;
-  void mk_ucall(unsigned eh_entry) override {
-    this->eh_entry = eh_entry;
-  }
+  void mk_ucall(unsigned eh_entry) override { this->eh_entry = eh_entry; }
   void mk_icall(const char* name) override;
 
-  bool is(int wanted) const {
-    return op == wanted;
-  }
+  double frequency() const; // estimated frequency; -1 for none
+  DD_INFO* dd_info() const; // null for none
+  PTENV* ptenv() const;     // points-to environment; null for none
+  NODE_FACTS& own_facts();  // made when there are none
+
+  bool is(int wanted) const { return op == wanted; }
 };
+
+// What analyses hang on a node, in the function's memory. Copies of the node have none.
+struct NODE_FACTS {
+  void* scratch[2] = {}; // of loop and alias analyses
+  double frequency = -1.0;
+  DD_INFO* dd_info = nullptr;
+  PTENV* ptenv = nullptr;
+};
+inline double NODE::frequency() const {
+  return facts ? facts->frequency : -1.0;
+}
+inline DD_INFO* NODE::dd_info() const {
+  return facts ? facts->dd_info : nullptr;
+}
+inline PTENV* NODE::ptenv() const {
+  return facts ? facts->ptenv : nullptr;
+}
 
 // Dependence information on a memory reference. Owns its subtree.
 struct DD_INFO {

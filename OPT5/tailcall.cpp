@@ -79,6 +79,20 @@ bool find_parameter_homes(const FUNINFO* fi, std::vector<SYMTAB*>& homes) {
   return home_of.empty() || !names_any_of(home_of, fi, first);
 }
 
+// A jump back to a setjmp() of one activation must find that activation's values.
+bool may_be_jumped_into(const FUNINFO* fi) {
+  auto names_setjmp = [](const NODE* node) {
+    if (node->op != NAME || !node->u.sym->type->is_func()) return false;
+    const char* name = node->u.sym->name;
+    name += strspn(name, "_");
+    return strcmp(name, "setjmp") == 0 || strcmp(name, "sigsetjmp") == 0;
+  };
+  for (const BBLK* bb = fi->uon_list; bb; bb = bb->uon_link)
+    for (const LIST* s = bb->statements; s; s = s->next)
+      if (tree_contains_matching_node(s->tree, names_setjmp)) return true;
+  return false;
+}
+
 bool is_self_call(const NODE* call, const FUNINFO* fi) {
   return (call->op == CALL || call->op == UCALL) && call->left->op == UAND &&
          call->left->left->op == NAME && call->left->left->u.sym == fi->symbol &&
@@ -274,7 +288,7 @@ void remove_tail_recursion() {
     TAIL_CALL found;
     if (find_tail_call(bb, fi, found)) calls.emplace_back(bb, found);
   }
-  if (calls.empty() || !locals_with_address_taken(fi).empty()) return;
+  if (calls.empty() || !locals_with_address_taken(fi).empty() || may_be_jumped_into(fi)) return;
   std::vector<SYMTAB*> homes;
   if (!find_parameter_homes(fi, homes)) return;
   BBLK* head = nullptr;

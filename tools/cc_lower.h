@@ -198,6 +198,8 @@ private:
   void case_label(const clang::CaseStmt* s);
   void default_label(const clang::DefaultStmt* s);
   void return_statement(const clang::ReturnStmt* s);
+  void jump(const std::vector<JUMPS*>& to, const clang::Stmt* s);
+  template <class LOWER> void loop_head(LOWER lower);
   void loop_body(const clang::Stmt* s, JUMPS& on_break, JUMPS& on_continue);
   void begin_block(clang::SourceLocation at);
   void end_block(clang::SourceLocation at);

@@ -6,6 +6,8 @@
 
 #include "DIAG/abort.h"
 #include "DIAG/safemalloc.h"
+#include "DIAG/signals.h"
+#include "DIAG/support.h"
 
 #include "clang/AST/ASTConsumer.h"
 #include "clang/Basic/DiagnosticSema.h"
@@ -31,6 +33,7 @@
 #include <fstream>
 #include <memory>
 #include <set>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace cc {
@@ -50,6 +53,21 @@ void end_failing_run(const char* text) {
   remove_output();
   fprintf(stderr, "icode-cc: internal error: %s\n", text ? text : "aborted");
   _exit(1);
+}
+
+void end_after_signal() {
+  remove_output();
+  _exit(1);
+}
+
+// The parser recurses with the nesting of the source, and an operator's operands nest: a sum of
+// many terms is deep. What the system keeps free below the stack is at least 128 MB.
+void ask_for_a_large_stack() {
+  constexpr rlim_t WANTED = 100 << 20;
+  rlimit limit{};
+  if (getrlimit(RLIMIT_STACK, &limit) != 0 || limit.rlim_cur >= WANTED) return;
+  limit.rlim_cur = std::min(limit.rlim_max, WANTED);
+  setrlimit(RLIMIT_STACK, &limit);
 }
 
 int complain(const std::string& text) {
@@ -374,7 +392,11 @@ int run_compiler(int argc, char** argv) {
     fputs(HELP, stdout);
     return 0;
   }
+  tool_name = "icode-cc";
+  ask_for_a_large_stack();
   set_abort_handler(end_failing_run);
+  install_common_handlers(common_signal_end, end_after_signal);
+  set_signal_note("if the source is nested very deeply, the stack may have been too small");
   if_death_hook = tp_death_hook = remove_output;
   install_out_of_memory_handler(remove_output);
   const int status = compile(command);

@@ -130,8 +130,8 @@ void LOWERING::lower_statement(const clang::Stmt* s) {
   case clang::Stmt::CaseStmtClass: return case_label(llvm::cast<clang::CaseStmt>(s));
   case clang::Stmt::DefaultStmtClass: return default_label(llvm::cast<clang::DefaultStmt>(s));
   case clang::Stmt::ReturnStmtClass: return return_statement(llvm::cast<clang::ReturnStmt>(s));
-  case clang::Stmt::BreakStmtClass: return emit_branch(label_of(*fn->breaks.back()), psn);
-  case clang::Stmt::ContinueStmtClass: return emit_branch(label_of(*fn->continues.back()), psn);
+  case clang::Stmt::BreakStmtClass: return jump(fn->breaks, s);
+  case clang::Stmt::ContinueStmtClass: return jump(fn->continues, s);
   case clang::Stmt::GotoStmtClass:
     return emit_branch(label_of(llvm::cast<clang::GotoStmt>(s)->getLabel()), psn);
   case clang::Stmt::LabelStmtClass: {
@@ -213,6 +213,22 @@ void LOWERING::if_statement(const clang::IfStmt* s) {
   emit_label(end);
 }
 
+void LOWERING::jump(const std::vector<JUMPS*>& to, const clang::Stmt* s) {
+  if (to.empty() || !to.back())
+    refuse(s->getBeginLoc(), "a jump out of the head of a loop is not supported");
+  emit_branch(label_of(*to.back()), psn_of(s->getBeginLoc()));
+}
+
+// Statements in the head of a loop. A break there is of this loop to some compilers, of the one
+// around it to others.
+template <class LOWER> void LOWERING::loop_head(LOWER lower) {
+  fn->breaks.push_back(nullptr);
+  fn->continues.push_back(nullptr);
+  lower();
+  fn->breaks.pop_back();
+  fn->continues.pop_back();
+}
+
 void LOWERING::loop_body(const clang::Stmt* s, JUMPS& on_break, JUMPS& on_continue) {
   fn->breaks.push_back(&on_break);
   fn->continues.push_back(&on_continue);
@@ -226,7 +242,7 @@ void LOWERING::while_statement(const clang::WhileStmt* s) {
   PSN* psn = psn_of(s->getWhileLoc());
   loop_notes(s->getWhileLoc());
   emit_label(top.label);
-  hoist_statements(s->getCond());
+  loop_head([&] { hoist_statements(s->getCond()); });
   branch_if(negate(value(s->getCond())), end.label, psn);
   loop_body(s->getBody(), end, top);
   emit_branch(top.label, psn);
@@ -240,7 +256,7 @@ void LOWERING::do_statement(const clang::DoStmt* s) {
   emit_label(top);
   loop_body(s->getBody(), end, next);
   place_label(next);
-  hoist_statements(s->getCond());
+  loop_head([&] { hoist_statements(s->getCond()); });
   branch_if(value(s->getCond()), top, psn_of(s->getWhileLoc()));
   place_label(end);
 }
@@ -256,11 +272,12 @@ void LOWERING::for_statement(const clang::ForStmt* s) {
   JUMPS end{0}, next{0};
   const int top = new_label();
   emit_label(top);
-  if (s->getCond()) hoist_statements(s->getCond());
+  loop_head([&] { hoist_statements(s->getCond()); });
   if (s->getCond()) branch_if(negate(value(s->getCond())), label_of(end), psn);
   loop_body(s->getBody(), end, next);
   place_label(next);
-  if (s->getInc()) emit_for_effect(s->getInc(), psn_of(s->getInc()->getBeginLoc()));
+  if (s->getInc())
+    loop_head([&] { emit_for_effect(s->getInc(), psn_of(s->getInc()->getBeginLoc())); });
   emit_branch(top, psn);
   place_label(end);
   end_block(s->getEndLoc());

@@ -48,13 +48,15 @@ void LibraryCall::need_write(uint32_t at, uint64_t units) const {
   charge_steps(m, units);
 }
 
+uint16_t LibraryCall::unit(uint32_t at) const {
+  if (!m.memory.can_read(at, 1)) bad_access(m.memory, at, 1, false);
+  return m.memory.units[at];
+}
+
 uint64_t LibraryCall::string_length(uint32_t at, uint64_t limit) const {
   uint64_t n = 0;
-  for (; n < limit; ++n) {
-    auto unit = uint32_t(at + n);
-    if (!m.memory.can_read(unit, 1)) bad_access(m.memory, unit, 1, false);
-    if (m.memory.units[unit] == 0) break;
-  }
+  while (n < limit && unit(uint32_t(at + n)) != 0)
+    ++n;
   charge_steps(m, n);
   return n;
 }

@@ -40,6 +40,7 @@ struct LibraryCall {
 
   void need_read(uint32_t at, uint64_t units) const;
   void need_write(uint32_t at, uint64_t units) const;
+  uint16_t unit(uint32_t at) const;                                       // that can be read
   uint64_t string_length(uint32_t at, uint64_t limit = UINT64_MAX) const; // up to `limit` units
   std::string string(uint32_t at) const;                                  // low bytes of the units
   void store_string(uint32_t at, std::string_view text) const;            // and a zero behind it

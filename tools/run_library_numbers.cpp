@@ -19,6 +19,26 @@ int digit_value(char c) {
   return isdigit(u) ? u - '0' : isalpha(u) ? tolower(u) - 'a' + 10 : 99;
 }
 
+// What stands at an address up to where no number goes on: programs read long texts number by
+// number.
+std::string number_text(Call& c) {
+  std::string text;
+  uint32_t at = c.pointer(0);
+  auto take = [&](auto takes) {
+    for (uint16_t unit = c.unit(at); unit < 128 && takes(unit); unit = c.unit(++at))
+      text += char(unit);
+  };
+  take([](int unit) { return isspace(unit) != 0; });
+  take([&](int unit) {
+    char last = text.empty() || isspace(uint8_t(text.back())) ? 'e' : char(text.back() | 32);
+    if (unit == '+' || unit == '-') return last == 'e' || last == 'p';
+    return isalnum(unit) != 0 || unit == '.' || unit == '_' || unit == ')' ||
+           (unit == '(' && last == 'n');
+  });
+  charge_steps(c.m, text.size());
+  return text;
+}
+
 // Stores where a conversion ended, unless the program doesn't ask.
 void store_end(Call& c, size_t argument, uint64_t length) {
   if (c.count() <= argument || !c.pointer(argument)) return;
@@ -28,7 +48,7 @@ void store_end(Call& c, size_t argument, uint64_t length) {
 
 // To a type of that width, held at its bounds as C asks; atoi and its kin have no other arguments.
 void give_integer(Call& c, unsigned bits, bool is_signed) {
-  std::string text = c.string(c.pointer(0));
+  std::string text = number_text(c);
   unsigned base = c.count() > 2 ? unsigned(std::clamp<int64_t>(c.integer(2), -1, 37)) : 10;
   if (base == 1 || base > 36) {
     store_end(c, 1, 0);
@@ -61,12 +81,12 @@ void do_strtoull(Call& c) {
 }
 void do_atoi(Call& c) {
   // What doesn't fit has no meaning; it is cut, as a target without traps does.
-  ReadInteger n = read_integer(c.string(c.pointer(0)), 10);
+  ReadInteger n = read_integer(number_text(c), 10);
   c.give(int64_t(n.is_negative ? 0 - n.magnitude : n.magnitude));
 }
 
 void do_strtod(Call& c) {
-  std::string text = c.string(c.pointer(0));
+  std::string text = number_text(c);
   char* end = nullptr;
   errno = 0;
   double v = strtod(text.c_str(), &end);

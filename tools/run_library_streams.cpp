@@ -211,13 +211,19 @@ void do_clearerr(Call& c) {
   if (c.natural(0) == STDIN) c.m.input_ended = false;
 }
 
-// A string as a source; it ends at its zero.
+// A string as a source; it ends at its zero, and nobody looks behind what the format takes.
 struct StringSource : CharacterSource {
-  StringSource(Call& call, uint32_t from) : text(call.string(from)) {}
-  std::string text;
-  size_t at = 0;
-  int peek() override { return at < text.size() ? uint8_t(text[at]) : -1; }
-  void skip() override { ++at; }
+  StringSource(Call& call, uint32_t from) : c(call), at(from) {}
+  Call& c;
+  uint32_t at;
+  int peek() override {
+    uint16_t unit = c.unit(at);
+    return unit ? unit & 0xFF : -1;
+  }
+  void skip() override {
+    charge_steps(c.m, 1);
+    ++at;
+  }
 };
 
 FormatArguments list_arguments(Call& c, size_t at) {

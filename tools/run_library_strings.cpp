@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <vector>
 
 namespace icode::run {
 
@@ -111,17 +112,39 @@ std::u16string units_of(Call& c, uint32_t at) {
   return std::u16string(units, units + n);
 }
 
+// Reads no further than the end of the first place, so that a loop over all places takes a time in
+// step with the text; where a part of it has to be looked at again, `back` tells how much is known.
 void do_strstr(Call& c) {
-  std::u16string text = units_of(c, c.pointer(0)), part = units_of(c, c.pointer(1));
-  charge_steps(c.m, text.size());
-  size_t at = text.find(part);
-  c.give(at == std::u16string::npos ? 0 : int64_t(c.pointer(0) + at));
+  const std::u16string part = units_of(c, c.pointer(1));
+  if (part.empty()) return c.give(c.pointer(0));
+  // Of each beginning of the part, the longest proper end that is a beginning too.
+  std::vector<size_t> back(part.size() + 1);
+  for (size_t i = 1, k = 0; i < part.size(); back[++i] = k) {
+    while (k > 0 && part[k] != part[i])
+      k = back[k];
+    k += part[k] == part[i];
+  }
+  size_t known = 0;
+  for (uint32_t at = c.pointer(0);; ++at) {
+    charge_steps(c.m, 1);
+    uint16_t unit = c.unit(at);
+    if (unit == 0) return c.give(0);
+    while (known > 0 && part[known] != unit)
+      known = back[known];
+    known += part[known] == unit;
+    if (known == part.size()) return c.give(int64_t(at + 1 - part.size()));
+  }
 }
 // How many units at the beginning are in the set, or are not.
-uint64_t span(Call& c, uint32_t at, const std::u16string& set, bool in_set) {
-  std::u16string text = units_of(c, at);
-  size_t end = in_set ? text.find_first_not_of(set) : text.find_first_of(set);
-  return end == std::u16string::npos ? text.size() : end;
+uint64_t span(Call& c, uint32_t at, std::u16string set, bool in_set) {
+  std::sort(set.begin(), set.end());
+  uint64_t n = 0;
+  for (;; ++n) {
+    uint16_t unit = c.unit(uint32_t(at + n));
+    if (unit == 0 || std::binary_search(set.begin(), set.end(), unit) != in_set) break;
+  }
+  charge_steps(c.m, n);
+  return n;
 }
 void do_strspn(Call& c) {
   c.give(int64_t(span(c, c.pointer(0), units_of(c, c.pointer(1)), true)));

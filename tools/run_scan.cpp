@@ -5,6 +5,7 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
+#include <utility>
 
 namespace icode::run {
 
@@ -43,10 +44,11 @@ struct Scanner {
       get();
   }
 
-  // As many characters as `takes` likes, which sees the text so far.
+  // As many characters as `takes` likes; it may keep what it has seen, since each one that it likes
+  // is taken.
   template <class F> std::string field(uint64_t width, F takes) {
     std::string text;
-    while (text.size() < width && peek() >= 0 && takes(text, peek()))
+    while (text.size() < width && peek() >= 0 && takes(peek()))
       text += get();
     return text;
   }
@@ -69,14 +71,22 @@ struct Scanner {
   }
 
   bool integer(const Directive& d, unsigned base, bool is_signed) {
-    std::string text = field(d.width, [&](const std::string& so_far, int c) {
-      bool has_sign = !so_far.empty() && (so_far[0] == '-' || so_far[0] == '+');
-      size_t digits = so_far.size() - has_sign;
-      if (c == '-' || c == '+') return so_far.empty();
-      if ((c | 32) == 'x') return digits == 1 && so_far.back() == '0' && (base == 0 || base == 16);
-      bool is_hex = base == 16 || (base == 0 && so_far.find_first_of("xX") != std::string::npos);
-      bool is_octal = base == 8 || (base == 0 && !is_hex && digits && so_far[has_sign] == '0');
-      return is_hex ? isxdigit(c) != 0 : is_octal ? c >= '0' && c <= '7' : isdigit(c) != 0;
+    size_t digits = 0;
+    bool is_first = true, may_be_x = false; // behind a lone 0
+    unsigned of_base = base ? base : 10;
+    std::string text = field(d.width, [&](int c) {
+      bool was_first = std::exchange(is_first, false);
+      if (c == '-' || c == '+') return was_first;
+      if (std::exchange(may_be_x, false) && (c | 32) == 'x') {
+        of_base = 16;
+        return true;
+      }
+      if (digits++ == 0 && c == '0') {
+        may_be_x = base == 0 || base == 16;
+        if (base == 0) of_base = 8;
+        return true;
+      }
+      return of_base == 16 ? isxdigit(c) != 0 : c >= '0' && unsigned(c - '0') < of_base;
     });
     ReadInteger n = read_integer(text, base);
     if (n.length == 0) return false;
@@ -86,13 +96,16 @@ struct Scanner {
   }
 
   bool number(const Directive& d) {
-    std::string text = field(d.width, [](const std::string& so_far, int c) {
-      bool after_exponent = !so_far.empty() && (so_far.back() | 32) == 'e';
-      if (c == '+' || c == '-') return so_far.empty() || after_exponent;
-      bool has_exponent = so_far.find_first_of("eE") != std::string::npos;
-      if (c == '.') return !has_exponent && so_far.find('.') == std::string::npos;
-      if ((c | 32) == 'e')
-        return !has_exponent && so_far.find_first_of("0123456789") != std::string::npos;
+    bool may_be_sign = true, has_digit = false, has_point = false, has_exponent = false;
+    std::string text = field(d.width, [&](int c) {
+      bool may_have_sign = std::exchange(may_be_sign, false);
+      if (c == '+' || c == '-') return may_have_sign;
+      if (c == '.') return !has_exponent && !std::exchange(has_point, true);
+      if ((c | 32) == 'e') {
+        may_be_sign = true;
+        return has_digit && !std::exchange(has_exponent, true);
+      }
+      has_digit = true;
       return isdigit(c) != 0;
     });
     char* end = nullptr;
@@ -130,20 +143,19 @@ struct Scanner {
     case 'A': return number(d);
     case 'c': {
       uint64_t width = d.width == MAX_FIELD ? 1 : d.width;
-      std::string text = field(width, [](const std::string&, int) { return true; });
+      std::string text = field(width, [](int) { return true; });
       if (text.size() < width) return false;
       store_text(d, text, false);
       return true;
     }
     case 's': {
-      std::string text = field(d.width, [](const std::string&, int c) { return !is_space(c); });
+      std::string text = field(d.width, [](int c) { return !is_space(c); });
       if (text.empty()) return false;
       store_text(d, text, true);
       return true;
     }
     case '[': {
-      std::string text =
-          field(d.width, [&](const std::string&, int c) { return d.set[size_t(c & 0xFF)]; });
+      std::string text = field(d.width, [&](int c) { return d.set[size_t(c & 0xFF)]; });
       if (text.empty()) return false;
       store_text(d, text, true);
       return true;

@@ -130,13 +130,13 @@ TEST_F(Trees, CopiesOfSharedExpressions) {
 TEST_F(Trees, MarksOfDependenceKeepTheirRecord) {
   NODE* mark = op(DDNODE, name(variable("x")));
   mark->mk_ddnode(3, 1, 2);
-  mark->dd_info = current_memory().arena.make<DD_INFO>(icon(7));
+  mark->own_facts().dd_info = current_memory().arena.make<DD_INFO>(icon(7));
   NODE* copy = copy_tree(mark, true);
   EXPECT_EQ(copy->ddnode_id(), 3);
-  ASSERT_TRUE(copy->dd_info);
-  EXPECT_NE(copy->dd_info->tree, mark->dd_info->tree);
+  ASSERT_TRUE(copy->dd_info());
+  EXPECT_NE(copy->dd_info()->tree, mark->dd_info()->tree);
   erase_tree(mark);
-  EXPECT_EQ(copy->dd_info->tree->icon_svalue(), 7);
+  EXPECT_EQ(copy->dd_info()->tree->icon_svalue(), 7);
   NODE* again = copy_dd_tree(copy, true);
   erase_tree(copy);
   erase_tree(again);

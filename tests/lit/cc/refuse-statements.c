@@ -12,5 +12,14 @@ out:
   switch (x) {
   case 1 ... 20000: return 1;
   }
+  // CHECK: [[@LINE+1]]:20: error: a jump out of the head of a loop is not supported
+  while (({ if (x) break; 1; }))
+    x++;
+  // CHECK: [[@LINE+1]]:21: error: a jump out of the head of a loop is not supported
+  for (;; ({ if (x) continue; 1; }))
+    x++;
+  // CHECK-NOT: error:
+  while (({ for (;;) break; x++ < 9; }))
+    ;
   return x;
 }
