@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 // ---------------------------------------------------------------------------------------------
@@ -170,12 +171,24 @@ void fixup_edge_lists(BBLK* bb, NODE* old_branch) {
       old_branch ? list_branch_targets(old_branch, nullptr) : copy_edge_list(bb->successors);
   LIST* last = bb->last_statement();
   EDGE* targets = last ? rev_edge_list(list_branch_targets(last->tree, nullptr)) : nullptr;
+  // Marks instead of a search in the other list for each target: a switch has many.
+  constexpr int NEW = 0;
+  for (const EDGE* e = targets; e; e = e->rest)
+    e->first->target_mark = NEW;
   for (EDGE* e = old_targets; e; e = e->rest)
-    if (!edge_memberp(e->first, targets))
+    if (e->first->target_mark != NEW)
       e->first->predecessors = remove_edge(bb, e->first->predecessors);
+  for (const EDGE* e = targets; e; e = e->rest)
+    e->first->target_mark = -1;
+  std::unordered_map<const BBLK*, double> old_prob;
+  for (const EDGE* e = bb->successors; e; e = e->rest)
+    old_prob.emplace(e->first, e->prob);
   for (EDGE* e = targets; e; e = e->rest) {
-    if (EDGE* old = edge_memberp(e->first, bb->successors)) e->prob = old->prob;
-    e->first->predecessors = add_edge(bb, e->first->predecessors, -1.0);
+    const auto old = old_prob.find(e->first);
+    if (old != old_prob.end())
+      e->prob = old->second;
+    else
+      e->first->predecessors = add_edge(bb, e->first->predecessors, -1.0);
   }
   erase_edge_list(old_targets);
   erase_edge_list(bb->successors);

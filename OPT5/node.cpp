@@ -239,7 +239,8 @@ NODE* mk_constant_from_ival(INT65 value, TYPE* type) {
     f_i65tof(value, &fval);
     node = mk_FCON(fval, scalar);
   } else {
-    node = mk_ICON(value, tp->mk_plain_int());
+    TYPE* wide_enough = wide_enough_int_type(value); // an address may need more than an int
+    node = mk_ICON(value, wide_enough ? wide_enough : tp->basic[TYPE::I_LLONG]);
     node = maketree(scalar->is_pointer() ? PCONV : SCONV, node, nullptr, scalar);
   }
   return type->is_vector() ? maketree(VPACKM, node, nullptr, type) : node;

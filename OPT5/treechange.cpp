@@ -163,8 +163,9 @@ bool bools_are_congruent(const NODE* a, const NODE* b, int opposite) {
   if (!opposite) return trees_are_congruent(a, b);
   if (side_effects[a->op] != SE_NONE || boolean_inv[a->op] == ILLOP) return false;
   const int inverse = boolean_inv[a->op];
-  if (inverse == b->op)
-    return trees_are_congruent(a->left, b->left) && trees_are_congruent(a->right, b->right);
+  if (inverse == b->op && trees_are_congruent(a->left, b->left) &&
+      trees_are_congruent(a->right, b->right))
+    return true;
   return commute_inv[inverse] == b->op && trees_are_congruent(a->left, b->right) &&
          trees_are_congruent(a->right, b->left);
 }

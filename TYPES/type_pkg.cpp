@@ -25,6 +25,7 @@ namespace {
 
 std::mutex rt_lock;     // based_types lists, uids
 std::mutex mk_ptr_lock; // `normalized` and `pointer` caches; taken before rt_lock
+std::mutex built_lock;  // the types of which a package has one, being built; before rt_lock
 
 constexpr unsigned long POINTER_SIZE = 32;
 constexpr unsigned WIDEST_ALIGN = 32;
@@ -270,6 +271,7 @@ TYPE* TYPE_PKG::new_type(TYPE::KIND kind, TYPE* base, unsigned long size, unsign
 }
 
 TYPE* TYPE_PKG::mk_unknown() {
+  std::lock_guard<std::mutex> hold(built_lock);
   if (!unknown) unknown = register_type(new_type(TYPE::K_UNKNOWN, nullptr, 0, 0), basic[SLOT_VOID]);
   return unknown;
 }
@@ -401,6 +403,7 @@ TYPE* TYPE_PKG::mk_bool_vector(int num_lanes) {
 }
 
 TYPE* TYPE_PKG::mk_vpred() {
+  std::lock_guard<std::mutex> hold(built_lock);
   if (vpred) return vpred;
   constexpr unsigned long SIZE = 64;
   vpred = mk_struct("__ld_vpred_tp");
@@ -418,6 +421,7 @@ TYPE* TYPE_PKG::mk_vpred() {
 }
 
 TYPE* TYPE_PKG::mk_struct_vector(unsigned long size, TYPE* elem) {
+  std::lock_guard<std::mutex> hold(built_lock);
   TYPE*& known = struct_vectors[{size, elem}];
   if (known) return known;
   CHECK(elem->size && size % elem->size == 0);

@@ -9,6 +9,7 @@
 
 #include "support/psn.h"
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -330,7 +331,7 @@ public:
 private:
   unsigned next_uid = 1;
   unsigned session = 0; // stamp of the package
-  unsigned fake_names = 0;
+  std::atomic<unsigned> fake_names = 0;
   TYPE* vpred = nullptr;
   TYPE* unknown = nullptr;
   std::map<std::pair<unsigned long, TYPE*>, TYPE*> struct_vectors;

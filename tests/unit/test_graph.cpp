@@ -142,6 +142,61 @@ TEST_F(Graph, CriticalEdgesAreSplit) {
   verify_function("rebuilding");
 }
 
+// The control statement of a block is changed, a statement inserted, and a block that nothing leads
+// to any more taken out.
+TEST_F(Graph, ABranchIsRedirected) {
+  SYMTAB* x = variable("x");
+  cbranch(name(x), 1);
+  stmt(op(PLUSASG, name(x), icon(1)));
+  branch(2);
+  label(1);
+  stmt(op(PLUSASG, name(x), icon(2)));
+  label(2);
+  stmt(op(PLUSASG, name(x), icon(3)));
+  buildcfg();
+  BBLK* entry = currfuninfo->bb_list;
+  LIST* last = entry->last_statement();
+  BBLK* left = last->tree->right->right->label->bb;
+  BBLK* join = left->successors->first;
+  edge_memberp(join, left->successors)->prob = 0.5;
+  for (EDGE* e = entry->successors; e; e = e->rest)
+    e->prob = e->first == left ? 0.25 : 0.75;
+
+  NODE* old_branch = last->tree; // both ways lead to `kept` or to the join from now on
+  BBLK* kept = old_branch->right->left->label->bb;
+  last->tree = mk_IF(name(x), kept, join, nullptr);
+  fixup_edge_lists(entry, old_branch);
+  erase_tree(old_branch);
+  EXPECT_EQ(edge_length(entry->successors), 2);
+  EXPECT_EQ(edge_memberp(kept, entry->successors)->prob, 0.75);
+  EXPECT_EQ(edge_memberp(join, entry->successors)->prob, -1.0);
+  EXPECT_FALSE(left->predecessors);
+  EXPECT_TRUE(edge_memberp(entry, join->predecessors));
+  EXPECT_EQ(edge_length(kept->predecessors), 1);
+
+  NODE* first = kept->statements->tree;
+  insert_stmt_before_stmt_in_bb(op(ASG, name(x), icon(9)), first, kept, nullptr);
+  EXPECT_EQ(kept->statements->next->tree, first);
+
+  join->predecessors = remove_edge(left, join->predecessors);
+  delink_old_bb(left);
+  EXPECT_FALSE(BB_is_in_bb_list(left));
+  erase_tree_list(left->statements);
+  erase_bblock(left);
+  renumber_bblocks();
+  verify_function("taking out");
+
+  // The entry, too, when its successor takes its place.
+  BBLK* second = entry->dflink;
+  delink_old_bb(entry);
+  EXPECT_EQ(currfuninfo->bb_list, second);
+  EXPECT_FALSE(second->rdflink->dflink); // the chain backward is closed at the new entry
+  erase_tree_list(entry->statements);
+  for (BBLK* bb : {kept, join})
+    bb->predecessors = remove_edge(entry, bb->predecessors);
+  erase_bblock(entry);
+}
+
 // Numbers of the source's labels mean nothing once blocks have theirs.
 TEST_F(Graph, LabelsAreFoundByTheirBlocksNumber) {
   label(2);

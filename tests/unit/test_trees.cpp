@@ -64,6 +64,25 @@ TEST_F(Trees, ConstantsTakeTheirType) {
     erase_tree(node);
 }
 
+// For any type: an address needs more bits than an int has, and a vector has the value in all
+// lanes.
+TEST_F(Trees, ConstantsOfAnyType) {
+  auto text = [](INT65 value, TYPE* type) {
+    NODE* tree = mk_constant_from_ival(value, type);
+    EXPECT_EQ(tree->type, type);
+    const std::string result = tree_text(tree);
+    erase_tree(tree);
+    return result;
+  };
+  EXPECT_EQ(text(70000, tp->mk_plain_int()), "4464:int");
+  EXPECT_EQ(text(-3, tp->mk_fltpt(TYPE::F_FLOAT)).substr(0, 8), "-0x1.8p+");
+  TYPE* address = tp->mk_ptr(tp->mk_plain_int());
+  EXPECT_EQ(text(5, address), "PCONV:int *(5:int)");
+  EXPECT_EQ(text(70000, address), "PCONV:int *(70000:long)");
+  EXPECT_EQ(text(9, tp->mk_vector(tp->mk_plain_int(), false, 4, 64, 64)),
+            "VPACKM:int  __vector(4)(9:int)");
+}
+
 TEST_F(Trees, CopiesAreTheirOwn) {
   NODE* one = alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT));
   one->mk_fcon("1.5");
@@ -186,6 +205,67 @@ TEST_F(Trees, Congruence) {
   SYMTAB* port = local("port", volatile_int);
   EXPECT_FALSE(same(name(port), name(port)));
   EXPECT_TRUE(same(name(port), name(port), true));
+}
+
+TEST_F(Trees, ConditionsAndTheirOpposites) {
+  SYMTAB *x = variable("x"), *y = variable("y");
+  auto relate = [](NODE* a, NODE* b) {
+    const int answer = bools_are_congruent(a, b, 0) + 2 * bools_are_congruent(a, b, 1);
+    erase_tree(a);
+    erase_tree(b);
+    return answer;
+  };
+  constexpr int NEITHER = 0, SAME = 1, OPPOSITE = 2;
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GT, name(y), name(x))), SAME);
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GE, name(x), name(y))), OPPOSITE);
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(LE, name(y), name(x))), OPPOSITE);
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GE, name(y), name(x))), NEITHER);
+  EXPECT_EQ(relate(mk_EXCLAIM(name(x)), name(x)), OPPOSITE);
+  EXPECT_EQ(relate(mk_EXCLAIM(mk_EXCLAIM(name(x))), name(x)), SAME);
+  EXPECT_EQ(relate(mk_EXCLAIM(op(EQ, name(x), name(y))), op(NEQ, name(y), name(x))), SAME);
+  // A comparison that is true for no NaN has an opposite that is true for each.
+  SYMTAB* d = local("d", tp->mk_fltpt(TYPE::F_DOUBLE));
+  EXPECT_EQ(relate(op(FLT, name(d), name(d)), op(FGEN, name(d), name(d))), OPPOSITE);
+  EXPECT_EQ(relate(op(FLT, name(d), name(d)), op(FGE, name(d), name(d))), NEITHER);
+}
+
+TEST_F(Trees, SubstitutionInAllPlaces) {
+  SYMTAB *x = variable("x"), *y = variable("y"), *z = variable("z");
+  NODE* sum = op(PLUS, op(MULT, name(x), name(y)), op(MULT, name(y), name(x)));
+  SYMPAIRLIST* pairs = mk_symplist(x, y, mk_symplist(y, x, nullptr, 0), 0); // all at once
+  subst_sym_pairs_in_tree(pairs, sum);
+  free_symplist(pairs);
+  EXPECT_EQ(tree_text(sum), "PLUS:int(MULT:int(y, x), MULT:int(x, y))");
+  subst_sym_for_sym_in_tree(z, x, sum);
+  EXPECT_TRUE(sym_appears_in_tree(z, sum));
+  EXPECT_FALSE(sym_appears_in_tree(x, sum));
+  // A value that holds what it stands for is not entered again.
+  NODE *product = op(MULT, name(z), name(y)), *value = op(MINUS, copy_tree(product, true), icon(1));
+  sum = subst_tree_for_lvalue_in_tree(value, product, sum);
+  EXPECT_EQ(tree_text(sum),
+            "PLUS:int(MINUS:int(MULT:int(z, y), 1:int), MINUS:int(MULT:int(z, y), 1:int))");
+  for (NODE* tree : {sum, product, value})
+    erase_tree(tree);
+}
+
+TEST_F(Trees, ListsOfStatements) {
+  SYMTAB* x = variable("x");
+  LIST* list = nullptr;
+  for (int k = 3; k > 0; k--)
+    list = mkelist(op(ASG, name(x), icon(k)), list, nullptr);
+  LIST* copy = copy_statements(list, true);
+  EXPECT_TRUE(tree_lists_are_congruent(list, copy));
+  LIST* shared = copy_shared_statements(list);
+  EXPECT_EQ(shared->next->tree, list->next->tree);
+  erase_tree_list_only(shared);
+  copy->next->tree->right->ival = 7;
+  EXPECT_FALSE(tree_lists_are_congruent(list, copy));
+  EXPECT_FALSE(tree_lists_are_congruent(list, list->next)); // one is shorter
+  LIST* rest = list->next->next;
+  erase_tree_list_to_entry(list, rest, 1);
+  EXPECT_EQ(rest->tree->right->ival, INT65(3));
+  erase_tree_list(rest);
+  erase_tree_list(copy);
 }
 
 TEST_F(Trees, AssignmentForms) {

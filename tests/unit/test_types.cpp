@@ -2,8 +2,10 @@
 #include "TYPES/type_pkg.h"
 #include "TYPES/type_values.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <thread>
 
 namespace {
@@ -77,19 +79,39 @@ TEST_F(Types, ManyTypesOfOneBaseAndDeepChains) {
 }
 
 TEST_F(Types, ThreadsShareOneType) {
-  std::vector<TYPE*> results(4);
+  constexpr unsigned long KINDS = 3000;
+  constexpr size_t THREADS = 4;
+  struct MADE {
+    TYPE* pointers;
+    std::vector<TYPE*> built, unnamed;
+  };
+  std::vector<MADE> results(THREADS);
   std::vector<std::thread> threads;
-  for (int k = 0; k < 4; k++)
+  std::atomic<size_t> waiting = THREADS; // so that all begin together
+  for (size_t k = 0; k < THREADS; k++)
     threads.emplace_back([&, k] {
+      MADE& made = results[k];
+      for (waiting--; waiting;)
+        std::this_thread::yield();
+      made.built = {pkg->mk_vpred(), pkg->mk_unknown()};
+      for (unsigned long n = 1; n <= KINDS; n++) {
+        made.built.push_back(pkg->mk_struct_vector(32 * n, basic(T::I_LONG)));
+        made.unnamed.push_back(pkg->mk_typedef(nullptr, false, basic(T::I_INT), 16, 16, false));
+      }
       TYPE* t = basic(T::I_LONG);
       for (int n = 0; n < 500; n++)
         t = pkg->mk_ptr(pkg->mk_array(t->normalized_type(), 1));
-      results[k] = t;
+      made.pointers = t;
     });
   for (std::thread& t : threads)
     t.join();
-  for (TYPE* t : results)
-    EXPECT_EQ(t, results[0]);
+  std::set<TYPE*> names;
+  for (const MADE& made : results) {
+    EXPECT_EQ(made.pointers, results[0].pointers);
+    EXPECT_EQ(made.built, results[0].built);
+    names.insert(made.unnamed.begin(), made.unnamed.end());
+  }
+  EXPECT_EQ(names.size(), THREADS * KINDS); // one each
 }
 
 TEST_F(Types, CompatibleIsLooserThanExact) {
