@@ -9,6 +9,7 @@
 #include "TYPES/type_pkg.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 namespace {
@@ -349,6 +350,13 @@ void I_FILE::tp_make_csu(unsigned long number, bool is_long) {
 // ---------------------------------------------------------------------------------------------
 // Lists
 
+// Where something lies in a class. A number of more than 32 bits is not cut to them as others are:
+// it would be another place.
+static long checked_offset(long bits) {
+  if (bits < INT32_MIN || bits > INT32_MAX) if_die(INVALID_RECORD);
+  return bits;
+}
+
 // A header in the middle of its list, or ahead of a second stretch, changes nothing.
 void I_FILE::tp_make_list(TYPE_INFO& owner) {
   const int kind = static_cast<int>(i_read_u8());
@@ -367,7 +375,7 @@ void I_FILE::tp_make_mdata(TYPE* csu) {
   member.name = intern_text(i_read_string());
   member.type = i_read_typeref();
   member.access = checked_access(i_read_u8());
-  member.bit_offset = i_read_sint();
+  member.bit_offset = checked_offset(i_read_wide_sint());
   if (version > -75) member.fixed_type_id = i_read_u8();
   unsigned long bit_size;
   if (version < -85) {
@@ -381,9 +389,8 @@ void I_FILE::tp_make_mdata(TYPE* csu) {
   }
   member.psn = i_read_psn();
 
-  const bool is_placed =
-      member.bit_offset >= 0 && static_cast<unsigned long>(member.bit_offset) <= MAX_SIZE;
-  if (!member.type || !is_placed || bit_size > MAX_INT_SIZE || find_mdataref(csu, member.number))
+  if (!member.type || member.bit_offset < 0 || bit_size > MAX_INT_SIZE ||
+      find_mdataref(csu, member.number))
     if_die(INVALID_RECORD);
   member.bit_size = static_cast<unsigned>(bit_size);
   char fixed_name[32];
@@ -418,7 +425,7 @@ void I_FILE::tp_make_etor(TYPE* enumeration) {
 void I_FILE::tp_make_bclass(CSU_PARTS* parts) {
   TYPE_BASE_CLASS b;
   b.type = i_read_typeref();
-  b.offset = i_read_sint();
+  b.offset = checked_offset(i_read_wide_sint());
   b.access = checked_access(i_read_u8());
   b.is_virtual = i_read_bool();
   if (!b.type || !b.type->is_csu()) if_die(INVALID_RECORD);

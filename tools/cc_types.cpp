@@ -350,6 +350,7 @@ void LOWERING::lay_out(const clang::RecordDecl* decl, TYPE* record) {
       at = round_up(at, field_align);
     }
     if (!field->isBitField() || !name.empty()) align = std::max(align, field_align);
+    if (at > INT32_MAX) refuse(field->getLocation(), "member lies too far behind the first one");
     data.number = ++number;
     data.bit_offset = static_cast<long>(at);
     at += width;

@@ -116,13 +116,13 @@ void put_list(I_FILE& f, unsigned number, int code, int kind) {
   f.i_flush(TAG_TYPE);
 }
 void put_member(I_FILE& f, unsigned csu, unsigned number, unsigned type, unsigned bit_size = 0,
-                const char* name = "") {
+                const char* name = "", long offset = 0) {
   begin(f, csu, 28);
   f.i_write_uint(number);
   f.i_write_string(name);
   f.i_write_uint(type);
   f.i_write_i8(0);
-  f.i_write_sint(0);
+  f.i_write_sint(offset);
   f.i_write_i8(0x2a);
   f.i_write_uint(bit_size);
   for (bool b : {true, false, true})
@@ -375,6 +375,16 @@ TEST_F(TypeRecords, DamagedSectionsAreRefused) {
   expect_death([](I_FILE& f) { put_csu(f, 1, true), put_list(f, 1, 255, 7); }, INVALID);
   expect_death([](I_FILE& f) { put_int(f, 2), put_csu(f, 1, true), put_member(f, 1, 1, 2); },
                INVALID);
+  // A member beyond 32 bits is not one at the beginning.
+  for (long offset : {-1L, 1L << 31, 1L << 32})
+    expect_death(
+        [offset](I_FILE& f) {
+          put_int(f, 2);
+          put_csu(f, 1, true, 1ul << 36);
+          put_list(f, 1, 254, 7);
+          put_member(f, 1, 1, 2, 0, "m", offset);
+        },
+        INVALID);
   expect_death(
       [](I_FILE& f) {
         put_int(f, 2);

@@ -8,3 +8,5 @@ int far_aligned __attribute__((aligned(8192)));
 extern int other __attribute__((alias("far_aligned")));
 // CHECK: refuse-layout.c:[[@LINE+1]]:{{[0-9]+}}: error: alignment of a local variable to more than two units
 int f(void) { int x __attribute__((aligned(8))) = 3; return x; }
+// CHECK: refuse-layout.c:[[@LINE+1]]:{{[0-9]+}}: error: member lies too far behind the first one
+struct far { int most[300000000]; int last; } beyond;
