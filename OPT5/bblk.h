@@ -47,7 +47,10 @@ public:
   int target_mark = -1; // scratch of edge building
 
   explicit BBLK(FUNINFO* fi);
-  ~BBLK() override;
+  ~BBLK() override; // leaves its edges and statements to the function's memory
+  static void* operator new(size_t size, FUNINFO& fi); // a place in the function's memory
+  static void operator delete(void*) {}
+  static void operator delete(void*, FUNINFO&) {}
   bool is_in_LIR_form() const { return fn != nullptr; }
   std::string str() const;
   LIST* last_statement() const; // null for an empty block

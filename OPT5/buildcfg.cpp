@@ -20,27 +20,30 @@
 static thread_local std::map<int, LBL*> label_mapping;
 
 LBL* mklabel(int number, LBL* chain, BBLK* bb) {
-  auto* label = current_memory().arena.make<LBL>(number, static_cast<short>(0), bb, chain);
-  currfuninfo->labels.push_back(label);
-  return label;
+  LBL*& newest = currfuninfo->newest_label;
+  return newest =
+             current_memory().arena.make<LBL>(number, static_cast<short>(0), bb, chain, newest);
 }
 
 LBL* find_label(int number) {
   // Only labels that something refers to are renumbered with the blocks: another may still have
   // the same number from before.
-  LBL* unreferenced = nullptr;
-  for (LBL* label : currfuninfo->labels) {
+  LBL *oldest = nullptr, *newest_unreferenced = nullptr;
+  for (LBL* label = currfuninfo->newest_label; label; label = label->older) {
     if (number < 0 || label->number != number || !label->bb || label->bb->label != label) continue;
-    if (label->refcount) return label;
-    unreferenced = label;
+    if (label->refcount)
+      oldest = label;
+    else if (!newest_unreferenced)
+      newest_unreferenced = label;
   }
-  if (unreferenced) return unreferenced;
+  if (oldest) return oldest;
+  if (newest_unreferenced) return newest_unreferenced;
   fprintf(stderr, "\n!!! COMPILER (OPTIMIZER) ERROR IN 'find_label', INDEX=%d !!!\n", number);
   abort_optimizer();
 }
 
 BBLK* mkbblock(LIST* statements, BBLK* uon_next, FUNINFO* fi) {
-  auto* bb = new BBLK(fi);
+  auto* bb = new (*fi) BBLK(fi);
   bb->statements = statements;
   bb->uon_link = uon_next;
   for (const LIST* s = statements; s; s = s->next) {
@@ -147,11 +150,7 @@ public:
     for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link) {
       bb->uon = uon++;
       LIST* last = bb->last_statement();
-      EDGE* targets = list_branch_targets(last->tree, nullptr);
-      // Targets are distinct, so that prepending is all of add_edge.
-      for (EDGE* e = targets; e; e = e->rest)
-        bb->successors = mkedge(e->first, bb->successors);
-      erase_edge_list(targets);
+      bb->successors = rev_edge_list(list_branch_targets(last->tree, nullptr));
     }
     fi->bb_count = uon;
   }

@@ -132,18 +132,17 @@ EDGE* list_branch_targets(const NODE* branch, EDGE* list) {
   if (branch->op != BRANCH && branch->op != IF && branch->op != CBRANCH && branch->op != SWITCH)
     return list;
   // One list cell a block, however many cases lead there.
-  std::vector<BBLK*> marked;
+  const EDGE* known = list;
   walk_preorder(branch->op == BRANCH ? branch : branch->right, [&](const NODE* node) {
     if (node->op != LABEL || !node->label) return true;
     BBLK* bb = node->label->bb;
     if (bb->target_mark != -1) return true;
     bb->target_mark = 0;
-    marked.push_back(bb);
     list = mkedge(bb, list);
     return true;
   });
-  for (BBLK* bb : marked)
-    bb->target_mark = -1;
+  for (const EDGE* e = list; e != known; e = e->rest)
+    e->first->target_mark = -1;
   return list;
 }
 
@@ -200,7 +199,7 @@ void fixup_edge_lists(BBLK* bb, NODE* old_branch) {
 
 BBLK* insert_new_bb(int dfn, BBLK* after, LIST* statements) {
   FUNINFO* fi = currfuninfo;
-  auto* bb = new BBLK(fi);
+  auto* bb = new (*fi) BBLK(fi);
   bb->uon = -1;
   bb->dfn = dfn;
   bb->statements = statements;
@@ -327,14 +326,18 @@ void insert_stmt_before_stmt_in_bb(NODE* stmt, NODE* before, BBLK* bb, PSN* psn)
 
 void erase_bblock(BBLK* bb) {
   if (bb->label && bb->label->bb == bb) bb->label->bb = nullptr;
-  delete bb;
+  erase_edge_list(bb->predecessors);
+  erase_edge_list(bb->successors);
+  bb->~BBLK(); // the place goes with the function's memory
+}
+
+void* BBLK::operator new(size_t size, FUNINFO& fi) {
+  return fi.memory.arena.alloc(size);
 }
 
 BBLK::BBLK(FUNINFO* fi) : serial_object<BBLK, FUNINFO>(*fi) {}
 
 BBLK::~BBLK() {
-  erase_edge_list(predecessors);
-  erase_edge_list(successors);
   for (BITVEC* set : {use_set, def_set, live_in, live_out})
     delete set;
 }

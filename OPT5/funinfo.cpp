@@ -27,14 +27,14 @@ FUNINFO::FUNINFO(const char* text) : name(text) {}
 static void erase_body(FUNINFO* fi) {
   for (BBLK* bb = fi->uon_list; bb;) {
     BBLK* next = bb->uon_link;
-    erase_bblock(bb);
+    bb->~BBLK();
     bb = next;
   }
   fi->bb_list = fi->uon_list = nullptr;
   fi->bb_count = 0;
   fi->stmts = fi->global_assertions = nullptr;
   fi->entry_tree = nullptr;
-  fi->labels.clear();
+  fi->newest_label = nullptr;
   fi->eht.clear();
   LS::erase(fi->scope);
   fi->scope = nullptr;
@@ -47,7 +47,6 @@ void FUNINFO::clear_maps() {
   global_marks = {};
   info_texts = {};
   header_comments = {};
-  labels = {};
   eht = {};
   objects = {}; // of its blocks, which are gone
   free_symplist(widened);
@@ -60,21 +59,6 @@ FUNINFO::~FUNINFO() {
   erase_stack_sharing(sharing_root);
   free_symplist(widened);
   free_symplist(shortened);
-}
-
-unsigned FUNINFO::properties() const {
-  std::lock_guard<std::mutex> hold(lock);
-  return property_word;
-}
-
-void FUNINFO::set_properties(unsigned bits) {
-  std::lock_guard<std::mutex> hold(lock);
-  property_word |= bits;
-}
-
-void FUNINFO::clear_properties(unsigned bits) {
-  std::lock_guard<std::mutex> hold(lock);
-  property_word &= ~bits;
 }
 
 static FUNINFO* new_record(const char* name) {

@@ -7,7 +7,7 @@
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
 
-#include <mutex>
+#include <atomic>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -61,7 +61,7 @@ public:
   BBLK* bb_list = nullptr;  // entry block
   BBLK* uon_list = nullptr; // blocks in order of creation
   int bb_count = 0;
-  std::vector<LBL*> labels;
+  LBL* newest_label = nullptr; // of the chain of all
   NODE* entry_tree = nullptr; // copy of the argument prolog
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
@@ -101,14 +101,13 @@ public:
   void clear_maps(); // what only the steps need
   ~FUNINFO();
 
-  unsigned properties() const;
+  unsigned properties() const { return property_word; }
   bool has_property(unsigned bits) const { return properties() & bits; }
-  void set_properties(unsigned bits);
-  void clear_properties(unsigned bits);
+  void set_properties(unsigned bits) { property_word |= bits; }
+  void clear_properties(unsigned bits) { property_word &= ~bits; }
 
 private:
-  mutable std::mutex lock;
-  unsigned property_word = 0;
+  std::atomic<unsigned> property_word = 0; // other functions' threads set bits, too
 };
 
 extern constinit thread_local SYMTAB* currfunc;

@@ -194,6 +194,7 @@ struct LBL {
   short refcount; // references from branches; sticks at the largest value
   BBLK* bb;
   LBL* chain; // the label that stands for this one after blocks were joined, or null
+  LBL* older; // label of the function that was made before this one
 };
 
 // --- Making. All take ownership of their operands and give a new tree to the caller.

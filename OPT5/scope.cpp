@@ -2,11 +2,17 @@
 
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
+#include "OPT5/memory.h"
 #include "OPT5/streams.h"
 #include "OPT5/treewalk.h"
 
+// In the memory of the current function.
+static LS* new_scope() {
+  return new (current_memory().arena.alloc(sizeof(LS))) LS;
+}
+
 LS* LS::init(PSN* psn, SYMTAB* func) {
-  auto* root = new LS;
+  auto* root = new_scope();
   root->opened = psn;
   root->open_scopes.push_back(root);
   root->open(psn, func, 0); // parameters
@@ -40,7 +46,7 @@ void LS::adopt(LS* child) {
 }
 
 LS* LS::common_open(PSN* psn) {
-  auto* scope = new LS;
+  auto* scope = new_scope();
   scope->level = level + 1;
   scope->opened = psn;
   adopt(scope);
@@ -95,7 +101,7 @@ template <class SCOPE, class VISIT> static void for_each_scope(SCOPE* root, VISI
 }
 
 void LS::erase(LS* root) {
-  if (root) for_each_scope(root, [](LS* scope) { delete scope; });
+  if (root) for_each_scope(root, [](LS* scope) { scope->~LS(); });
 }
 
 LS* LS::copy_scope_tree(std::map<const LS*, LS*>& copies) const {
@@ -106,7 +112,7 @@ LS* LS::copy_scope_tree(std::map<const LS*, LS*>& copies) const {
     for (const LS* child = order[k]->first_child; child; child = child->sibling)
       order.push_back(child);
   for (const LS* scope : order) {
-    auto* copy = new LS;
+    auto* copy = new_scope();
     copy->level = scope->level;
     copy->opened = scope->opened;
     copy->closed = scope->closed;

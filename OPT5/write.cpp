@@ -258,10 +258,6 @@ void wrbblocks() {
       previous = bb;
     }
   }
-  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
-    erase_tree_list(bb->statements);
-    bb->statements = nullptr;
-  }
 }
 
 // ---------------------------------------------------------------------------------------------

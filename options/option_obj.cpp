@@ -25,10 +25,8 @@ void option_obj::trace(const char* format, ...) const {
   printf("\n");
 }
 
-const OPTION_DEFINITION& option_obj::definition(option_id id) {
-  if (id < 0 || id >= OPTION_COUNT || option_definitions[id].id != id)
-    DIAG::optgen_corruption().report();
-  return option_definitions[id];
+void option_obj::report_corruption() {
+  DIAG::optgen_corruption().report();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -254,10 +252,6 @@ void option_obj::do_conflicts(option_id id) {
 // ---------------------------------------------------------------------------------------------
 // Asking
 
-int option_obj::set_count(option_id id) const {
-  return state[definition(id).id];
-}
-
 bool option_obj::seen(option_id id) const {
   return was_seen[definition(id).id] > 0;
 }
@@ -281,15 +275,6 @@ std::vector<class_id> option_obj::class_list_for_option(option_id id) {
   for (int group = 0; group < CLASS_COUNT; group++)
     if (isclass(id, static_cast<class_id>(group))) groups.push_back(static_cast<class_id>(group));
   return groups;
-}
-
-unsigned option_obj::getargcount(option_id id) const {
-  return static_cast<unsigned>(arguments[definition(id).id].size());
-}
-
-long option_obj::getnumarg(option_id id, unsigned k) const {
-  const unsigned n = getargcount(id);
-  return k < n ? arguments[id][n - 1 - k].number : 0;
 }
 
 const char* option_obj::getstrarg(option_id id, unsigned k) const {

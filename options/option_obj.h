@@ -84,14 +84,20 @@ public:
   // Asking
 
   bool isset(option_id id) const { return set_count(id) > 0; }
-  int set_count(option_id id) const; // how often it was set
+  // How often it was set.
+  int set_count(option_id id) const { return state[definition(id).id]; }
   bool seen(option_id id) const;
   int testclass(class_id group) const; // how many options of the class are set
   int seenclass(class_id group) const; // how many were seen
   static std::vector<class_id> class_list_for_option(option_id id);
-  unsigned getargcount(option_id id) const;
+  unsigned getargcount(option_id id) const {
+    return static_cast<unsigned>(arguments[definition(id).id].size());
+  }
   // Argument k, counted from the newest; 0 or null if there is none.
-  long getnumarg(option_id id, unsigned k) const;
+  long getnumarg(option_id id, unsigned k) const {
+    const unsigned n = getargcount(id);
+    return k < n ? arguments[id][n - 1 - k].number : 0;
+  }
   const char* getstrarg(option_id id, unsigned k) const;
   bool get_argument(option_id id, an_argument_t* argument) const; // the newest; false without one
   std::string get_opt_txt(option_id id) const;                    // in the form that was used
@@ -186,7 +192,11 @@ private:
   static std::map<std::string, FILE_LIST> tn_fileopt_map; // by the tool's name
 
   [[gnu::format(printf, 2, 3)]] void trace(const char* format, ...) const;
-  static const OPTION_DEFINITION& definition(option_id id);
+  static void report_corruption();
+  static const OPTION_DEFINITION& definition(option_id id) {
+    if (id < 0 || id >= OPTION_COUNT || option_definitions[id].id != id) report_corruption();
+    return option_definitions[id];
+  }
   bool process___dash___option(const char* text, unsigned char form, bool fold, const char** next);
   bool process_short_option(const char* text, const char** next);
   void take(const OPTION_DEFINITION& def, const char* argument, unsigned char form,

@@ -90,7 +90,7 @@ TEST_F(Graph, UnreachableBlocksGo) {
 }
 
 TEST_F(Graph, EdgesAreSetsAndKeepTheirProbability) {
-  BBLK *a = new BBLK(currfuninfo), *b = new BBLK(currfuninfo);
+  BBLK *a = mkbblock(nullptr, nullptr, currfuninfo), *b = mkbblock(nullptr, nullptr, currfuninfo);
   a->dfn = 2;
   b->dfn = 1;
   EDGE* list = add_edge(a, nullptr, 0.25);
