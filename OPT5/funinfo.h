@@ -62,7 +62,7 @@ public:
   BBLK* uon_list = nullptr; // blocks in order of creation
   int bb_count = 0;
   LBL* newest_label = nullptr; // of the chain of all
-  NODE* entry_tree = nullptr; // copy of the argument prolog
+  NODE* entry_tree = nullptr;  // copy of the argument prolog
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
   Dominator* dominators = nullptr;

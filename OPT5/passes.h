@@ -5,8 +5,8 @@
 #include "OPT5/symbol.h"
 
 #include <cstdio>
-#include <unordered_map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class pass;
