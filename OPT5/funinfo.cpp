@@ -61,6 +61,21 @@ FUNINFO::~FUNINFO() {
   free_symplist(shortened);
 }
 
+unsigned FUNINFO::properties() const {
+  std::lock_guard<std::mutex> hold(lock);
+  return property_word;
+}
+
+void FUNINFO::set_properties(unsigned bits) {
+  std::lock_guard<std::mutex> hold(lock);
+  property_word |= bits;
+}
+
+void FUNINFO::clear_properties(unsigned bits) {
+  std::lock_guard<std::mutex> hold(lock);
+  property_word &= ~bits;
+}
+
 static FUNINFO* new_record(const char* name) {
   auto* fi = new FUNINFO(name);
   all_records.push_back(fi);

@@ -7,7 +7,7 @@
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
 
-#include <atomic>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -101,13 +101,14 @@ public:
   void clear_maps(); // what only the steps need
   ~FUNINFO();
 
-  unsigned properties() const { return property_word; }
+  unsigned properties() const;
   bool has_property(unsigned bits) const { return properties() & bits; }
-  void set_properties(unsigned bits) { property_word |= bits; }
-  void clear_properties(unsigned bits) { property_word &= ~bits; }
+  void set_properties(unsigned bits);
+  void clear_properties(unsigned bits);
 
 private:
-  std::atomic<unsigned> property_word = 0; // other functions' threads set bits, too
+  mutable std::mutex lock;
+  unsigned property_word = 0;
 };
 
 extern constinit thread_local SYMTAB* currfunc;

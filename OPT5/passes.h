@@ -5,8 +5,8 @@
 #include "OPT5/symbol.h"
 
 #include <cstdio>
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 class pass;
@@ -55,7 +55,7 @@ private:
 
   void skip_barriers();
 };
-extern std::unordered_map<SYMTAB*, step_list> steps_table; // by function
+extern std::map<SYMTAB*, step_list> steps_table; // by function
 extern std::vector<SYMTAB*> unsuppressed_functions;
 extern int max_threads; // 0 is serial
 

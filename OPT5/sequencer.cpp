@@ -25,7 +25,7 @@
 #include <thread>
 #include <unordered_set>
 
-std::unordered_map<SYMTAB*, step_list> steps_table;
+std::map<SYMTAB*, step_list> steps_table;
 std::vector<SYMTAB*> unsuppressed_functions;
 int max_threads;
 
