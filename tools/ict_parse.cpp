@@ -224,25 +224,49 @@ void Parser::parse_file() {
 
 // --- Symbols ---
 
+bool LocalNames::declare(const std::string& name, uint32_t index) {
+  Known& known = names[name];
+  if (!known.open.empty() && known.open.back().depth == scopes.size()) return false;
+  known.open.push_back({scopes.size(), index});
+  scopes.back().push_back(&known);
+  return true;
+}
+
+void LocalNames::close_scope() {
+  for (Known* known : scopes.back()) {
+    known->ended = known->open.back().index;
+    known->open.pop_back();
+  }
+  scopes.pop_back();
+}
+
+void LocalNames::clear() {
+  scopes.clear();
+  names.clear();
+}
+
+const uint32_t* LocalNames::find(const std::string& name) const {
+  const auto it = names.find(name);
+  if (it == names.end()) return nullptr;
+  const Known& known = it->second;
+  if (!known.open.empty()) return &known.open.back().index;
+  return known.ended == UINT32_MAX ? nullptr : &known.ended;
+}
+
 void Parser::enter_symbol(const std::string& name, uint32_t index, const Token& at) {
-  NameScope& scope = local_scopes.empty() ? global_scope : local_scopes.back();
-  if (!scope.emplace(name, index).second)
-    fail_at(at, "the symbol " + name + " is declared already");
+  const bool is_new = local_names.in_function() ? local_names.declare(name, index)
+                                                : global_names.emplace(name, index).second;
+  if (!is_new) fail_at(at, "the symbol " + name + " is declared already");
 }
 
 bool Parser::find_name(const std::string& name, uint32_t& level, uint32_t& index) const {
-  auto local = [&](const NameScope& scope) {
-    auto it = scope.find(name);
-    if (it == scope.end()) return false;
-    index = it->second;
+  if (const uint32_t* local = local_names.find(name)) {
+    index = *local;
     level = unit.functions[state.function].locals[index].level;
     return true;
-  };
-  for (auto scope = local_scopes.rbegin(); scope != local_scopes.rend(); ++scope)
-    if (local(*scope)) return true;
-  if (!local_scopes.empty() && local(ended_scope)) return true;
-  auto it = global_scope.find(name);
-  if (it == global_scope.end()) return false;
+  }
+  auto it = global_names.find(name);
+  if (it == global_names.end()) return false;
   level = 0;
   index = it->second;
   return true;
@@ -329,8 +353,8 @@ uint64_t Parser::take_global() {
     return index;
   }
   Token at = token();
-  auto it = global_scope.find(take_name("a global symbol"));
-  if (it == global_scope.end())
+  auto it = global_names.find(take_name("a global symbol"));
+  if (it == global_names.end())
     fail_at(at, "expected a global symbol, found the unknown name " + at.text);
   return it->second;
 }
@@ -380,15 +404,8 @@ void Parser::imply_marks(bool is_param, bool is_symbol) {
 // Adds an item of the frame of functions and blocks.
 void Parser::add_item(Item item) {
   if (const char* message = step_frame(unit, state, item)) fail(message);
-  if (item.tag == TAG_END_ARGS || item.tag == TAG_BEGIN_BLOCK) local_scopes.emplace_back();
+  if (item.tag == TAG_END_ARGS || item.tag == TAG_BEGIN_BLOCK) local_names.open_scope();
   unit.items.push_back(item);
-}
-
-void Parser::leave_block_scope() {
-  // A name stays known behind its block: code that was moved out may still use it.
-  for (auto& [name, index] : local_scopes.back())
-    ended_scope[name] = index;
-  local_scopes.pop_back();
 }
 
 void Parser::parse_raw_item() {
@@ -424,8 +441,7 @@ void Parser::parse_function(bool is_ir) {
   }
   expect('{', "before the function's body");
   open.push_back({implied, implied, true});
-  local_scopes.emplace_back();
-  ended_scope.clear();
+  local_names.open_scope();
 }
 
 // } [raw BYTES | @position]
@@ -450,9 +466,9 @@ void Parser::close_scope() {
     add_item(item);
   }
   if (is_function)
-    local_scopes.clear();
+    local_names.clear();
   else
-    leave_block_scope();
+    local_names.close_scope();
 }
 
 void Parser::parse_exception_table() {
@@ -600,7 +616,7 @@ void Parser::parse_item() {
     case TAG_END_BLOCK:
     case TAG_SYMBOL:
       fail_at(at, "expected the bytes of this record behind func, irfunc, block, '}' or symbol");
-    case TAG_END_ARGS: local_scopes.emplace_back(); break;
+    case TAG_END_ARGS: local_names.open_scope(); break;
     default: break;
     }
     return;
@@ -613,7 +629,7 @@ void Parser::parse_item() {
       parse_raw_item();
       if (unit.items.back().tag != TAG_BEGIN_BLOCK)
         fail_at(at, "expected the bytes of a record that begins a block");
-      local_scopes.emplace_back();
+      local_names.open_scope();
     } else {
       item.tag = TAG_BEGIN_BLOCK;
       item.psn = take_psn();

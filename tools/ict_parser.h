@@ -21,7 +21,30 @@ struct Attribute {
 using Attributes = std::map<std::string, Attribute>;
 
 // A scope of symbol names.
-using NameScope = std::unordered_map<std::string, uint32_t>;
+// Names of a function's symbols by scope. Found are the innermost declaration in an open scope,
+// else that of the scope that ended last: code that was moved out of a block may still use its
+// names.
+class LocalNames {
+public:
+  bool in_function() const { return !scopes.empty(); }
+  void open_scope() { scopes.emplace_back(); }
+  void close_scope();
+  void clear();
+  bool declare(const std::string& name, uint32_t index); // false: the scope has that name
+  const uint32_t* find(const std::string& name) const;
+
+private:
+  struct Declaration {
+    size_t depth;
+    uint32_t index;
+  };
+  struct Known {
+    std::vector<Declaration> open; // innermost last
+    uint32_t ended = UINT32_MAX;
+  };
+  std::unordered_map<std::string, Known> names = {};
+  std::vector<std::vector<Known*>> scopes = {}; // what each open one declares
+};
 
 // What a function or block still waits for: marks that the text may leave out.
 struct OpenScope {
@@ -36,9 +59,8 @@ struct Parser {
   TypeNames names = {};
   uint32_t current_file = 0;
   std::unordered_map<std::string, uint32_t> file_numbers = {};
-  NameScope global_scope = {};
-  std::vector<NameScope> local_scopes = {};
-  NameScope ended_scope = {}; // names of the function's blocks that have ended
+  std::unordered_map<std::string, uint32_t> global_names = {};
+  LocalNames local_names = {};
   std::vector<OpenScope> open = {};
   StreamState state = {};
   // Short forms whose mark "has data members" waits for the class's definition.
@@ -120,7 +142,6 @@ struct Parser {
   // The level and index that a name stands for. False for an unknown one.
   bool find_name(const std::string& name, uint32_t& level, uint32_t& index) const;
   uint64_t take_global();
-  void leave_block_scope();
 };
 
 // Visitor that sets fields from attributes; what isn't given stays.
