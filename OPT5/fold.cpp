@@ -18,32 +18,6 @@ bool is_constant(const NODE* tree) {
   return is_literal(tree) || (tree->op == VPACKM && is_literal(tree->left));
 }
 
-// Operators that give a value of their operands' values alone.
-bool is_foldable(int op) {
-  switch (op) {
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB:
-  case SLL:
-  case SRL:
-  case EXPT:
-  case UMINUS:
-  case NOTB:
-  case ABS:
-  case SQR:
-  case SQRT:
-  case RECIP:
-  case SCONV:
-  case VSCONV: return true;
-  default: return boolean_result[op];
-  }
-}
-
 NODE* replace(NODE* tree, NODE* constant) {
   constant->ls = tree->ls;
   erase_tree(tree);
@@ -371,7 +345,7 @@ NODE* fold_one(NODE* tree) {
   if (!tree->left) return tree;
   if (tree->op == QUEST) return fold_choice(tree);
   put_constant_left(tree);
-  if (!is_foldable(tree->op) || !is_constant(tree->left) ||
+  if (!has_trait(tree->op, operator_trait::FOLDS) || !is_constant(tree->left) ||
       (tree->right && !is_constant(tree->right)))
     return tree;
   if (tree->type->is_vector() || tree->left->type->is_vector() ||

@@ -3,8 +3,6 @@
 
 #include "ifile/opcodes.h"
 
-enum SIDE_EFFECT : signed char { SE_NONE = 0, SE_ASSIGNS = 1, SE_CONTROL = 2, SE_ANYTHING = -1 };
-
 extern const char* node_operator_name[OPCODE_COUNT]; // null for unused codes
 extern signed char number_of_operands[OPCODE_COUNT]; // -1: operands vary, or unused code
 extern signed char side_effects[OPCODE_COUNT];       // SIDE_EFFECT

@@ -41,22 +41,9 @@ bool tree_has_side_effects(const NODE* tree) {
 
 bool expr_is_constant(const NODE* tree) {
   return !tree_contains_matching_node(tree, [](const NODE* node) {
-    switch (node->op) {
-    case ICON:
-    case FCON:
-    case SCON: return false;
-    case NAME:
-    case UMULT:
-    case STDOT:
-    case STREF:
-    case STFIELD:
-    case LABEL:
-    case FIELD:
-    case NOP: return true;
-    default:
-      return side_effects[node->op] != SE_NONE || op_is_call(node->op) ||
-             (!node->left && !node->right);
-    }
+    if (node->op == ICON || node->op == FCON || node->op == SCON) return false;
+    return has_trait(node->op, operator_trait::READS) || side_effects[node->op] != SE_NONE ||
+           op_is_call(node->op) || (!node->left && !node->right);
   });
 }
 

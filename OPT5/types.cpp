@@ -176,13 +176,6 @@ void agree(NODE*& kid, TYPE* type) {
   if (needs_conversion(kid->type, type)) convert(kid, type);
 }
 
-bool is_integer_comparison(int op) {
-  return op >= EQ && op <= UGT;
-}
-bool is_floating_comparison(int op) {
-  return op >= FEQ && op <= FUNO;
-}
-
 // Both sides of a comparison get the type in which it is made.
 void agree_sides(NODE* tree) {
   NODE*& a = tree->left;
@@ -224,26 +217,13 @@ NODE* without_redundancy(NODE* tree) {
 }
 
 void agree_operands(NODE*& tree) {
-  switch (tree->op) {
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB:
+  using namespace operator_trait;
+  if (has_trait(tree->op, BINARY | UNARY)) {
     agree(tree->left, tree->type);
-    agree(tree->right, tree->type);
-    break;
-  case UMINUS:
-  case NOTB:
-  case ABS:
-  case SQR:
-  case SQRT:
-  case RECIP:
-  case SLL:
-  case SRL: agree(tree->left, tree->type); break;
+    const bool shifts = tree->op == SLL || tree->op == SRL;
+    if (has_trait(tree->op, BINARY) && !shifts) agree(tree->right, tree->type);
+  }
+  switch (tree->op) {
   case EXPT:
     agree(tree->left, tree->type);
     if (tree->type->is_float()) agree(tree->right, tree->type);

@@ -14,78 +14,19 @@
 
 namespace {
 
-// What an operand's place asks for.
-enum PLACE {
-  VALUE,      // any value, aggregates too
-  SCALAR,     // a value that is not an aggregate
-  POINTER,    // a pointer value
-  LVALUE,     // a place in memory or a register
-  AGGREGATE,  // a structure, union or class
-  VECTOR,     // a vector value
-  LIST_OF,    // one value or a COMMA list of values
-  FIELD_REF,  // FIELD
-  LABEL_REF,  // LABEL
-  LABEL_PAIR, // COMMA of two LABELs
-  CASES,      // CASE, DEFAULT or a COMMA list of them
-  CONSTANT,   // ICON
-  FUNC_NAME,  // NAME of a function
-  COLON_PAIR, // COLON
-  MEMCPY_ARGS,
-  LANES,     // an ICON or a COMMA list of ICONs
-  STATEMENT, // root of a statement
-  INIT_ROOT, // root in an initialiser
-  NOTHING    // anything at all
-};
+using enum OPERAND;
 
-bool is_control(int op) {
-  switch (op) {
-  case RETURN:
-  case URETURN:
-  case BRANCH:
-  case CBRANCH:
-  case IF:
-  case SWITCH:
-  case LABELDEF:
-  case PPRAGMA:
-  case ASM:
-  case LOOP_OP:
-  case ENDLOOP:
-  case INITLOOP:
-  case BGNBLOCK:
-  case ENDBLOCK: return true;
-  default: return false;
-  }
+bool is_statement(int op) {
+  return has_trait(op, operator_trait::STATEMENT);
 }
-
 bool is_part(int op) { // stands in its own place only
-  switch (op) {
-  case COMMA:
-  case COLON:
-  case CASE:
-  case DEFAULT:
-  case LABEL:
-  case FIELD:
-  case ENDINIT:
-  case SKIP:
-  case EPVAL:
-  case ILLOP: return true;
-  default: return is_control(op);
-  }
+  return has_trait(op, operator_trait::PART | operator_trait::STATEMENT);
 }
 
 bool is_lvalue(const NODE* node) {
-  switch (node->op) {
-  case NAME:
-  case UMULT:
-  case STDOT:
-  case STREF:
-  case VREG: return true;
-  case VFIELD:
-  case REAL:
-  case IMAG:
-  case DDNODE: return is_lvalue(node->left);
-  default: return false;
-  }
+  while (node->op == VFIELD || node->op == REAL || node->op == IMAG || node->op == DDNODE)
+    node = node->left;
+  return has_trait(node->op, operator_trait::PLACE);
 }
 
 bool is_aggregate(const TYPE* type) {
@@ -96,7 +37,7 @@ bool is_computable(const TYPE* type) {
   return type->is_scalar() || type->is_vector() || type->is_complex();
 }
 
-const char* check_place(const NODE* node, PLACE place) {
+const char* check_place(const NODE* node, OPERAND place) {
   const int op = node->op;
   switch (place) {
   case VALUE:
@@ -128,75 +69,33 @@ const char* check_place(const NODE* node, PLACE place) {
                ? nullptr
                : "destination, source, length expected";
   case LANES: return op == ICON || op == COMMA ? nullptr : "lane numbers expected";
-  case STATEMENT: return is_part(op) && !is_control(op) ? "operator can't be a statement" : nullptr;
+  case STATEMENT:
+    return is_part(op) && !is_statement(op) ? "operator can't be a statement" : nullptr;
   case INIT_ROOT:
     return op != ENDINIT && op != SKIP && is_part(op) ? "operator can't be an initialiser"
                                                       : nullptr;
-  case NOTHING: return nullptr;
+  case NOTHING:
+  case ANYTHING:
+  case AS_HERE: return nullptr;
   }
   return nullptr;
 }
 
 struct PLACES {
-  PLACE left, right;
+  OPERAND left, right;
 };
 
 // The places that an operator gives to its operands; `here` is its own.
-PLACES operand_places(const NODE* node, PLACE here) {
-  switch (node->op) {
-  case COMMA:
+PLACES operand_places(const NODE* node, OPERAND here) {
+  const OPERATOR_ROW& row = operator_rows[node->op];
+  if (row.left == AS_HERE) return {here == LVALUE ? LVALUE : VALUE, row.right};
+  if (node->op == COMMA) {
     if (here == CASES) return {CASES, CASES};
     if (here == LABEL_PAIR) return {LABEL_REF, LABEL_REF};
     if (here == LANES) return {LANES, CONSTANT};
     if (here == MEMCPY_ARGS) return {LIST_OF, SCALAR};
-    return {LIST_OF, VALUE};
-  case COLON:
-  case COMMAOP: return {VALUE, VALUE};
-  case PCOMMA: return {VALUE, VALUE};
-  case UMULT: return {POINTER, SCALAR};
-  case UAND:
-  case ARGREF: return {LVALUE, NOTHING};
-  case STDOT: return {LVALUE, FIELD_REF};
-  case STREF: return {POINTER, FIELD_REF};
-  case STFIELD: return {AGGREGATE, FIELD_REF};
-  case ASG: return {LVALUE, SCALAR};
-  case STASG: return {LVALUE, AGGREGATE};
-  case ARASG: return {LVALUE, VALUE};
-  case STARG: return {AGGREGATE, NOTHING};
-  case CALL: return {POINTER, LIST_OF};
-  case UCALL: return {POINTER, NOTHING};
-  case ICALL:
-  case MCALL:
-  case VPACK: return {LIST_OF, NOTHING};
-  case MEMCPY: return {MEMCPY_ARGS, NOTHING};
-  case QUEST: return {SCALAR, COLON_PAIR};
-  case CASE: return {CONSTANT, LABEL_REF};
-  case DEFAULT:
-  case BRANCH: return {LABEL_REF, NOTHING};
-  case CBRANCH: return {SCALAR, LABEL_REF};
-  case IF: return {SCALAR, LABEL_PAIR};
-  case SWITCH: return {SCALAR, CASES};
-  case RETURN: return {FUNC_NAME, VALUE};
-  case URETURN: return {FUNC_NAME, NOTHING};
-  case VFIELD: return {VECTOR, LANES};
-  case SKIP: return {VALUE, NOTHING};
-  case DDNODE: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
-  case LOOP_OP:
-  case ENDLOOP:
-  case INITLOOP: return {NOTHING, NOTHING};
-  case REAL:
-  case IMAG: return {here == LVALUE ? LVALUE : VALUE, NOTHING};
-  case VRCONV:
-  case IDENTITY:
-  case TOIEEE:
-  case FRIEEE: return {VALUE, NOTHING};
-  case SSA_PHI:
-  case SSA_USE:
-  case SSA_DEF:
-  case SSA_MU:
-  case SSA_CHI: return {NOTHING, NOTHING};
-  default: return {is_operator_assignment(node->op) ? LVALUE : SCALAR, SCALAR};
   }
+  return {row.left, row.right};
 }
 
 bool has_integer_constants(const TYPE* type) {
@@ -223,49 +122,25 @@ const char* check_result(const NODE* node) {
                ? nullptr
                : "ICON of that type";
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
-  case UAND:
-  case ARGREF: return type->is_pointer() ? nullptr : "address of that type";
-  case UMULT:
-  case STDOT:
-  case STREF: return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
   case CALL:
   case UCALL: return arguments_fit_prototype(node) ? nullptr : "wrong number of arguments";
   case STASG: return is_aggregate(node->left->type) ? nullptr : "STASG to that type";
-  case VPACK:
-  case VPACKM:
-  case VPACK1P: return type->is_vector() ? nullptr : "vector of that type";
   case SWITCH: return node->left->type->is_int_or_enum() ? nullptr : "SWITCH on that type";
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB:
-  case SLL:
-  case SRL:
-  case UMINUS:
-  case NOTB:
-  case ABS:
-  case SQR:
-  case SQRT:
-  case RECIP:
-  case SCONV:
-  case PCONV:
-  case ACONV:
-  case PMCONV:
-  case PVCONV: return is_computable(type) ? nullptr : "computation in that type";
   default: break;
   }
-  if (is_truth_operator(node->op))
+  switch (operator_rows[node->op].result) {
+  case RESULT::ANY: return nullptr;
+  case RESULT::COMPUTABLE: return is_computable(type) ? nullptr : "computation in that type";
+  case RESULT::TRUTH_VALUE:
     return type->is_int_or_enum() || type->is_vector() ? nullptr : "truth value of that type";
-  if (is_operator_assignment(node->op))
-    return is_computable(type) ? nullptr : "computation in that type";
+  case RESULT::ADDRESS: return type->is_pointer() ? nullptr : "address of that type";
+  case RESULT::OBJECT: return type->is_void() || type->is_func() ? "memory of that type" : nullptr;
+  case RESULT::OF_LANES: return type->is_vector() ? nullptr : "vector of that type";
+  }
   return nullptr;
 }
 
-const char* check_tree(const NODE* tree, PLACE place) {
+const char* check_tree(const NODE* tree, OPERAND place) {
   for (const NODE* node = tree;;) {
     if (!node->type) return "node without a type";
     if (node->op < 0 || node->op >= OPCODE_COUNT || !node_operator_name[node->op])

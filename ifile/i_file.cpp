@@ -33,10 +33,9 @@ void if_enter_node(int code, const char* name, int operands) {
 void if_node_table_init() {
   static std::once_flag filled;
   std::call_once(filled, [] {
-#define ENTER_NODE(code, name, operands) if_enter_node(code, #name, operands);
-    FOR_EACH_FILE_OP(ENTER_NODE)
-#undef ENTER_NODE
-    if_enter_node(LOOP_OP, "LOOP", 2);
+    for (int op = 0; op < FIRST_MEMORY_OP; op++)
+      if (const OPERATOR_ROW& row = operator_rows[op]; row.name)
+        if_enter_node(op, row.name, row.operands);
   });
 }
 

@@ -223,43 +223,21 @@ RESULT evaluate(const NODE* tree) {
     if (!c) return {};
     return evaluate(is_true(*c) ? tree->right->left : tree->right->right);
   }
-  case EQ:
-  case NEQ:
-  case LE:
-  case LT:
-  case GE:
-  case GT:
-  case ULE:
-  case ULT:
-  case UGE:
-  case UGT: {
-    if (type->is_vector()) return {};
-    RESULT a = evaluate(tree->left), b = evaluate(tree->right);
-    if (!a || !b) return {};
-    RESULT result = compared(tree->op, *a, *b);
-    return result ? converted(*result, type) : result;
-  }
   case SLL:
   case SRL: {
     RESULT a = evaluate(tree->left), b = evaluate(tree->right);
     if (!a || !b || a->kind != CONSTANT::INTEGER || b->kind != CONSTANT::INTEGER) return {};
     return type->is_int() ? shifted(tree->op, a->integer, b->integer, type) : RESULT();
   }
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB: {
-    if (type->is_vector()) return {};
-    RESULT a = evaluate(tree->left), b = evaluate(tree->right);
-    if (!a || !b) return {};
-    return combined(tree->op, *a, *b, type);
+  default: break;
   }
-  default: return {};
-  }
+  const bool compares = is_integer_comparison(tree->op);
+  if (type->is_vector() || !(compares || has_trait(tree->op, operator_trait::BINARY))) return {};
+  RESULT a = evaluate(tree->left), b = evaluate(tree->right);
+  if (!a || !b) return {};
+  if (!compares) return combined(tree->op, *a, *b, type);
+  RESULT result = compared(tree->op, *a, *b);
+  return result ? converted(*result, type) : result;
 }
 
 std::optional<INT65> evaluate_integer(const NODE* tree) {

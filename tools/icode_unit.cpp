@@ -6,23 +6,6 @@ namespace icode {
 
 namespace {
 
-struct OpEntry {
-  const char* name;
-  int8_t operands;
-};
-
-constexpr std::array<OpEntry, FIRST_MEMORY_OP> make_op_table() {
-  std::array<OpEntry, FIRST_MEMORY_OP> table{};
-  for (OpEntry& e : table)
-    e = {nullptr, NO_OP};
-#define AS_ENTRY(code, name, operands) table[code] = {#name, operands};
-  FOR_EACH_FILE_OP(AS_ENTRY)
-#undef AS_ENTRY
-  table[LOOP_OP].name = "LOOP";
-  return table;
-}
-constexpr auto OPS = make_op_table();
-
 KIND kind_of(const TypeRecord& r) {
   switch (r.code) {
   case TC_FLOAT:
@@ -171,17 +154,17 @@ uint64_t symbol_align(const Symbol& symbol) {
 }
 
 int operand_count(unsigned op) {
-  return op < OPS.size() ? OPS[op].operands : NO_OP;
+  return op_name(op) ? operator_rows[op].operands : NO_OP;
 }
 const char* op_name(unsigned op) {
-  return op < OPS.size() ? OPS[op].name : nullptr;
+  return op < FIRST_MEMORY_OP ? operator_rows[op].name : nullptr;
 }
 
 int op_by_name(const std::string& name) {
   static const auto by_name = [] {
     std::unordered_map<std::string, int> map;
-    for (size_t op = 0; op < OPS.size(); ++op)
-      if (OPS[op].name) map.emplace(OPS[op].name, int(op));
+    for (int op = 0; op < FIRST_MEMORY_OP; ++op)
+      if (const char* text = op_name(unsigned(op))) map.emplace(text, op);
     return map;
   }();
   auto it = by_name.find(name);

@@ -276,101 +276,12 @@ std::string show_name(std::string_view name) {
   return quote_text(name, '\'');
 }
 
-namespace {
-
-// Where the type of an operator's node comes from if the text doesn't give it.
-enum TYPE_RULE : uint8_t {
-  BY_HAND,
-  FROM_LEFT,
-  FROM_RIGHT,
-  ELEMENT_OF_LEFT,
-  POINTER_TO_LEFT,
-  RETURNED,
-  OF_MEMBER,
-  OF_SYMBOL,
-  BASIC_INT,
-  BASIC_FLOAT,
-  BASIC_LLONG,
-  BASIC_VOID,
-};
-
-TYPE_RULE type_rule(int op) {
-  switch (op) {
-  case NAME: return OF_SYMBOL;
-  case FIELD: return OF_MEMBER;
-  case ICON: return BASIC_INT;
-  case FCON: return BASIC_FLOAT;
-  case LCON: return BASIC_LLONG;
-  case NOP:
-  case LABEL:
-  case RETURN:
-  case URETURN:
-  case SWITCH:
-  case CASE:
-  case DEFAULT:
-  case COMMA:
-  case BRANCH:
-  case CBRANCH:
-  case LOOP_OP:
-  case ENDLOOP:
-  case NASSERT:
-  case ASSERT:
-  case ENDINIT: return BASIC_VOID;
-  case PLUS:
-  case MINUS:
-  case UMINUS:
-  case MULT:
-  case ANDB:
-  case ORB:
-  case XORB:
-  case DIV:
-  case MOD:
-  case SLL:
-  case SRL:
-  case ASG:
-  case STASG:
-  case ARASG:
-  case NOTB:
-  case ABS:
-  case SQRT:
-  case SQR:
-  case RECIP:
-  case EPVAL:
-  case DDNODE:
-  case TOIEEE:
-  case FRIEEE:
-  case COLON:
-  case STARG:
-  case SKIP:
-  case PMCONV:
-  case PVCONV: return FROM_LEFT;
-  case QUEST:
-  case COMMAOP:
-  case PCOMMA:
-  case STDOT:
-  case STREF:
-  case STFIELD: return FROM_RIGHT;
-  case UMULT:
-  case REAL:
-  case IMAG:
-  case VFIELD: return ELEMENT_OF_LEFT;
-  case UAND:
-  case ARGREF: return POINTER_TO_LEFT;
-  case CALL:
-  case UCALL: return RETURNED;
-  default: break;
-  }
-  return is_truth_operator(op) ? BASIC_INT : is_operator_assignment(op) ? FROM_LEFT : BY_HAND;
-}
-
-} // namespace
-
 const char* default_basic_type(int op) {
-  switch (type_rule(op)) {
-  case BASIC_INT: return "int";
-  case BASIC_FLOAT: return "float";
-  case BASIC_LLONG: return "llong";
-  case BASIC_VOID: return "void";
+  switch (operator_rows[op].usual_type) {
+  case USUAL_TYPE::INT: return "int";
+  case USUAL_TYPE::FLOAT: return "float";
+  case USUAL_TYPE::LLONG: return "llong";
+  case USUAL_TYPE::VOID: return "void";
   default: return nullptr;
   }
 }
@@ -383,22 +294,22 @@ uint32_t default_node_type(const Unit& unit, const TypeNames& names, const Node&
   }
   uint32_t left = n.left == NONE ? 0 : unit.nodes[n.left].type;
   const TypeInfo* left_type = resolved_type(unit, left);
-  switch (type_rule(n.op)) {
-  case OF_SYMBOL: return symbol ? symbol->type : NONE;
-  case OF_MEMBER: {
+  switch (operator_rows[n.op].usual_type) {
+  case USUAL_TYPE::OF_SYMBOL: return symbol ? symbol->type : NONE;
+  case USUAL_TYPE::OF_MEMBER: {
     const TypeRecord* member = find_member(unit, uint32_t(n.b), n.a);
     return member ? member->ref : NONE;
   }
-  case FROM_LEFT: return left;
-  case FROM_RIGHT: return unit.nodes[n.right].type;
-  case ELEMENT_OF_LEFT: return left_type && left_type->element ? left_type->element : NONE;
-  case POINTER_TO_LEFT: {
+  case USUAL_TYPE::OF_LEFT: return left;
+  case USUAL_TYPE::OF_RIGHT: return unit.nodes[n.right].type;
+  case USUAL_TYPE::ELEMENT: return left_type && left_type->element ? left_type->element : NONE;
+  case USUAL_TYPE::POINTER_TO: {
     auto it = names.pointer_to.find(left);
     if (it != names.pointer_to.end()) return it->second;
     if (wants_pointer_to && left) *wants_pointer_to = left;
     return NONE;
   }
-  case RETURNED: {
+  case USUAL_TYPE::RETURNED: {
     const TypeInfo* function = left_type ? resolved_type(unit, left_type->element) : nullptr;
     return function && function->kind == K_FUNC ? function->element : NONE;
   }

@@ -30,12 +30,10 @@ bool find_facts(const Unit& unit, std::vector<uint8_t>& facts) {
         f |= facts[operand];
         depth[i] = std::max(depth[i], depth[operand] + 1);
       }
+    if (has_trait(n.op, operator_trait::WRITES)) f |= HAS_EFFECTS;
     if (assigns(n.op)) {
-      f |= HAS_EFFECTS;
       int to = unit.nodes[n.left].op;
       if (to != UMULT && to != STREF) f |= WRITES_REG;
-    } else if (n.op == CALL || n.op == UCALL || n.op == MCALL || n.op == UMCALL || n.op == MEMCPY) {
-      f |= HAS_EFFECTS;
     }
     facts[i] = f;
     if (depth[i] > MAX_TREE_DEPTH) return false;

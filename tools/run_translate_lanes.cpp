@@ -346,29 +346,15 @@ Place FunctionTranslator::object_value(uint32_t n) {
   }
   case SCONV:
   case ACONV: return converted_lanes(type, lane_source(x.left, false));
-  case UMINUS:
-  case NOTB:
-  case ABS:
-  case SQRT:
-  case SQR:
-  case RECIP: {
+  default: break;
+  }
+  if (has_trait(x.op, operator_trait::UNARY)) {
     LaneSource from = lane_source(x.left, false);
     return type.cls == C_COMPLEX ? complex_operation(x.op, type, from, nullptr)
                                  : lane_operation(x.op, type, from, nullptr);
   }
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB:
-  case SLL:
-  case SRL: break;
-  default:
-    if (!is_comparison(x.op) || type.cls != C_VECTOR) fail(x, "where an object is needed");
-  }
+  const bool compares = is_comparison(x.op) && type.cls == C_VECTOR;
+  if (!compares && !has_trait(x.op, operator_trait::BINARY)) fail(x, "where an object is needed");
   LaneSource left = lane_source(x.left, facts[x.right] & (HAS_EFFECTS | WRITES_REG));
   LaneSource right = lane_source(x.right, false);
   return type.cls == C_COMPLEX ? complex_operation(x.op, type, left, &right)

@@ -65,22 +65,11 @@ bool is_unsigned_comparison(int op) {
 } // namespace
 
 int plain_operator(int assignment) {
-  switch (assignment) {
-  case PLUSASG: return PLUS;
-  case MINUSASG: return MINUS;
-  case MULTASG: return MULT;
-  case DIVASG: return DIV;
-  case MODASG: return MOD;
-  case SLLASG: return SLL;
-  case SRLASG: return SRL;
-  case ANDBASG: return ANDB;
-  case ORBASG: return ORB;
-  default: return XORB; // XORBASG
-  }
+  return operator_rows[assignment].plain;
 }
 
 bool is_comparison(int op) {
-  return (op >= EQ && op <= UGT) || (op >= FEQ && op <= FUNO);
+  return is_integer_comparison(op) || is_floating_comparison(op);
 }
 
 int float_comparison(int op) {
@@ -648,31 +637,17 @@ void FunctionTranslator::effects(uint32_t n) {
 
 Operand FunctionTranslator::value(uint32_t n, uint32_t want) {
   const Node& x = node(n);
-  switch (x.op) {
-  case ICON:
-  case LCON:
-  case FCON: return move_to(want, constant(x, scalar(n)));
-  case PLUS:
-  case MINUS:
-  case MULT:
-  case DIV:
-  case MOD:
-  case ANDB:
-  case ORB:
-  case XORB:
-  case SLL:
-  case SRL: return binary(n, want);
-  case UMINUS:
-  case ABS:
-  case NOTB:
-  case SQRT:
-  case SQR:
-  case RECIP: {
+  if (has_trait(x.op, operator_trait::BINARY)) return binary(n, want);
+  if (has_trait(x.op, operator_trait::UNARY)) {
     uint32_t save = top;
     Scalar type = scalar(n);
     Operand v = value_as(x.left, type);
     return unary(x.op, type, v, want, save);
   }
+  switch (x.op) {
+  case ICON:
+  case LCON:
+  case FCON: return move_to(want, constant(x, scalar(n)));
   case NAME:
   case VREG:
   case UMULT:
