@@ -329,6 +329,8 @@ TEST_F(Trees, BitFieldsPromoteByTheirWidth) {
   EXPECT_EQ(promoted(field(wide, 16)), plain);
   EXPECT_EQ(promoted(field(wide, 17)), wide);
   EXPECT_EQ(promoted(mk_ASG(field(natural, 5), mk_ICON(1, natural))), plain);
+  EXPECT_EQ(promoted(maketree(COMMAOP, icon(1), field(natural, 5), natural)), plain);
+  EXPECT_EQ(promoted(maketree(COMMAOP, field(natural, 5), mk_ICON(1, natural), natural)), natural);
   EXPECT_EQ(promoted_type(tp->mk_int(TYPE::I_UINT, false, 5, 16, false, false)), plain);
 
   // u5 /= -2 is a division of ints, as is x /= u5.
@@ -413,6 +415,11 @@ TEST_F(Trees, DeclarationsLeadToTheDefinition) {
   EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
   note_function_body(visible);
   EXPECT_EQ(get_sym_def_for_decl(visible), visible);
+  // Of two alike the one with the body.
+  global("f", SC_EXTERN);
+  SYMTAB *with_body = global("f", SC_EXTERN), *user = global("f", SC_EXTERN_DECL);
+  note_function_body(with_body);
+  EXPECT_EQ(get_sym_def_for_decl(user), with_body);
 }
 
 TEST_F(Trees, ErasingTwiceIsReported) {
