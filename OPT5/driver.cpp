@@ -247,6 +247,14 @@ bool is_size_goal() {
   return goal >= 0 && goal <= 3;
 }
 
+// A run that failed would leave neither output nor input.
+void refuse_to_overwrite_input(const char* path) {
+  struct stat input, file;
+  if (stat(i_file_name, &input) == 0 && stat(path, &file) == 0 && S_ISREG(file.st_mode) &&
+      input.st_dev == file.st_dev && input.st_ino == file.st_ino)
+    fail("\n>> The input would be overwritten by %s, Aborting\n%s", path, "");
+}
+
 void open_info_file() {
   const bool debugging = file_options->isset(OPT_print_debug);
   const long level = file_options->getnumarg(OPT_opt_level, 0);
@@ -259,6 +267,7 @@ void open_info_file() {
   const char* given = file_options->getstrarg(OPT_opt_info_filename, 0);
   const std::string path = given ? given : fn_delext(i_file_name) + ".nfo";
   info_file_path = path;
+  refuse_to_overwrite_input(path.c_str());
   finfo = fopen(path.c_str(), "w");
   if (!finfo)
     fail("\n>> Cannot Open Info File, %s : %s, Aborting\n", strerror(errno), path.c_str());
@@ -267,6 +276,7 @@ void open_info_file() {
 }
 
 void open_output() {
+  refuse_to_overwrite_input(o_file_name);
   FILE* fp = fopen(o_file_name, "wb");
   if (!fp)
     fail("\n>> Cannot Open Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
@@ -461,6 +471,7 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
   path.resize(std::min<size_t>(path.size(), 250));
   path += ".odb";
   if (FDEBUG) print_if_debug(">>>> SWITCHING LOG TO %s\n", path.c_str());
+  refuse_to_overwrite_input(path.c_str());
   if (FILE* fp = fopen(path.c_str(), mode ? mode : "w")) {
     FDEBUG = fp;
     if (!name) debug_file_path = path;

@@ -131,7 +131,7 @@ BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
       BASE_NODE* result = done.node;
       if (!result) {
         result = done.value;
-        if (!result) if_die(INVALID_RECORD); // a wrapper always has its one operand
+        if (!result || result->op == ENDINIT) if_die(INVALID_RECORD); // it wraps one value
         result->set_edge_profile_value(done.profile);
       } else if (result->op >= EQ && result->op <= UGT &&
                  (is_floating(result->operand(0)) || is_floating(result->operand(1)))) {

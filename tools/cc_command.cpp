@@ -103,11 +103,13 @@ bool read_command(int argc, char** argv, COMMAND& command, std::string& fault) {
     fault = "expected an input file; try --help";
     return false;
   }
-  if (command.preprocess) return true;
-  if (!has_output)
+  if (!has_output && !command.preprocess)
     command.output = std::filesystem::path(command.inputs[0]).replace_extension(".icode").string();
+  std::error_code ignored;
   for (const std::string& input : command.inputs)
-    if (command.output == input) fault = input + ": the output would overwrite the input";
+    if (std::filesystem::is_regular_file(command.output, ignored) &&
+        std::filesystem::equivalent(command.output, input, ignored))
+      fault = input + ": the output would overwrite the input";
   return fault.empty();
 }
 

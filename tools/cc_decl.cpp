@@ -216,10 +216,7 @@ SYMTAB* LOWERING::global_variable(const clang::VarDecl* decl) {
 }
 
 SYMTAB* LOWERING::static_object(const std::string& name, TYPE* type, SourceLocation at) {
-  std::string unique = name;
-  for (unsigned k = 2; !unit.static_names.insert(unique).second; k++)
-    unique = name + "$" + std::to_string(k);
-  SYMTAB* sym = new_symbol(unique, type, SC_STATIC, at);
+  SYMTAB* sym = new_symbol(unit.unique_name(name), type, SC_STATIC, at);
   enter_global(sym);
   return sym;
 }
@@ -383,6 +380,7 @@ void LOWERING::top_level(const clang::Decl* decl) {
     if (function->isThisDeclarationADefinition()) lower_function(function);
   } else if (auto* variable = llvm::dyn_cast<clang::VarDecl>(decl)) {
     const clang::VarDecl* canonical = variable->getCanonicalDecl();
+    if (!met_variables.insert(canonical).second) return; // to look for a definition visits all
     if (canonical->getDefinition() || const_cast<clang::VarDecl*>(canonical)->getActingDefinition())
       global_variable(variable);
   } else if (auto* assertion = llvm::dyn_cast<clang::StaticAssertDecl>(decl)) {

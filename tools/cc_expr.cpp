@@ -471,6 +471,7 @@ NODE* LOWERING::conditional(const clang::ConditionalOperator* e) {
 
 NODE* LOWERING::first_or(const clang::BinaryConditionalOperator* e) {
   NODE* first = value(e->getCommon());
+  if (bit_field_of(first)) first = promote(first); // the variable that keeps it has all bits
   if (first->type->is_vector())
     refuse(e->getQuestionLoc(), "this operator is not supported for vectors");
   SYMTAB* kept = temporary(first->type, e->getExprLoc());

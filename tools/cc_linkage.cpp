@@ -39,10 +39,16 @@ void LINKAGE::collect(LOWERING& source) {
 }
 
 std::string LINKAGE::static_name(const std::string& name) {
-  if (!is_of_several()) return name;
+  if (is_of_several()) return unique_name(name);
+  static_names.insert(name);
+  return name;
+}
+
+std::string LINKAGE::unique_name(const std::string& name) {
   std::string unique = name;
-  for (unsigned k = 2; external_names.count(unique) || !static_names.insert(unique).second; k++)
-    unique = name + "$" + std::to_string(k);
+  unsigned& suffix = last_suffixes.try_emplace(name, 1).first->second;
+  while (external_names.count(unique) || !static_names.insert(unique).second)
+    unique = name + "$" + std::to_string(++suffix);
   return unique;
 }
 

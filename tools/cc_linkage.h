@@ -47,9 +47,12 @@ public:
 
   // The name of a symbol of internal linkage, changed where another source uses it too.
   std::string static_name(const std::string& name);
+  // A name like the given one that no other static or external symbol has.
+  std::string unique_name(const std::string& name);
 
 private:
   std::vector<std::unique_ptr<LOWERING>> sources;
+  std::unordered_map<std::string, unsigned> last_suffixes; // by the name without one
   void collect(LOWERING& source);
   void finish_globals();
 };

@@ -25,6 +25,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace cc {
@@ -117,6 +118,7 @@ private:
   unsigned next_static = 1;
 
   std::unordered_map<const clang::Decl*, SYMTAB*> symbols; // by canonical declaration
+  std::unordered_set<const clang::VarDecl*> met_variables; // canonical, of file scope
   std::unordered_map<const clang::ParmVarDecl*, SYMTAB*> incoming;
   std::unordered_map<const clang::Decl*, TYPE*> declared_types; // typedefs, records, enumerations
   std::unordered_map<const clang::FieldDecl*, fkMDATA*> members;

@@ -337,6 +337,7 @@ int print_preprocessed(const COMMAND& command) {
   std::error_code error;
   llvm::raw_fd_ostream out(command.output.empty() ? "-" : command.output, error);
   if (error) return complain(command.output + ": cannot open for writing: " + error.message());
+  output_path = command.output;
   for (const std::string& input : command.inputs) {
     SOURCE source(input);
     if (!source.set_up(command, {})) return 1;
@@ -345,7 +346,16 @@ int print_preprocessed(const COMMAND& command) {
     clang::DoPrintPreprocessedInput(source.instance->getPreprocessor(), &out, options);
     const bool has_failed = source.has_failed();
     source.reports->flush();
-    if (has_failed) return 1;
+    out.flush();
+    const std::error_code failure = out.error();
+    out.clear_error();
+    if (failure)
+      complain((command.output.empty() ? "standard output" : command.output) +
+               ": cannot write: " + failure.message());
+    if (has_failed || failure) {
+      remove_output();
+      return 1;
+    }
   }
   return 0;
 }

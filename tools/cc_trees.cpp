@@ -143,6 +143,9 @@ NODE* convert(NODE* node, TYPE* to, int op) {
   return convert_value(node, to, op, true);
 }
 NODE* cast(NODE* node, TYPE* to) {
+  // A bit-field cast to its own type is a value of that type, which no longer promotes by width.
+  if (to->is_int() && value_type(to) == value_type(node->type) && bit_field_of(node))
+    return scalar_conversion(SCONV, node, value_type(to));
   return convert_value(node, to, SCONV, false);
 }
 

@@ -429,7 +429,7 @@ TYPE* LOWERING::enum_type(const clang::EnumDecl* decl) {
 const LOWERING::ENUM_VALUE& LOWERING::value_of(const clang::EnumConstantDecl* decl) {
   auto known = enum_values.find(decl);
   if (known != enum_values.end()) return known->second;
-  // All up to this one, in order: a list may be long.
+  // All, in order: a list may be long.
   ENUM_VALUE last{INT65(-1), int_type()};
   for (const clang::EnumConstantDecl* constant :
        llvm::cast<clang::EnumDecl>(decl->getDeclContext())->enumerators()) {
@@ -444,7 +444,6 @@ const LOWERING::ENUM_VALUE& LOWERING::value_of(const clang::EnumConstantDecl* de
       found = enum_values.emplace(constant, ENUM_VALUE{v, type}).first;
     }
     last = found->second;
-    if (constant == decl) break;
   }
   return enum_values.at(decl);
 }

@@ -166,6 +166,8 @@ void Writer::sint(int64_t v) {
 }
 
 void Writer::str(std::string_view text) {
+  const size_t zero = text.find('\0');
+  if (zero != text.npos) cut_text = text.substr(0, zero);
   bytes += text;
   bytes.push_back('\0');
 }
@@ -174,6 +176,7 @@ void Writer::record(uint8_t tag, const Writer& payload) {
   u8(tag);
   uint(payload.bytes.size());
   bytes += payload.bytes;
+  if (payload.cut_text) cut_text = payload.cut_text;
 }
 
 } // namespace icode

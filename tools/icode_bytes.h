@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -58,6 +59,7 @@ private:
 class Writer {
 public:
   std::string bytes;
+  std::optional<std::string> cut_text; // what a reader would take for a text with a zero inside
 
   void u8(uint64_t v) { bytes.push_back(char(v)); }
   void boolean(bool v) { u8(v); }

@@ -378,6 +378,9 @@ bool encode_unit(const Unit& unit, int version, std::string& bytes, std::string&
     put_section(e, part.section);
     e.out.u8(TAG_END);
   }
+  if (unit.source.find('\0') != unit.source.npos) e.out.cut_text = unit.source.c_str();
+  if (e.out.cut_text && e.error.empty())
+    e.error = "a zero behind \"" + *e.out.cut_text + "\" would end the text there";
   if (!e.error.empty()) {
     error = e.error;
     return false;

@@ -153,6 +153,9 @@ int execute(Program& program, const FunctionCode& entry, const std::vector<uint6
   }
   flush_output(machine);
   if (o.stats) fputs(stats_json(program).c_str(), stderr);
+  if (machine.output_errno)
+    return complain(std::string("cannot write to standard output: ") +
+                    strerror(machine.output_errno));
   return status;
 }
 

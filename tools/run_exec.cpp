@@ -2,6 +2,7 @@
 #include "tools/run_library.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -41,8 +42,8 @@ void bad_access(const Memory& memory, uint32_t at, uint64_t units, bool writes) 
 }
 
 void flush_output(Machine& m) {
-  fwrite(m.output.data(), 1, m.output.size(), stdout);
-  fflush(stdout);
+  const bool is_whole = fwrite(m.output.data(), 1, m.output.size(), stdout) == m.output.size();
+  if (fflush(stdout) != 0 || !is_whole) m.output_errno = errno;
   m.output.clear();
 }
 

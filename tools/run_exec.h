@@ -62,6 +62,7 @@ struct Machine {
   int64_t steps_left = INT64_MAX;
 
   std::string output;        // not written to standard output yet
+  int output_errno = 0;      // why some of it could not be written
   std::vector<int> put_back; // characters of the standard input that were read ahead, next last
   bool input_ended = false;
   uint32_t random = 1;

@@ -78,7 +78,9 @@ int run(const Converter& converter, int argc, char** argv) {
         input_name == "-"
             ? "-"
             : std::filesystem::path(input_name).replace_extension(converter.extension).string();
-  if (output_name == input_name && output_name != "-")
+  std::error_code ignored;
+  if (std::filesystem::is_regular_file(output_name, ignored) &&
+      std::filesystem::equivalent(output_name, input_name, ignored))
     return complain(converter, input_name + ": the output would overwrite the input");
   std::string input, output, error;
   if (!read_file(input_name, input, error)) return complain(converter, error);

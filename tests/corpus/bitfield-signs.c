@@ -15,6 +15,8 @@ int main(void) {
   CHECK(!(x.u20 > (unsigned long)minus));
   CHECK(x.u20 == 1048575L && x.s20 == -1);
   CHECK(x.u9 > minus);          /* int */
+  CHECK(!((unsigned)x.u5 > minus) && minus / (unsigned)x.u5 == 2114); /* a cast is no field */
+  CHECK((x.u5 ?: 1u) == 31 && (x.u9 ?: 1) > minus);
   CHECK(x.b == 1 && -x.b == minus);
   CHECK(x.u5 - 32 < 0);
   CHECK(x.u5 << 11 == (int)0xF800);

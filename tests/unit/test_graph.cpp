@@ -56,6 +56,8 @@ TEST_F(Graph, GlobalsKeepMarksByFunction) {
   currfuninfo = make_FUNINFO(func);
   EXPECT_TRUE(global.is_aliased());
   EXPECT_EQ(global.bitnum(), 1);
+  reset_alias_exceptions();
+  EXPECT_FALSE(global.is_aliased());
   currfuninfo = nullptr;
   EXPECT_EXIT((void)global.is_aliased(), ::testing::ExitedWithCode(1), "terminated abnormally");
   currfuninfo = make_FUNINFO(func);

@@ -303,6 +303,9 @@ TEST_F(Trees, AssignmentForms) {
   asg = opASG_to_ASG(op(SLLASG, name(x), mk_ICON(65536, tp->mk_long())));
   EXPECT_EQ(tree_text(asg), "ASG:int(x, SLL:int(x, 65536:long))");
   erase_tree(asg);
+  asg = opASG_to_ASG(op(SLLASG, name(x), name(local("k", tp->mk_plain_uint()))));
+  EXPECT_EQ(tree_text(asg), "ASG:int(x, SLL:int(x, SCONV:int(k)))");
+  erase_tree(asg);
   // A narrow target computes in the common type.
   SYMTAB* wide = local("wide", tp->mk_long());
   asg = opASG_to_ASG(op(PLUSASG, name(x), mk_NAME(wide)));
@@ -326,6 +329,8 @@ TEST_F(Trees, BitFieldsPromoteByTheirWidth) {
   EXPECT_EQ(promoted(field(wide, 16)), plain);
   EXPECT_EQ(promoted(field(wide, 17)), wide);
   EXPECT_EQ(promoted(mk_ASG(field(natural, 5), mk_ICON(1, natural))), plain);
+  EXPECT_EQ(promoted(maketree(COMMAOP, icon(1), field(natural, 5), natural)), plain);
+  EXPECT_EQ(promoted(maketree(COMMAOP, field(natural, 5), mk_ICON(1, natural), natural)), natural);
   EXPECT_EQ(promoted_type(tp->mk_int(TYPE::I_UINT, false, 5, 16, false, false)), plain);
 
   // u5 /= -2 is a division of ints, as is x /= u5.
@@ -410,6 +415,11 @@ TEST_F(Trees, DeclarationsLeadToTheDefinition) {
   EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
   note_function_body(visible);
   EXPECT_EQ(get_sym_def_for_decl(visible), visible);
+  // Of two alike the one with the body.
+  global("f", SC_EXTERN);
+  SYMTAB *with_body = global("f", SC_EXTERN), *user = global("f", SC_EXTERN_DECL);
+  note_function_body(with_body);
+  EXPECT_EQ(get_sym_def_for_decl(user), with_body);
 }
 
 TEST_F(Trees, ErasingTwiceIsReported) {
@@ -519,6 +529,9 @@ TEST_F(Trees, TruthValuesAreAskedByTheirValue) {
   EXPECT_FALSE(fits(less(), one_signed_bit));
   EXPECT_FALSE(fits(mk_ASG(field(plain, 1), less()), tp->mk_plain_uint()));
   EXPECT_TRUE(fits(mk_ASG(field(plain, 1), less()), plain));
+  // Widening keeps the range, but not that of a sign in a type without one.
+  EXPECT_TRUE(fits(maketree(SCONV, name(x), nullptr, tp->mk_long()), plain));
+  EXPECT_FALSE(fits(maketree(SCONV, name(x), nullptr, tp->basic[TYPE::I_ULONG]), tp->mk_long()));
 }
 
 // Folding puts the constant of a sum first.
@@ -595,7 +608,11 @@ TEST_F(Trees, WhatNobodyChanges) {
   };
   EXPECT_TRUE(stays(0, 16));
   EXPECT_FALSE(stays(16, 16));
-  EXPECT_FALSE(stays(32, 16));
+  for (bool& flag : m->flags) { // any of them may say that it changes
+    m->flags[0] = m->flags[1] = m->flags[2] = false;
+    flag = true;
+    EXPECT_FALSE(stays(32, 16));
+  }
   EXPECT_TRUE(stays(48, 4));
   EXPECT_FALSE(stays(40, 12));
   EXPECT_TRUE(stays(96, 16));
@@ -625,6 +642,22 @@ TEST_F(Trees, WhatNobodyChanges) {
   EXPECT_TRUE(symbol_is_immutable(local("k", tp->mk_qual(plain, TYPE::Q_CONST))));
   erase_tree(fixed);
   erase_tree(changing);
+  // A member of a member lies behind both offsets.
+  TYPE* whole = tp->mk_struct("whole");
+  whole->csu_parts()->complete = true;
+  whole->size = 144;
+  fkMDATA* part = add(whole, "part", outer, 16, 0, false);
+  add(whole, "head", plain, 0, 0, false);
+  SYMTAB* nest = local("nest", tp->mk_qual(whole, TYPE::Q_CONST));
+  for (fkMDATA* which : {a, m}) {
+    NODE *upper = alloc_node(FIELD, outer), *lower = alloc_node(FIELD, which->type);
+    upper->mk_field(0, part, whole);
+    lower->mk_field(0, which, outer);
+    NODE* inside = maketree(STDOT, mk_NAME(nest), upper, outer);
+    NODE* tree = maketree(STDOT, inside, lower, which->type);
+    EXPECT_EQ(lvalue_is_immutable(tree), which == a);
+    erase_tree(tree);
+  }
 }
 
 TEST_F(Trees, TypeQuestions) {
@@ -647,6 +680,7 @@ TEST_F(Trees, TypeQuestions) {
   EXPECT_TRUE(type_is_contained_in_type(inner, outer));
   EXPECT_FALSE(type_is_contained_in_type(outer, inner));
   EXPECT_TRUE(type_may_contain_volatile(outer));
+  EXPECT_TRUE(type_may_contain_volatile(tp->mk_struct("unknown"))); // its members come later
   TYPE* derived = tp->mk_struct("derived");
   derived->csu_parts()->complete = true;
   EXPECT_FALSE(type_may_contain_volatile(derived));
