@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -41,7 +42,8 @@ namespace {
 int arg_count;
 char** args;
 int next_arg_index;
-bool output_is_open; // the output file exists and must go if the run fails
+bool output_is_open;             // the output file exists and must go if the run fails
+char real_output_name[PATH_MAX]; // behind all links
 bool command_line_is_written;
 std::string debug_file_path, info_file_path;
 
@@ -82,7 +84,8 @@ void flush_traces() {
 // A failed run leaves no output; what was there before as a device is not ours to remove.
 void remove_output() {
   struct stat info;
-  if (output_is_open && stat(o_file_name, &info) == 0 && S_ISREG(info.st_mode)) unlink(o_file_name);
+  if (output_is_open && stat(real_output_name, &info) == 0 && S_ISREG(info.st_mode))
+    unlink(real_output_name);
 }
 
 void prepare_failing_end() {
@@ -280,6 +283,7 @@ void open_output() {
   FILE* fp = fopen(o_file_name, "wb");
   if (!fp)
     fail("\n>> Cannot Open Output icode File, %s : %s, Aborting\n", strerror(errno), o_file_name);
+  if (!realpath(o_file_name, real_output_name)) strcpy(real_output_name, o_file_name);
   output_is_open = true;
   o_file = I_FILE::if_create(fp, tp, i_file->source_name.c_str(), i_file->extra_word);
   for (const OPTION_SET* set : i_file->option_sets)

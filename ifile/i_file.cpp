@@ -42,6 +42,17 @@ void if_node_table_init() {
 // ---------------------------------------------------------------------------------------------
 // Opening and closing
 
+// The header's tag, its length of up to five bytes, and the magic text.
+static bool begins_with_magic(const std::vector<unsigned char>& bytes) {
+  if (bytes.empty() || bytes[0] != TAG_HEADER) return false;
+  size_t at = 1;
+  while (at < bytes.size() && at < 5 && bytes[at] & 0x80)
+    at++;
+  at++;
+  return bytes.size() >= at + sizeof ICODE_MAGIC &&
+         memcmp(bytes.data() + at, ICODE_MAGIC, sizeof ICODE_MAGIC) == 0;
+}
+
 I_FILE* I_FILE::if_open(FILE* fp, IF_CLIENT* client) {
   if_node_table_init();
   auto* file = new I_FILE;
@@ -50,8 +61,10 @@ I_FILE* I_FILE::if_open(FILE* fp, IF_CLIENT* client) {
   setvbuf(fp, nullptr, _IOFBF, STREAM_BUFFER);
   file->base = ftell(fp);
   unsigned char chunk[STREAM_BUFFER];
-  while (size_t n = fread(chunk, 1, sizeof chunk, fp))
+  while (size_t n = fread(chunk, 1, sizeof chunk, fp)) {
     file->bytes.insert(file->bytes.end(), chunk, chunk + n);
+    if (!begins_with_magic(file->bytes)) break; // no reason to read on, maybe without end
+  }
   file->file_size = file->bytes.size();
 
   if (!file->read_magic()) {

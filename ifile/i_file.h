@@ -94,6 +94,11 @@ void if_enter_node(int code, const char* name, int operands);
 // Called by if_die before it exits, so that the driver can remove the output. May be null.
 extern void (*if_death_hook)();
 inline constexpr const char* INVALID_RECORD = "\nINTERNAL ERROR: Invalid I-code record, aborting";
+// Walks are recursive here and there, so that nesting has bounds.
+inline constexpr int MAX_RIGHT_DEPTH = 2000;     // right operands on the way to a node; open blocks
+inline constexpr unsigned MAX_TYPE_DEPTH = 1000; // derivations, and values within values
+inline constexpr const char* NESTED_TOO_DEEPLY =
+    "\n>> Input is nested too deeply: blocks and right operands go 2000 deep, types 1000, aborting";
 
 class I_FILE {
 public:
@@ -108,7 +113,7 @@ public:
   TYPE_PKG* tp = nullptr;             // null: type references read as null
   std::map<unsigned long, TYPE_INFO> types;
   std::vector<TYPE_INFO*> types_by_number; // those of the low numbers, as far as looked up
-  std::vector<const char*> file_names; // interned; number k is entry k-1
+  std::vector<const char*> file_names;     // interned; number k is entry k-1
   uint32_t extra_word = 0;
   unsigned level = 0; // 0 outside functions, 1 parameters, 2 outer block, higher inner blocks
   std::vector<I_SYMTAB*> locals, globals; // not owned

@@ -12,7 +12,6 @@
 
 // Walkers of trees loop on the left operand and recurse on the right one, so a path's number of
 // right steps is bounded here and the length of left spines is not.
-constexpr int MAX_RIGHT_DEPTH = 2000;
 
 // The front end knows the integer comparisons only; on floating operands they mean these.
 static int floating_comparison(int op) {
@@ -114,7 +113,7 @@ BASE_NODE* I_FILE::if_read_expr_node(bool with_header) {
     if (op >= FIRST_MEMORY_OP || !if_node_info[op].name) if_die(INVALID_RECORD);
     TYPE* type = i_read_typeref();
     int right_depth = open.empty() ? 0 : open.back().right_depth + (open.back().got == 1 ? 1 : 0);
-    if (right_depth > MAX_RIGHT_DEPTH) if_die(INVALID_RECORD);
+    if (right_depth > MAX_RIGHT_DEPTH) if_die(NESTED_TOO_DEEPLY);
 
     OPEN_NODE next{nullptr, 0, if_node_info[op].operands, 0, right_depth, nullptr};
     if (op == EPVAL)
@@ -289,7 +288,8 @@ void I_FILE::if_read_end_func() {
 }
 
 void I_FILE::if_read_begin_block() {
-  if (level < 2 || level > MAX_RIGHT_DEPTH) if_die(INVALID_RECORD);
+  if (level < 2) if_die(INVALID_RECORD);
+  if (level > MAX_RIGHT_DEPTH) if_die(NESTED_TOO_DEEPLY);
   level++;
   client->cl_begin_block(i_read_psn());
 }

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr unsigned MAX_DEPTH = 1000;           // derivations, and values within values
 constexpr unsigned long MAX_SIZE = 1ul << 40;  // bits
 constexpr unsigned long MAX_ALIGN = 1ul << 31; // bits
 constexpr unsigned long MAX_INT_SIZE = 64;     // bits
@@ -105,7 +104,8 @@ TYPE* I_FILE::read_target(unsigned& depth) {
 }
 
 void I_FILE::define_type(unsigned long number, TYPE* type, unsigned depth) {
-  if (number == 0 || depth > MAX_DEPTH) if_die(INVALID_RECORD);
+  if (number == 0) if_die(INVALID_RECORD);
+  if (depth > MAX_TYPE_DEPTH) if_die(NESTED_TOO_DEEPLY);
   TYPE_INFO& info = types[number];
   if (info.complete_def || info.type) tp_die("read type twice"); // a class's short form counts too
   info.type = type;
@@ -306,7 +306,7 @@ void I_FILE::tp_make_func(unsigned long number) {
 }
 
 void I_FILE::finish_func(TYPE_INFO& info) {
-  if (info.depth > MAX_DEPTH) if_die(INVALID_RECORD);
+  if (info.depth > MAX_TYPE_DEPTH) if_die(NESTED_TOO_DEEPLY);
   FUNC_PARTS& parts = *info.unfinished;
   info.type = tp->mk_func(info.return_type, parts.is_prototyped, parts.is_variadic,
                           parts.convention, parts.hidden, std::move(parts.params));
@@ -537,13 +537,13 @@ void I_FILE::check_types() {
         step.type->file_marks = FIRST_HEIGHT + step.height;
         path.pop_back();
       } else if (part->file_marks == 0) {
-        if (path.size() > MAX_DEPTH) if_die(INVALID_RECORD);
+        if (path.size() > MAX_TYPE_DEPTH) if_die(NESTED_TOO_DEEPLY);
         enter(part); // and come back for its height
       } else if (part->file_marks == ON_PATH) {
         if_die(INVALID_RECORD);
       } else {
         step.height = std::max(step.height, part->file_marks - FIRST_HEIGHT + 1);
-        if (step.height > MAX_DEPTH) if_die(INVALID_RECORD);
+        if (step.height > MAX_TYPE_DEPTH) if_die(NESTED_TOO_DEEPLY);
         step.next_part++;
       }
     }
