@@ -25,8 +25,8 @@ template <class N, class VISIT> void walk_preorder(N* tree, VISIT&& visit) {
 // change or replace the node by way of the reference, but not touch siblings.
 template <class VISIT> void walk_postorder(NODE*& tree, VISIT&& visit) {
   if (!tree) return;
-  // The left spine, root first; then upwards, each right side before its node. Half of all nodes are
-  // leaves.
+  // The left spine, root first; then upwards, each right side before its node. Half of all nodes
+  // are leaves.
   small_stack<NODE**> spine;
   NODE** place = &tree;
   for (; (*place)->left; place = &(*place)->left)

@@ -1,6 +1,6 @@
 // bench-measure COMMAND...: runs a command and prints its processor seconds (its own and the
-// system's), its wall seconds, its peak memory in bytes and its status. A program of its own, since a
-// child's peak is never told as less than what its parent held when it was started.
+// system's), its wall seconds, its peak memory in bytes and its status. A program of its own, since
+// a child's peak is never told as less than what its parent held when it was started.
 #include <cstdio>
 #include <spawn.h>
 #include <sys/resource.h>

@@ -21,8 +21,9 @@ struct Converter {
 // exit status: 0, or 1 after a message on standard error, in which case no output file is left.
 int run_converter(const Converter& converter, int argc, char** argv);
 
-// First where exceptions are caught: a write that can't be done fails from now on, and raises no signal; memory that
-// can't be had is an exception, which before main ends the program with a message and status 1.
+// First where exceptions are caught: a write that can't be done fails from now on, and raises no
+// signal; memory that can't be had is an exception, which before main ends the program with a
+// message and status 1.
 void let_failures_be_handled();
 
 // The whole of a file ("-" for standard input). False, with a message, on failure.

@@ -61,7 +61,8 @@ protected:
   }
 };
 
-constexpr const char* INVALID = "INTERNAL ERROR: Invalid I-code record, aborting|Input is nested too deeply";
+constexpr const char* INVALID =
+    "INTERNAL ERROR: Invalid I-code record, aborting|Input is nested too deeply";
 
 // Records for hand-made sections.
 void begin(I_FILE& f, unsigned number, int code) {
