@@ -210,6 +210,7 @@ public:
       close_innermost_block();
     lex = 0;
     finish_reading_function(psn, 3);
+    currfuninfo->memory.arena.trim();
     currfunc = nullptr;
     currfuninfo = file_funinfo;
   }

@@ -16,8 +16,9 @@
 #endif
 
 namespace {
-constexpr size_t SMALLEST = 1 << 11, LARGEST = 1 << 16; // bytes of a shared block
-constexpr size_t REGION = 1 << 21;                      // what is asked of the system at a time
+constexpr size_t SMALLEST = 1 << 8, LARGEST = 1 << 16; // bytes of a shared block
+constexpr size_t FIRST = 1 << 11;                      // of an arena's first block
+constexpr size_t REGION = 1 << 21;                     // what is asked of the system at a time
 constexpr size_t CLASSES = std::bit_width(LARGEST) - std::bit_width(SMALLEST) + 1;
 
 size_t class_of(size_t size) {
@@ -25,8 +26,9 @@ size_t class_of(size_t size) {
 }
 } // namespace
 
-// Blocks of the sizes in between, each a power of two. They are cut from large regions, which the
-// system may back by large pages, and are never given back before the process ends.
+// Blocks of the sizes in between, each a power of two or what a trim left of one. They are cut from
+// large regions, which the system may back by large pages, and are never given back before the
+// process ends.
 class BLOCK_STORE {
 public:
   ARENA::BLOCK* take(size_t size) {
@@ -55,6 +57,15 @@ public:
   void give(ARENA::BLOCK* block) {
     const std::lock_guard<std::mutex> hold(lock);
     give_locked(block);
+  }
+
+  // Takes back what was cut last, from `from` to `to`. False if something was cut since.
+  bool take_back(char* from, const char* to) {
+    const std::lock_guard<std::mutex> hold(lock);
+    if (to != at) return false;
+    room += static_cast<size_t>(to - from);
+    at = from;
+    return true;
   }
 
 private:
@@ -104,7 +115,7 @@ void ARENA::give_block(BLOCK* block) {
 
 void* ARENA::alloc_from_new_block(size_t size) {
   // A quarter of what there is, so that little is left over, in small arenas too.
-  size_t wanted = std::bit_floor(std::clamp(total / 4, SMALLEST, LARGEST));
+  size_t wanted = std::bit_floor(std::clamp(total / 4, FIRST, LARGEST));
   if (wanted < size + sizeof(BLOCK))
     wanted = size + sizeof(BLOCK) <= LARGEST ? std::bit_ceil(size + sizeof(BLOCK))
                                              : size + sizeof(BLOCK);
@@ -120,6 +131,18 @@ void* ARENA::alloc_from_new_block(size_t size) {
   at = first + size;
   end = reinterpret_cast<char*>(block) + wanted;
   return first;
+}
+
+void ARENA::trim() {
+  if (!blocks || blocks->size > LARGEST || end != reinterpret_cast<char*>(blocks) + blocks->size)
+    return;
+  char* rest = std::max(at, reinterpret_cast<char*>(blocks) + SMALLEST);
+  const auto size = static_cast<size_t>(end - rest);
+  if (rest >= end || !store().take_back(rest, end)) return;
+  unpoison(rest, size);
+  blocks->size -= size;
+  total -= size;
+  end = rest;
 }
 
 void ARENA::reset() {

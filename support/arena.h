@@ -44,6 +44,9 @@ public:
   }
 
   void reset(); // gives all memory back: nothing in the arena may be used any more
+  // Gives back what the newest block has left, if no other block was made since. For arenas that
+  // are many and have got most of what they will hold.
+  void trim();
   size_t size() const {
     return total;
   } // bytes in blocks
