@@ -85,6 +85,7 @@ void BM_ReadWrite(benchmark::State& state) {
   const Sample& s = sample(static_cast<int>(state.range(0)));
   double empty_peak = 0, peak = 0;
   measured_run(sample(1).path, empty_peak);
+  measured_run(s.path, peak); // the system finds large pages for the first one
   for (auto _ : state)
     state.SetIterationTime(measured_run(s.path, peak));
   state.counters["MB/s"] = benchmark::Counter(static_cast<double>(s.bytes) *
@@ -143,6 +144,11 @@ void BM_CopyBytes(benchmark::State& state) {
 BENCHMARK(BM_ReadFrames)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_WriteRecords)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CopyBytes)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ReadWrite)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadWrite)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->UseManualTime()
+    ->MinTime(2)
+    ->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();
