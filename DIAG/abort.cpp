@@ -2,11 +2,30 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <pthread.h>
 #include <unistd.h>
 
 static void (*abort_handler)(const char* msg);
+static void (*failing_end_hook)(FAILING_END how);
+
+void set_failing_end_hook(void (*hook)(FAILING_END how)) {
+  failing_end_hook = hook;
+}
+
+void before_failing_end(FAILING_END how) {
+  if (failing_end_hook) failing_end_hook(how);
+}
+
+void end_process(int status) {
+  fflush(stdout);
+  _exit(status);
+}
+
+void end_failing_run(FAILING_END how) {
+  before_failing_end(how);
+  if (how == END_IN_SIGNAL) _exit(1);
+  end_process(1);
+}
 
 void set_abort_handler(void (*handler)(const char* msg)) {
   abort_handler = handler;
@@ -23,10 +42,13 @@ bool claim_the_end() {
 
 void abort_optimizer(const char* msg) {
   if (!claim_the_end()) _exit(1); // the end itself failed
-  if (abort_handler) abort_handler(msg);
-  fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
-  if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);
-  exit(1);
+  if (abort_handler) {
+    abort_handler(msg);
+  } else {
+    fprintf(stderr, "\n>>>> Optimizer terminated abnormally\n");
+    if (msg) fprintf(stderr, "\n>>>> %s.\n", msg);
+  }
+  end_failing_run();
 }
 
 void abort_optimizer() {

@@ -20,7 +20,6 @@ int DIAGNOSTIC::diag_cols_m = 79;
 int DIAGNOSTIC::indent_m;
 FILE* DIAGNOSTIC::fp_m;
 unsigned DIAGNOSTIC::error_count_m;
-void (*DIAGNOSTIC::exit_hook_m)();
 std::vector<bool> DIAGNOSTIC::debug_mode_stack_m;
 std::vector<int> DIAGNOSTIC::indent_stack_m;
 
@@ -317,9 +316,7 @@ void DIAGNOSTIC::flush() {
 }
 
 void DIAGNOSTIC::end_process() const {
-  if (exit_hook_m) exit_hook_m();
-  fflush(stdout);
-  _exit(1); // the caller is in the middle of something: nothing is taken apart
+  end_failing_run();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -89,7 +89,6 @@ public:
   static int wrap_indent_m, diag_cols_m, indent_m; // in columns
   static FILE* fp_m;                               // overrides the choice by severity
   static unsigned error_count_m;
-  static void (*exit_hook_m)(); // called before a message ends the process; may be null
 
   static void push_debug_mode(bool on);
   static void pop_debug_mode();

@@ -1,24 +1,18 @@
 #include "DIAG/safemalloc.h"
 
+#include "DIAG/abort.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <unistd.h>
-
-static void (*failure_hook)();
 
 void out_of_memory() {
   static const char text[] = "ERROR: out of memory\n";
   if (write(STDERR_FILENO, text, sizeof text - 1) < 0) {
     // The status still tells.
   }
-  if (failure_hook) failure_hook();
-  _exit(1);
-}
-
-void install_out_of_memory_handler(void (*hook)()) {
-  failure_hook = hook;
-  std::set_new_handler(out_of_memory);
+  end_failing_run(END_IN_SIGNAL);
 }
 
 // From the first: what static objects allocate before main may fail too, those of shared libraries

@@ -9,9 +9,6 @@ void* saferealloc(void* old, size_t size);
 void* safecalloc(size_t count, size_t size);
 char* safestrdup(const char* text);
 
-// Prints "ERROR: out of memory", calls the hook, and ends the process with status 1. From any
-// thread; allocates nothing.
+// Prints "ERROR: out of memory" and ends the failing run. From any thread; allocates nothing. A
+// `new` that fails ends the same way.
 [[noreturn]] void out_of_memory();
-// Makes a failing `new` end the same way. `hook`, which may be null, removes what a failed run must
-// not leave.
-void install_out_of_memory_handler(void (*hook)());

@@ -122,7 +122,7 @@ void common_signal_end(int signal) {
     // Nobody listens; the status still tells.
   }
   if (end_callback) end_callback();
-  _exit(1);
+  end_failing_run(END_IN_SIGNAL);
 }
 
 void give_thread_a_signal_stack() {

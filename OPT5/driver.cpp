@@ -69,16 +69,9 @@ void flush_traces() {
   if (finfo) fflush(finfo);
 }
 
-// An end in the middle of things: nothing is taken apart.
-[[noreturn]] void end_process(int status) {
-  flush_traces();
-  fflush(stdout);
-  _exit(status);
-}
-
 [[noreturn]] void fail(const char* format, const char* a, const char* b) {
   fprintf(stderr, format, a, b);
-  end_process(1);
+  end_failing_run();
 }
 
 // A failed run leaves no output; what was there before as a device is not ours to remove.
@@ -88,17 +81,17 @@ void remove_output() {
     unlink(real_output_name);
 }
 
-void prepare_failing_end() {
+void take_back_output(FAILING_END how) {
   remove_output();
-  flush_traces();
+  if (how == END_IN_ORDER) flush_traces();
 }
 
 // ---------------------------------------------------------------------------------------------
 // The end of a failing run
 
-void end_failing_run(const char* msg) {
-  // Streams are not closed: other threads may be using them, and the process ends anyway.
-  remove_output();
+// Streams are not closed: other threads may be using them, and the process ends anyway.
+void tell_of_failure(const char* msg) {
+  remove_output(); // first: whatever follows may fail
   if (print_debug && FDEBUG) {
     fprintf(FDEBUG, "\n>>>> Optimizer terminated abnormally.\n");
     if (msg) fprintf(FDEBUG, "\n>>>> %s.\n", msg);
@@ -122,11 +115,11 @@ void end_failing_run(const char* msg) {
     flush_traces();           // abort() doesn't
     abort();
   }
-  end_process(1);
 }
 
 void end_after_signal() {
-  end_failing_run(nullptr);
+  tell_of_failure(nullptr);
+  end_failing_run();
 }
 
 // What was traced so far must be on disk, and this thread writes no more of it. The stream itself
@@ -152,9 +145,7 @@ void copy_path(char (&to)[512], const char* from) {
 
 // Bad options were reported one by one; here they end the run.
 void end_if_errors() {
-  if (DIAGNOSTIC::error_count_m == 0) return;
-  remove_output();
-  end_process(1);
+  if (DIAGNOSTIC::error_count_m) end_failing_run();
 }
 
 int walk_arguments() {
@@ -184,12 +175,12 @@ void check_standard_output() {
   if (fflush(stdout) == 0 && !ferror(stdout)) return;
   fprintf(stderr, "\n>> Cannot Write Standard Output, %s, Aborting\n",
           strerror(errno ? errno : EIO));
-  remove_output();
-  _exit(1);
+  end_failing_run();
 }
 
 [[noreturn]] void end_answered() {
   check_standard_output();
+  flush_traces();
   end_process(0);
 }
 
@@ -306,10 +297,9 @@ void emit_cmd_line_text() {
 }
 
 void open_files(int argc, char** argv) {
-  set_abort_handler(end_failing_run);
-  if_death_hook = tp_death_hook = DIAGNOSTIC::exit_hook_m = prepare_failing_end;
+  set_failing_end_hook(take_back_output);
+  set_abort_handler(tell_of_failure);
   install_common_handlers(debug_signal_handler, end_after_signal);
-  install_out_of_memory_handler(remove_output);
   cmdline_options = new option_obj;
   option_obj::executable_name = argv[0];
   option_obj::next_arg = next_arg;
@@ -383,8 +373,7 @@ void init_fileopts() {
 [[noreturn]] void fail_to_write(const char* what, const char* path) {
   fprintf(stderr, "\n>> Cannot Write %s, %s : %s, Aborting\n", what, strerror(errno ? errno : EIO),
           path);
-  remove_output();
-  _exit(1);
+  end_failing_run();
 }
 
 void close_text_file(FILE*& fp, const char* what, const char* path) {
@@ -483,7 +472,7 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
   }
   fprintf(stderr, "\n>> Cannot Open Debug File, %s : %s, Aborting\n", strerror(errno),
           path.c_str());
-  if (fatal) end_process(1);
+  if (fatal) end_failing_run();
   if (!FDEBUG) FDEBUG = stderr;
 }
 

@@ -5,6 +5,8 @@
 
 #include "OPT5/passes.h"
 
+#include "DIAG/abort.h"
+
 #include "OPT5/alias.h"
 #include "OPT5/deadasg.h"
 #include "OPT5/driver.h"
@@ -308,8 +310,7 @@ void choose_run_order() {
     if (k < 0 || k >= n) {
       // Whoever forces an order answers for it, but not with a wild pointer.
       fprintf(stderr, "\n>>>> OPTIMIZER ERROR: no step %d in the pass list\n", k);
-      if (if_death_hook) if_death_hook();
-      exit(1);
+      end_failing_run();
     }
     permuted_order.push_back(normal_order[k]);
   }

@@ -1,12 +1,11 @@
 // One type: life and queries.
+#include "DIAG/abort.h"
 #include "DIAG/support.h"
 #include "TYPES/type_pkg.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-
-void (*tp_death_hook)();
 
 static std::atomic<size_t> bytes_allocated;
 
@@ -30,8 +29,7 @@ size_t tp_bytes_allocated() {
 void tp_die(const char* text) {
   fprintf(stderr, "TP>> internal error: %s\n", text);
   print_support_message();
-  if (tp_death_hook) tp_death_hook();
-  exit(1);
+  end_failing_run();
 }
 
 // ---------------------------------------------------------------------------------------------

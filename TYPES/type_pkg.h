@@ -359,7 +359,5 @@ bool compatible_types(const TYPE* a, const TYPE* b, bool relaxed = false);
 void* tp_alloc(size_t bytes);
 void tp_free(void* p, size_t bytes);
 size_t tp_bytes_allocated();
-// Called by tp_die before it exits, so that the driver can remove the output. May be null.
-extern void (*tp_death_hook)();
 // "TP>> internal error: %s\n", the support message, exit with status 1.
 [[noreturn]] void tp_die(const char* text);

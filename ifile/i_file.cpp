@@ -2,6 +2,8 @@
 
 #include "ifile/i_file.h"
 
+#include "DIAG/abort.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -15,14 +17,10 @@ constexpr int COPY_BUFFER = 8192;
 constexpr unsigned long RECORD_BUFFER = 32768; // and the step of its growth
 
 IF_NODE_INFO if_node_info[FIRST_MEMORY_OP];
-void (*if_death_hook)();
 
 void if_die(const char* message) {
   fprintf(stderr, "%s\n", message);
-  if (if_death_hook) if_death_hook();
-  // The reader is in the middle of something: nothing is taken apart.
-  fflush(stdout);
-  _exit(1);
+  end_failing_run();
 }
 
 void if_enter_node(int code, const char* name, int operands) {

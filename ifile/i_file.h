@@ -89,10 +89,8 @@ extern IF_NODE_INFO if_node_info[FIRST_MEMORY_OP];
 void if_node_table_init();
 void if_enter_node(int code, const char* name, int operands);
 
-// Ends the run: `message` on standard error, status 1, by way of the hook below.
+// Ends the run: `message` on standard error, status 1.
 [[noreturn]] void if_die(const char* message);
-// Called by if_die before it exits, so that the driver can remove the output. May be null.
-extern void (*if_death_hook)();
 inline constexpr const char* INVALID_RECORD = "\nINTERNAL ERROR: Invalid I-code record, aborting";
 // Walks are recursive here and there, so that nesting has bounds.
 inline constexpr int MAX_RIGHT_DEPTH = 2000;     // right operands on the way to a node; open blocks

@@ -1,5 +1,6 @@
 #include "support/simul_fval.h"
 
+#include "DIAG/abort.h"
 #include "support/float_words.h"
 
 #include <bit>
@@ -38,7 +39,7 @@ void f_left_justify(simul_fval* v) {
   if (v->exp == F_SPECIAL_EXP || f_is_zero(v)) return;
   if (f_normalize(v->mant, &v->exp, F_MANT_WORDS) != 0) {
     fprintf(stderr, ">>>Internal Error: Illegal float representation!\n");
-    exit(1);
+    end_failing_run();
   }
 }
 

@@ -34,6 +34,7 @@
 #include <memory>
 #include <set>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace cc {
@@ -42,22 +43,19 @@ namespace {
 
 std::string output_path; // removed if the run fails
 
-void remove_output() {
-  std::error_code ignored;
+void remove_output(FAILING_END = END_IN_ORDER) {
+  struct stat info {};
   // A device is not ours to remove.
-  if (!output_path.empty() && std::filesystem::is_regular_file(output_path, ignored))
+  if (!output_path.empty() && stat(output_path.c_str(), &info) == 0 && S_ISREG(info.st_mode))
     unlink(output_path.c_str());
 }
 
-void end_failing_run(const char* text) {
-  remove_output();
+void tell_of_failure(const char* text) {
   fprintf(stderr, "icode-cc: internal error: %s\n", text ? text : "aborted");
-  _exit(1);
 }
 
 void end_after_signal() {
-  remove_output();
-  _exit(1);
+  end_failing_run(END_IN_SIGNAL);
 }
 
 // The parser recurses with the nesting of the source, and an operator's operands nest: a sum of
@@ -404,11 +402,10 @@ int run_compiler(int argc, char** argv) {
   }
   tool_name = "icode-cc";
   ask_for_a_large_stack();
-  set_abort_handler(end_failing_run);
+  set_failing_end_hook(remove_output);
+  set_abort_handler(tell_of_failure);
   install_common_handlers(common_signal_end, end_after_signal);
   set_signal_note("if the source is nested very deeply, the stack may have been too small");
-  if_death_hook = tp_death_hook = remove_output;
-  install_out_of_memory_handler(remove_output);
   const int status = compile(command);
   erase_all_symbols();
   delete tp; // with all its types

@@ -299,7 +299,7 @@ TEST_F(DiagDeathTest, EndsOfARun) {
   DIAGNOSTIC::fp_m = nullptr;
   EXPECT_EXIT(
       {
-        DIAGNOSTIC::exit_hook_m = [] { fputs("hook\n", stderr); };
+        set_failing_end_hook([](FAILING_END) { fputs("hook\n", stderr); });
         DIAG::invalid_option("--x").report();
         _exit(7); // never reached
       },
