@@ -47,7 +47,7 @@ char real_output_name[PATH_MAX]; // behind all links
 bool command_line_is_written;
 std::string debug_file_path, info_file_path;
 
-constexpr const char* VERSION_TEXT = "1.0";
+constexpr const char* VERSION_TEXT = VRX_VERSION;
 
 // The path less its extension.
 std::string fn_delext(const char* path) {
