@@ -12,17 +12,13 @@ void set_failing_end_hook(void (*hook)(FAILING_END how)) {
   failing_end_hook = hook;
 }
 
-void before_failing_end(FAILING_END how) {
-  if (failing_end_hook) failing_end_hook(how);
-}
-
 void end_process(int status) {
   fflush(stdout);
   _exit(status);
 }
 
 void end_failing_run(FAILING_END how) {
-  before_failing_end(how);
+  if (failing_end_hook) failing_end_hook(how);
   if (how == END_IN_SIGNAL) _exit(1);
   end_process(1);
 }

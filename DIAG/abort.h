@@ -8,7 +8,6 @@ enum FAILING_END { END_IN_ORDER, END_IN_SIGNAL };
 
 // What goes first. Null for nothing.
 void set_failing_end_hook(void (*hook)(FAILING_END how));
-void before_failing_end(FAILING_END how);
 // The hook, then the end. What was printed goes out unless the end is END_IN_SIGNAL's.
 [[noreturn]] void end_failing_run(FAILING_END how = END_IN_ORDER);
 // The end of the process in the middle of things, for good or bad.

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <unistd.h>
 #include <unordered_map>
 
 bool DIAGNOSTIC::wrap_enabled_m = true;
@@ -191,7 +190,7 @@ char* DIAGNOSTIC::sp_vprint(const char* format, va_list args) {
   char* buffer = get_sp_buffer();
   if (!buffer) {
     fputs("OUT OF MEMORY - APPLICATION ABORTED\n", stderr);
-    end_process();
+    end_failing_run();
   }
   *buffer = 0;
   vsnprintf(buffer, sp_size, format, again);
@@ -310,13 +309,9 @@ void DIAGNOSTIC::flush() {
   if (info->severity >= SEV_ERROR && !suppress()) error_count_m++;
   if (info->severity >= SEV_FATAL) {
     if (info->is_internal) abort();
-    end_process();
+    end_failing_run();
   }
   if (error_count_m > max_errors_m) DIAG::max_errors(error_count_m).report();
-}
-
-void DIAGNOSTIC::end_process() const {
-  end_failing_run();
 }
 
 // ---------------------------------------------------------------------------------------------

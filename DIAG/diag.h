@@ -130,5 +130,4 @@ private:
 
   void put(const char* text);
   void put_raw(const char* text, size_t n);
-  [[noreturn]] void end_process() const;
 };

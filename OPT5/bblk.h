@@ -48,9 +48,6 @@ public:
 
   explicit BBLK(FUNINFO* fi);
   ~BBLK() override; // leaves its edges and statements to the function's memory
-  static void* operator new(size_t size, FUNINFO& fi); // a place in the function's memory
-  static void operator delete(void*) {}
-  static void operator delete(void*, FUNINFO&) {}
   bool is_in_LIR_form() const { return fn != nullptr; }
   std::string str() const;
   LIST* last_statement() const; // null for an empty block
@@ -59,7 +56,7 @@ public:
 // --- Building
 void buildcfg();
 void rebuildcfg();
-BBLK* mkbblock(LIST* statements, BBLK* uon_next, FUNINFO* fi);
+BBLK* mkbblock(LIST* statements, BBLK* uon_next, FUNINFO* fi); // in the function's memory
 LBL* mklabel(int number, LBL* chain, BBLK* bb);
 LBL* find_label(int number); // ends the run if there is none
 void renumber_bblocks();

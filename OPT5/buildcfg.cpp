@@ -43,7 +43,7 @@ LBL* find_label(int number) {
 }
 
 BBLK* mkbblock(LIST* statements, BBLK* uon_next, FUNINFO* fi) {
-  auto* bb = new (*fi) BBLK(fi);
+  auto* bb = new (fi->memory.arena.alloc(sizeof(BBLK))) BBLK(fi);
   bb->statements = statements;
   bb->uon_link = uon_next;
   for (const LIST* s = statements; s; s = s->next) {

@@ -199,23 +199,16 @@ void fixup_edge_lists(BBLK* bb, NODE* old_branch) {
 
 BBLK* insert_new_bb(int dfn, BBLK* after, LIST* statements) {
   FUNINFO* fi = currfuninfo;
-  auto* bb = new (*fi) BBLK(fi);
+  BBLK* bb = mkbblock(statements, after->uon_link, fi);
   bb->uon = -1;
   bb->dfn = dfn;
-  bb->statements = statements;
   bb->dflink = after->dflink;
   after->dflink = bb;
   bb->rdflink = after;
   // The backward chain closes at the entry.
   (bb->dflink ? bb->dflink : fi->bb_list)->rdflink = bb;
-  bb->uon_link = after->uon_link;
   after->uon_link = bb;
   bb->label = mklabel(dfn, nullptr, bb);
-  for (const LIST* s = statements; s; s = s->next)
-    if (s->psn) {
-      if (!bb->first_psn) bb->first_psn = s->psn;
-      bb->last_psn = s->psn;
-    }
   fi->bb_count++;
   clear_PT_vectors();
   mark_dominators_stale();
@@ -329,10 +322,6 @@ void erase_bblock(BBLK* bb) {
   erase_edge_list(bb->predecessors);
   erase_edge_list(bb->successors);
   bb->~BBLK(); // the place goes with the function's memory
-}
-
-void* BBLK::operator new(size_t size, FUNINFO& fi) {
-  return fi.memory.arena.alloc(size);
 }
 
 BBLK::BBLK(FUNINFO* fi) : serial_object<BBLK, FUNINFO>(*fi) {}

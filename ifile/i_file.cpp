@@ -40,14 +40,20 @@ void if_node_table_init() {
 // ---------------------------------------------------------------------------------------------
 // Opening and closing
 
-// The header's tag, its length of up to five bytes, and the magic text.
-static bool begins_with_magic(const std::vector<unsigned char>& bytes) {
+// Is it the header's tag, a length of up to five bytes, and the magic text? Gives the length, and
+// where what it counts begins. By hand, so that a file of another kind is rejected and does not
+// die.
+static bool begins_with_magic(const std::vector<unsigned char>& bytes, size_t& at, size_t& length) {
   if (bytes.empty() || bytes[0] != TAG_HEADER) return false;
-  size_t at = 1;
-  while (at < bytes.size() && at < 5 && bytes[at] & 0x80)
-    at++;
-  at++;
-  return bytes.size() >= at + sizeof ICODE_MAGIC &&
+  at = 1;
+  length = 0;
+  for (int shift = 0;; shift += 7) {
+    if (at >= bytes.size() || shift > 28) return false;
+    const unsigned b = bytes[at++];
+    length |= static_cast<size_t>(b & 0x7F) << shift;
+    if (!(b & 0x80)) break;
+  }
+  return bytes.size() - at >= sizeof ICODE_MAGIC &&
          memcmp(bytes.data() + at, ICODE_MAGIC, sizeof ICODE_MAGIC) == 0;
 }
 
@@ -60,8 +66,11 @@ I_FILE* I_FILE::if_open(FILE* fp, IF_CLIENT* client) {
   file->base = ftell(fp);
   unsigned char chunk[STREAM_BUFFER];
   while (size_t n = fread(chunk, 1, sizeof chunk, fp)) {
+    const bool is_first = file->bytes.empty();
     file->bytes.insert(file->bytes.end(), chunk, chunk + n);
-    if (!begins_with_magic(file->bytes)) break; // no reason to read on, maybe without end
+    size_t at, length;
+    if (is_first && !begins_with_magic(file->bytes, at, length))
+      break; // no reason to read on, maybe without end
   }
   file->file_size = file->bytes.size();
 
@@ -76,22 +85,13 @@ I_FILE* I_FILE::if_open(FILE* fp, IF_CLIENT* client) {
 }
 
 bool I_FILE::read_magic() {
-  // The header is checked by hand, so that a file of another kind is rejected and does not die.
   const unsigned long magic_len = sizeof ICODE_MAGIC;
-  if (file_size < 2 || bytes[0] != TAG_HEADER) return false;
-  int tag, len;
-  pos = 1;
-  unsigned long length = 0;
-  for (int shift = 0;; shift += 7) {
-    if (pos >= file_size || shift > 28) return false;
-    unsigned b = bytes[pos++];
-    length |= static_cast<unsigned long>(b & 0x7F) << shift;
-    if (!(b & 0x80)) break;
-  }
+  size_t length;
+  if (!begins_with_magic(bytes, pos, length)) return false;
   if (length > bytes_left() || length < magic_len + 4 + 20 + 1) return false;
   const unsigned long header_end = pos + length;
-  if (memcmp(&bytes[pos], ICODE_MAGIC, magic_len) != 0) return false;
   if (!memchr(&bytes[pos + magic_len + 24], 0, length - magic_len - 24)) return false;
+  int tag, len;
   pos = 0;
   i_read_header(tag, len);
   pos += magic_len;

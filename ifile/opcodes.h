@@ -70,16 +70,15 @@ namespace operator_trait {
 constexpr unsigned NONE = 0;
 constexpr unsigned BINARY = 1 << 0;       // arithmetic of two operands in the node's type
 constexpr unsigned UNARY = 1 << 1;        // arithmetic of one operand in the node's type
-constexpr unsigned CONVERTS = 1 << 2;     // the operand's value in another type
-constexpr unsigned TRUTH = 1 << 3;        // the value is 0 or 1
-constexpr unsigned UPDATES = 1 << 4;      // assigns a value computed from the old one
-constexpr unsigned FOLDS = 1 << 5;        // of constants it gives a constant
-constexpr unsigned PLACE = 1 << 6;        // stands for a place in memory or a register
-constexpr unsigned READS = 1 << 7;        // may read memory, or a variable
-constexpr unsigned WRITES = 1 << 8;       // may write memory, or a variable
-constexpr unsigned STATEMENT = 1 << 9;    // never part of another tree
-constexpr unsigned PART = 1 << 10;        // stands only in the place made for it
-constexpr unsigned NO_PIPELINE = 1 << 11; // keeps its loop out of software pipelining
+constexpr unsigned TRUTH = 1 << 2;        // the value is 0 or 1
+constexpr unsigned UPDATES = 1 << 3;      // assigns a value computed from the old one
+constexpr unsigned FOLDS = 1 << 4;        // of constants it gives a constant
+constexpr unsigned PLACE = 1 << 5;        // stands for a place in memory or a register
+constexpr unsigned READS = 1 << 6;        // may read memory, or a variable
+constexpr unsigned WRITES = 1 << 7;       // may write memory, or a variable
+constexpr unsigned STATEMENT = 1 << 8;    // never part of another tree
+constexpr unsigned PART = 1 << 9;         // stands only in the place made for it
+constexpr unsigned NO_PIPELINE = 1 << 10; // keeps its loop out of software pipelining
 } // namespace operator_trait
 
 struct OPERATOR_ROW {

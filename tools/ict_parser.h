@@ -20,7 +20,6 @@ struct Attribute {
 };
 using Attributes = std::map<std::string, Attribute>;
 
-// A scope of symbol names.
 // Names of a function's symbols by scope. Found are the innermost declaration in an open scope,
 // else that of the scope that ended last: code that was moved out of a block may still use its
 // names.

@@ -281,7 +281,7 @@ Place FunctionTranslator::object_assignment(uint32_t n) {
       copy(old.place, to, type.units);
     }
     LaneSource by = lane_source(x.right, false);
-    int op = plain_operator(x.op);
+    int op = operator_rows[x.op].plain;
     result = type.cls == C_COMPLEX ? complex_operation(op, type, old, &by)
                                    : lane_operation(op, type, old, &by);
   }

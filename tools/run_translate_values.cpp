@@ -64,10 +64,6 @@ bool is_unsigned_comparison(int op) {
 
 } // namespace
 
-int plain_operator(int assignment) {
-  return operator_rows[assignment].plain;
-}
-
 bool is_comparison(int op) {
   return is_integer_comparison(op) || is_floating_comparison(op);
 }
@@ -499,7 +495,7 @@ Operand FunctionTranslator::operation_assignment(uint32_t n, uint32_t want, bool
     object_assignment(n);
     return {};
   }
-  int op = plain_operator(x.op);
+  int op = operator_rows[x.op].plain;
   Scalar type = scalar(x.left);
   uint32_t save = top;
   bool right_writes = facts[x.right] & WRITES_REG;

@@ -195,7 +195,5 @@ struct FunctionTranslator {
 // The FEQ family's member for a comparison that may name an integer operator.
 int float_comparison(int op);
 bool is_comparison(int op);
-// The operator that an operator-assignment applies.
-int plain_operator(int assignment);
 
 } // namespace icode::run
