@@ -3,8 +3,8 @@
 #include "OPT5/driver.h"
 #include "OPT5/opt_client.h"
 #include "ifile/i_file.h"
-#include "tools/icode_unit.h"
-#include "tools/ict_parse.h"
+#include "tools/text/parse.h"
+#include "tools/unit/unit.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,7 +18,7 @@
 
 namespace {
 
-struct Sample {
+struct SAMPLE_FILE {
   std::string path;
   size_t bytes;
   size_t nodes;
@@ -45,11 +45,11 @@ std::string unit_text(int functions) {
   return text;
 }
 
-const Sample& sample(int functions) {
-  static std::map<int, Sample> made;
-  Sample& s = made[functions];
+const SAMPLE_FILE& sample(int functions) {
+  static std::map<int, SAMPLE_FILE> made;
+  SAMPLE_FILE& s = made[functions];
   if (!s.path.empty()) return s;
-  icode::Unit unit;
+  icode::UNIT unit;
   std::string error;
   std::string bytes;
   if (!icode::parse_text(unit_text(functions), "generated.ict", unit, error) ||
@@ -82,7 +82,7 @@ double measured_run(const std::string& path, double& peak_bytes) {
 }
 
 void BM_ReadWrite(benchmark::State& state) {
-  const Sample& s = sample(static_cast<int>(state.range(0)));
+  const SAMPLE_FILE& s = sample(static_cast<int>(state.range(0)));
   double empty_peak = 0, peak = 0;
   measured_run(sample(1).path, empty_peak);
   measured_run(s.path, peak); // the system finds large pages for the first one
@@ -97,7 +97,7 @@ void BM_ReadWrite(benchmark::State& state) {
 
 // The file layer alone: the frames of all records, read and passed over.
 void BM_ReadFrames(benchmark::State& state) {
-  const Sample& s = sample(static_cast<int>(state.range(0)));
+  const SAMPLE_FILE& s = sample(static_cast<int>(state.range(0)));
   for (auto _ : state) {
     I_FILE* in = I_FILE::if_open(fopen(s.path.c_str(), "rb"), opt_client());
     if (!in->if_check_lengths()) abort();
@@ -129,7 +129,7 @@ void BM_WriteRecords(benchmark::State& state) {
 
 // The measure of both: bytes of that number copied once.
 void BM_CopyBytes(benchmark::State& state) {
-  const Sample& s = sample(static_cast<int>(state.range(0)));
+  const SAMPLE_FILE& s = sample(static_cast<int>(state.range(0)));
   const std::string from(s.bytes, 'x');
   std::string to(s.bytes, 'y');
   for (auto _ : state) {

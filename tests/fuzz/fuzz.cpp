@@ -6,8 +6,9 @@
 // A case that breaks a rule is kept in DIR (default ".") under its number; the same seed makes the
 // same cases.
 #include "OPT5/driver.h"
-#include "tools/icode_unit.h"
-#include "tools/ict_print.h"
+#include "tools/run/command.h"
+#include "tools/text/print.h"
+#include "tools/unit/unit.h"
 
 #include <csignal>
 #include <cstdio>
@@ -23,15 +24,13 @@
 #include <unistd.h>
 #include <vector>
 
-int icode_run_main(int argc, char** argv);
-
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using BYTES = std::vector<uint8_t>;
 
-struct Random {
+struct RANDOM {
   uint64_t state;
-  explicit Random(uint64_t seed) : state(seed * 0x9E3779B97F4A7C15u + 1) {}
+  explicit RANDOM(uint64_t seed) : state(seed * 0x9E3779B97F4A7C15u + 1) {}
   uint64_t next() {
     state ^= state << 13;
     state ^= state >> 7;
@@ -41,8 +40,8 @@ struct Random {
   size_t below(size_t n) { return n ? next() % n : 0; }
 };
 
-Bytes read_bytes(const char* path) {
-  Bytes bytes;
+BYTES read_bytes(const char* path) {
+  BYTES bytes;
   if (FILE* fp = fopen(path, "rb")) {
     uint8_t chunk[4096];
     while (size_t n = fread(chunk, 1, sizeof chunk, fp))
@@ -53,7 +52,7 @@ Bytes read_bytes(const char* path) {
 }
 
 // The start of a record of the function stream: records are spliced and cut where they begin.
-std::vector<size_t> record_starts(const Bytes& bytes) {
+std::vector<size_t> record_starts(const BYTES& bytes) {
   std::vector<size_t> starts;
   for (size_t at = 0; at < bytes.size();) {
     starts.push_back(at);
@@ -69,7 +68,7 @@ std::vector<size_t> record_starts(const Bytes& bytes) {
   return starts;
 }
 
-void mutate(Bytes& bytes, const std::vector<Bytes>& seeds, Random& random) {
+void mutate(BYTES& bytes, const std::vector<BYTES>& seeds, RANDOM& random) {
   static const uint8_t telling[] = {0, 1, 2, 0x7F, 0x80, 0xFE, 0xFF};
   if (bytes.empty()) return;
   const size_t at = random.below(bytes.size());
@@ -85,7 +84,7 @@ void mutate(Bytes& bytes, const std::vector<Bytes>& seeds, Random& random) {
     break;
   }
   default: { // whole records of some file in, in front of a record of this one
-    const Bytes& from = seeds[random.below(seeds.size())];
+    const BYTES& from = seeds[random.below(seeds.size())];
     const std::vector<size_t> there = record_starts(from), here = record_starts(bytes);
     const size_t first = random.below(there.size());
     const size_t last = std::min(there.size(), first + 1 + random.below(6));
@@ -101,14 +100,14 @@ void mutate(Bytes& bytes, const std::vector<Bytes>& seeds, Random& random) {
   }
 }
 
-enum Tool { MID, DIS, RUN, TOOL_COUNT };
+enum TOOL { MID, DIS, RUN, TOOL_COUNT };
 const char* const tool_names[] = {"vrx-mid", "icode-dis", "icode-run"};
 
-struct Paths {
+struct PATHS {
   std::string in, out;
 };
 
-int run_tool(Tool tool, const Paths& paths) {
+int run_tool(TOOL tool, const PATHS& paths) {
   std::string in = paths.in, out = paths.out;
   switch (tool) {
   case MID: {
@@ -117,8 +116,8 @@ int run_tool(Tool tool, const Paths& paths) {
     return run_compilation(4, args);
   }
   case DIS: {
-    const Bytes bytes = read_bytes(in.c_str());
-    icode::Unit unit;
+    const BYTES bytes = read_bytes(in.c_str());
+    icode::UNIT unit;
     std::string error;
     if (!icode::decode_unit(bytes, unit, error)) return 1;
     icode::print_unit(unit);
@@ -127,7 +126,7 @@ int run_tool(Tool tool, const Paths& paths) {
   default: {
     std::string name = "icode-run", limit = "--max-steps", steps = "200000";
     char* args[] = {name.data(), limit.data(), steps.data(), in.data(), nullptr};
-    return icode_run_main(4, args);
+    return icode::run::run_command(4, args);
   }
   }
 }
@@ -143,16 +142,16 @@ bool exists(const std::string& path) {
 }
 
 // What a worker's runner tells the worker, in memory that both see.
-struct Progress {
+struct PROGRESS {
   long case_number; // the case at work
-  Tool tool;        // the tool at work; TOOL_COUNT ahead of the first one of a case
+  TOOL tool;        // the tool at work; TOOL_COUNT ahead of the first one of a case
   double start;     // of that tool
   char fault[700];  // what is wrong with a tool that came back
 };
 
-Bytes case_bytes(long number, uint64_t seed, const std::vector<Bytes>& seeds) {
-  Random random(seed + static_cast<uint64_t>(number) * 7919);
-  Bytes bytes = seeds[random.below(seeds.size())];
+BYTES case_bytes(long number, uint64_t seed, const std::vector<BYTES>& seeds) {
+  RANDOM random(seed + static_cast<uint64_t>(number) * 7919);
+  BYTES bytes = seeds[random.below(seeds.size())];
   // Half of them with one change only: most changes are refused early, and what gets through a few
   // of them seldom goes deep.
   for (size_t n = random.below(2) ? 1 : 1 + random.below(4); n; n--)
@@ -160,7 +159,7 @@ Bytes case_bytes(long number, uint64_t seed, const std::vector<Bytes>& seeds) {
   return bytes;
 }
 
-void write_bytes(const std::string& path, const Bytes& bytes) {
+void write_bytes(const std::string& path, const BYTES& bytes) {
   if (FILE* to = fopen(path.c_str(), "wb")) {
     fwrite(bytes.data(), 1, bytes.size(), to);
     fclose(to);
@@ -168,13 +167,13 @@ void write_bytes(const std::string& path, const Bytes& bytes) {
 }
 
 // What is wrong with a run that ended with that status after these seconds, or an empty text.
-std::string judge(Tool tool, int code, double seconds, const Paths& paths) {
+std::string judge(TOOL tool, int code, double seconds, const PATHS& paths) {
   if (code != 0 && code != 1 && !(tool == RUN && code >= 0))
     return "status " + std::to_string(code);
   if (seconds > 2) return std::to_string(seconds) + " seconds";
   if (tool != MID) return "";
   if (code == 1) return exists(paths.out) ? "output behind status 1" : "";
-  icode::Unit unit;
+  icode::UNIT unit;
   std::string error;
   if (!icode::decode_unit(read_bytes(paths.out.c_str()), unit, error))
     return "output is damaged: " + error;
@@ -184,8 +183,8 @@ std::string judge(Tool tool, int code, double seconds, const Paths& paths) {
 // Runs cases one after another until one of them ends the process, which vrx-mid does when it
 // refuses a file. To start a process takes longer than a case: so icode-dis and icode-run, which
 // always come back, run first, and what vrx-mid accepts leaves a process that can go on.
-[[noreturn]] void run_cases(Progress& progress, long step, long count, uint64_t seed,
-                            const std::vector<Bytes>& seeds, const Paths& paths) {
+[[noreturn]] void run_cases(PROGRESS& progress, long step, long count, uint64_t seed,
+                            const std::vector<BYTES>& seeds, const PATHS& paths) {
   const int null = open("/dev/null", O_RDWR);
   const int log = open((paths.in + ".log").c_str(), O_RDWR | O_CREAT | O_TRUNC | O_APPEND, 0600);
   dup2(null, 0);
@@ -196,7 +195,7 @@ std::string judge(Tool tool, int code, double seconds, const Paths& paths) {
   for (; progress.case_number < count; progress.case_number += step) {
     write_bytes(paths.in, case_bytes(progress.case_number, seed, seeds));
     unlink(paths.out.c_str());
-    for (Tool tool : {DIS, RUN, MID}) {
+    for (TOOL tool : {DIS, RUN, MID}) {
       if (ftruncate(2, 0) != 0) _exit(3);
       progress.tool = tool;
       progress.start = now();
@@ -213,10 +212,10 @@ std::string judge(Tool tool, int code, double seconds, const Paths& paths) {
 }
 
 // How the runner's process ended: what is wrong with the case at work, or an empty text.
-std::string end_of_runner(int status, const Progress& progress, const Paths& paths) {
+std::string end_of_runner(int status, const PROGRESS& progress, const PATHS& paths) {
   if (progress.fault[0]) return progress.fault;
   if (WIFSIGNALED(status)) return "killed by signal " + std::to_string(WTERMSIG(status));
-  const Bytes log = read_bytes((paths.in + ".log").c_str());
+  const BYTES log = read_bytes((paths.in + ".log").c_str());
   const std::string text(log.begin(), log.end());
   for (const char* report : {"AddressSanitizer", "runtime error:", "INTERNAL ERROR: C/C++"})
     if (size_t at = text.find(report); at != std::string::npos) return text.substr(at, 600);
@@ -224,14 +223,14 @@ std::string end_of_runner(int status, const Progress& progress, const Paths& pat
 }
 
 int fuzz(uint64_t seed, long first, long step, long count, const std::string& keep,
-         const std::vector<Bytes>& seeds) {
+         const std::vector<BYTES>& seeds) {
   char folder[] = "/tmp/fuzzXXXXXX";
   if (!mkdtemp(folder)) return 1;
-  const Paths paths{std::string(folder) + "/in.icode", std::string(folder) + "/out.icode"};
+  const PATHS paths{std::string(folder) + "/in.icode", std::string(folder) + "/out.icode"};
   void* shared =
-      mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+      mmap(nullptr, sizeof(PROGRESS), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (shared == MAP_FAILED) return 1;
-  auto& progress = *new (shared) Progress{};
+  auto& progress = *new (shared) PROGRESS{};
   int faults = 0;
   for (progress.case_number = first; progress.case_number < count; progress.case_number += step) {
     const long number = progress.case_number;
@@ -253,7 +252,7 @@ int fuzz(uint64_t seed, long first, long step, long count, const std::string& ke
     write_bytes(keep + "/case-" + std::to_string(progress.case_number) + ".icode",
                 case_bytes(progress.case_number, seed, seeds));
   }
-  munmap(shared, sizeof(Progress));
+  munmap(shared, sizeof(PROGRESS));
   for (const std::string& path : {paths.in, paths.out, paths.in + ".log"})
     unlink(path.c_str());
   rmdir(folder);
@@ -266,7 +265,7 @@ int main(int argc, char** argv) {
   uint64_t seed = 1;
   long count = 1000, jobs = 2;
   std::string keep = ".";
-  std::vector<Bytes> seeds;
+  std::vector<BYTES> seeds;
   for (int k = 1; k < argc; k++) {
     const std::string arg = argv[k];
     if (arg == "--seed" && k + 1 < argc)
@@ -277,7 +276,7 @@ int main(int argc, char** argv) {
       jobs = strtol(argv[++k], nullptr, 0);
     else if (arg == "--keep" && k + 1 < argc)
       keep = argv[++k];
-    else if (Bytes bytes = read_bytes(argv[k]); !bytes.empty())
+    else if (BYTES bytes = read_bytes(argv[k]); !bytes.empty())
       seeds.push_back(bytes);
     else {
       fprintf(stderr, "fuzz: %s: cannot read\n", argv[k]);

@@ -1,7 +1,7 @@
 // The container: records in, records out, and the walks over a file's bytes.
 #include "file_fixture.h"
-#include "tools/icode_bytes.h"
-#include "tools/icode_unit.h"
+#include "tools/unit/bytes.h"
+#include "tools/unit/unit.h"
 
 #include <functional>
 #include <sys/resource.h>
@@ -72,7 +72,7 @@ struct LOG_CLIENT : TYPE_CLIENT {
   }
 };
 
-class IcodeFile : public testing::Test {
+class ICODE_FILE : public testing::Test {
 protected:
   std::unique_ptr<TYPE_PKG> pkg{TYPE_PKG::init_type_pkg()};
   LOG_CLIENT client;
@@ -123,7 +123,7 @@ PSN* at(unsigned line) {
 
 } // namespace
 
-TEST_F(IcodeFile, EveryRecordOfAFunction) {
+TEST_F(ICODE_FILE, EveryRecordOfAFunction) {
   FILE_PTR out = create(path);
   TYPED_SYMBOL* f = symbol("f");
   out->if_enter_global(f);
@@ -190,7 +190,7 @@ TEST_F(IcodeFile, EveryRecordOfAFunction) {
 
 // Functions one by one: skipped, read from where the file stands, and read at an offset. The
 // stream is that of another file, copied in pieces.
-TEST_F(IcodeFile, FunctionsOneByOne) {
+TEST_F(ICODE_FILE, FunctionsOneByOne) {
   FILE_PTR out = create(path);
   const size_t lengths[3] = {20000, 3, 8192};
   unsigned long starts[4];
@@ -242,7 +242,7 @@ TEST_F(IcodeFile, FunctionsOneByOne) {
   EXPECT_EQ(contents(second_path), first);
 }
 
-TEST_F(IcodeFile, FramesAreChecked) {
+TEST_F(ICODE_FILE, FramesAreChecked) {
   FILE_PTR out = create(path);
   out->if_enter_global(symbol("f"));
   out->if_write_comment("before");
@@ -278,7 +278,7 @@ TEST_F(IcodeFile, FramesAreChecked) {
 
 // The number of a file that the table lacks has no name, whatever the symbols before it have.
 // A field of 32 bits holds no more: 2^32 is not taken for 0, as a level of it would name a global.
-TEST_F(IcodeFile, WideReferencesAreRefused) {
+TEST_F(ICODE_FILE, WideReferencesAreRefused) {
   using WRITE = std::function<void(I_FILE&, unsigned long)>; // the second is added to one field
   auto record = [](int tag, std::vector<unsigned long> fields, size_t wide) -> WRITE {
     return [=](I_FILE& f, unsigned long more) {
@@ -346,7 +346,7 @@ TEST_F(IcodeFile, WideReferencesAreRefused) {
   }
 }
 
-TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
+TEST_F(ICODE_FILE, PositionsOutsideOfTheTable) {
   FILE_PTR out = create(path);
   out->if_enter_global(symbol("a", make_psn("a.c", 1, 1)));
   out->if_enter_global(symbol("b", make_psn("b.c", 2, 1)));
@@ -369,7 +369,7 @@ TEST_F(IcodeFile, PositionsOutsideOfTheTable) {
 
 // A field of 32 bits takes the low ones of what is written, however long that is, here and in the
 // tools; a constant that needs more travels as decimal text.
-TEST_F(IcodeFile, SignedNumbers) {
+TEST_F(ICODE_FILE, SignedNumbers) {
   const std::pair<std::string, int32_t> fields[] = {
       {std::string("\0", 1), 0},
       {"\x7f", -1},
@@ -399,14 +399,14 @@ TEST_F(IcodeFile, SignedNumbers) {
   int tag, len;
   in->if_seek(start);
   in->i_read_header(tag, len);
-  icode::Reader reader({reinterpret_cast<const uint8_t*>(all.data()), all.size()});
+  icode::READER reader({reinterpret_cast<const uint8_t*>(all.data()), all.size()});
   for (const auto& [bytes, value] : fields) {
     EXPECT_EQ(in->i_read_sint(), value);
     EXPECT_EQ(reader.sint(), value);
   }
 }
 
-TEST_F(IcodeFile, SignedNumbersOf64Bits) {
+TEST_F(ICODE_FILE, SignedNumbersOf64Bits) {
   const long values[] = {0, -1, 63, -64, INT32_MAX + 1l, INT32_MIN - 1l, INT64_MAX, INT64_MIN};
   FILE_PTR out = create(path);
   const unsigned long start = out->if_tell();
@@ -423,7 +423,7 @@ TEST_F(IcodeFile, SignedNumbersOf64Bits) {
     EXPECT_EQ(in->i_read_wide_sint(), v);
 }
 
-TEST_F(IcodeFile, RecordsGrowAndMemoryEnds) {
+TEST_F(ICODE_FILE, RecordsGrowAndMemoryEnds) {
   FILE_PTR out = create(path);
   for (size_t length : {32767, 32768, 100000})
     out->if_write_comment(std::string(length, 'c').c_str());
@@ -453,11 +453,11 @@ TEST_F(IcodeFile, RecordsGrowAndMemoryEnds) {
 }
 
 // What has no place in a file, or no meaning, is refused by name, here and in the tools.
-class IcodeFileForms : public IcodeFile {
+class ICODE_FILE_FORMS : public ICODE_FILE {
 protected:
   std::string tools_message() const {
     const std::string bytes = contents(path);
-    icode::Unit unit;
+    icode::UNIT unit;
     std::string error;
     const auto* begin = reinterpret_cast<const uint8_t*>(bytes.data());
     return icode::decode_unit({begin, bytes.size()}, unit, error) ? "" : error;
@@ -475,7 +475,7 @@ protected:
   }
 };
 
-TEST_F(IcodeFileForms, AFileNameInTheFunctionStream) {
+TEST_F(ICODE_FILE_FORMS, AFileNameInTheFunctionStream) {
   FILE_PTR out = create(path);
   out->i_write_string("b.c");
   out->i_flush(TAG_FILE_NAME);
@@ -483,7 +483,7 @@ TEST_F(IcodeFileForms, AFileNameInTheFunctionStream) {
   expect_refused("File name in the function stream", "a file name in the function stream");
 }
 
-TEST_F(IcodeFileForms, APragmaWithoutASymbolAmongTheGlobals) {
+TEST_F(ICODE_FILE_FORMS, APragmaWithoutASymbolAmongTheGlobals) {
   struct HAS_MORE_PRAGMAS : TYPED_SYMBOL {
     PRAGMA more;
     explicit HAS_MORE_PRAGMAS(TYPE* t) : TYPED_SYMBOL(t, "x", nullptr) { more.kind = 7; }
@@ -496,7 +496,7 @@ TEST_F(IcodeFileForms, APragmaWithoutASymbolAmongTheGlobals) {
   expect_refused("Pragma without a symbol", "a pragma without a symbol among the globals");
 }
 
-TEST_F(IcodeFileForms, AnEnumerationOfSize0) {
+TEST_F(ICODE_FILE_FORMS, AnEnumerationOfSize0) {
   FILE_PTR out = create(path);
   out->if_enter_global(symbol_of(pkg->mk_enum("e", pkg->mk_plain_int(), 0, 16)));
   ASSERT_EQ(out->if_close(false, false), 0);
@@ -504,7 +504,7 @@ TEST_F(IcodeFileForms, AnEnumerationOfSize0) {
 }
 
 // template <class T, int n> struct holder
-TEST_F(IcodeFileForms, AClassParameterMayBeAType) {
+TEST_F(ICODE_FILE_FORMS, AClassParameterMayBeAType) {
   FILE_PTR out = create(path);
   TYPE* holder = pkg->mk_struct("holder");
   holder->size = holder->align = 16;

@@ -1,8 +1,8 @@
 // The record model: exactness over damaged files, versions, look-ups, depth.
-#include "tools/icode_records.h"
-#include "tools/icode_unit.h"
-#include "tools/ict_parse.h"
-#include "tools/ict_print.h"
+#include "tools/text/parse.h"
+#include "tools/text/print.h"
+#include "tools/unit/records.h"
+#include "tools/unit/unit.h"
 
 #include <gtest/gtest.h>
 
@@ -12,32 +12,32 @@ using namespace icode;
 
 namespace {
 
-Unit unit_of(const std::string& text) {
-  Unit unit;
+UNIT unit_of(const std::string& text) {
+  UNIT unit;
   std::string error;
   EXPECT_TRUE(parse_text(text, "test", unit, error)) << error;
   return unit;
 }
 
-std::string encoded(const Unit& unit, int version = NEWEST_VERSION) {
+std::string encoded(const UNIT& unit, int version = NEWEST_VERSION) {
   std::string bytes, error;
   EXPECT_TRUE(encode_unit(unit, version, bytes, error)) << error;
   return bytes;
 }
 
-bool decoded(const std::string& bytes, Unit& unit, std::string& error) {
+bool decoded(const std::string& bytes, UNIT& unit, std::string& error) {
   return decode_unit({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}, unit, error);
 }
 
-Unit decoded(const std::string& bytes) {
-  Unit unit;
+UNIT decoded(const std::string& bytes) {
+  UNIT unit;
   std::string error;
   EXPECT_TRUE(decoded(bytes, unit, error)) << error;
   return unit;
 }
 
 std::string error_of(const std::string& bytes) {
-  Unit unit;
+  UNIT unit;
   std::string error;
   EXPECT_FALSE(decoded(bytes, unit, error));
   return error;
@@ -45,7 +45,7 @@ std::string error_of(const std::string& bytes) {
 
 // From bytes to a unit, to text, to a unit, to bytes.
 void expect_exact(const std::string& bytes) {
-  Unit unit = decoded(bytes);
+  UNIT unit = decoded(bytes);
   EXPECT_EQ(encoded(unit, unit.version), bytes);
   std::string text = print_unit(unit);
   EXPECT_EQ(encoded(unit_of(text), unit.version), bytes) << text;
@@ -103,12 +103,12 @@ TEST(IcodeUnit, EmptyFileIsAHeaderAndAnEndMark) {
 }
 
 TEST(IcodeUnit, EveryVersionHoldsWhatItHasRoomFor) {
-  Unit unit = unit_of(SAMPLE);
+  UNIT unit = unit_of(SAMPLE);
   unit.extra_word = 0x1234;
   unit.globals[0].retention = 2;
-  for (int version = OLDEST_VERSION; version <= NEWEST_VERSION; ++version) {
+  for (int version = OLDEST_VERSION; version <= NEWEST_VERSION; version++) {
     std::string bytes = encoded(unit, version);
-    Unit again = decoded(bytes);
+    UNIT again = decoded(bytes);
     EXPECT_EQ(again.version, version);
     EXPECT_EQ(again.extra_word, version >= -83 ? 0x1234u : 0u);
     EXPECT_EQ(again.globals[0].retention, version >= -71 ? 2 : 0);
@@ -120,7 +120,7 @@ TEST(IcodeUnit, EveryVersionHoldsWhatItHasRoomFor) {
 TEST(IcodeUnit, RecordsWrittenInOtherBytesAreKept) {
   // A label's number in two groups, a bool of 2, an integer constant wider than 32 bits.
   std::string bytes = file_of_stream(std::string("\x2a\x02\x85\x00\xff", 5));
-  Unit unit = decoded(bytes);
+  UNIT unit = decoded(bytes);
   EXPECT_EQ(unit.items[0].index, 5u);
   EXPECT_EQ(unit.raws[unit.items[0].raw], std::string("\x2a\x02\x85\x00", 4));
   expect_exact(bytes);
@@ -132,7 +132,7 @@ TEST(IcodeUnit, RecordsWrittenInOtherBytesAreKept) {
 }
 
 TEST(IcodeUnit, UnusualLayoutIsKept) {
-  Unit unit = unit_of(SAMPLE);
+  UNIT unit = unit_of(SAMPLE);
   unit.layout = {{SEC_GLOBALS, "gap"}, {SEC_STREAM, ""},  {SEC_TYPES, ""},   {SEC_INITS, "x"},
                  {SEC_FILES, ""},      {SEC_OPTIONS, ""}, {SEC_TAIL, "tail"}};
   // The stream is found behind the header, so it can only stand first.
@@ -147,14 +147,14 @@ TEST(IcodeUnit, DamagedFilesAreExactOrRefused) {
   std::string sample = encoded(unit_of(SAMPLE));
   std::mt19937 random(1);
   int read = 0;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 3000; round++) {
     std::string bytes = sample;
     for (int n = int(random() % 3); n >= 0; --n) {
       char& byte = bytes[random() % bytes.size()];
       byte = char(random() % 3 ? byte ^ 1 << random() % 8 : random());
     }
     if (random() % 20 == 0) bytes.resize(random() % bytes.size());
-    Unit unit;
+    UNIT unit;
     std::string error;
     if (decoded(bytes, unit, error)) {
       ++read;
@@ -202,17 +202,17 @@ TEST(IcodeUnit, FaultsNameTheirPlace) {
 }
 
 TEST(IcodeUnit, TypeLookUpsSeeThroughNamesAndQualifiers) {
-  Unit unit = unit_of(SAMPLE);
-  const Symbol& i = unit.functions[0].locals[1];
-  const TypeInfo* word = find_type(unit, i.type);
+  UNIT unit = unit_of(SAMPLE);
+  const SYMBOL& i = unit.functions[0].locals[1];
+  const TYPE_INFO* word = find_type(unit, i.type);
   ASSERT_TRUE(word);
   EXPECT_EQ(word->kind, K_TYPEDEF);
   EXPECT_EQ(word->qualifiers, QUAL_CONST);
   EXPECT_EQ(resolved_type(unit, i.type)->kind, K_INTEGER);
   EXPECT_TRUE(is_signed_type(unit, i.type));
-  const TypeInfo* pointer = find_type(unit, unit.globals[1].type);
+  const TYPE_INFO* pointer = find_type(unit, unit.globals[1].type);
   EXPECT_FALSE(is_signed_type(unit, pointer->number));
-  const TypeInfo* node = resolved_type(unit, pointer->element);
+  const TYPE_INFO* node = resolved_type(unit, pointer->element);
   EXPECT_EQ(node->kind, K_STRUCT);
   EXPECT_EQ(node->units(), 4u);
   ASSERT_EQ(node->members.size(), 3u);
@@ -223,8 +223,8 @@ TEST(IcodeUnit, TypeLookUpsSeeThroughNamesAndQualifiers) {
 }
 
 TEST(IcodeUnit, SymbolsAndLabelsAreFoundByNumber) {
-  Unit unit = decoded(encoded(unit_of(SAMPLE)));
-  const Function& f = unit.functions[0];
+  UNIT unit = decoded(encoded(unit_of(SAMPLE)));
+  const FUNCTION& f = unit.functions[0];
   EXPECT_EQ(find_symbol(unit, &f, 0, 1)->name, "head");
   EXPECT_EQ(find_symbol(unit, &f, 1, 1)->name, "i") << "any level but 0 counts in the locals";
   EXPECT_EQ(find_symbol(unit, &f, 3, 2)->level, 3u);
@@ -238,7 +238,7 @@ TEST(IcodeUnit, SymbolsAndLabelsAreFoundByNumber) {
 }
 
 TEST(IcodeUnit, SizeOf22MeansAPointersSize) {
-  Unit unit = unit_of("icode -71 \"a.c\"\ntype p = ptr int size=22 align=0\nglobal x: p size=22\n");
+  UNIT unit = unit_of("icode -71 \"a.c\"\ntype p = ptr int size=22 align=0\nglobal x: p size=22\n");
   EXPECT_EQ(find_type(unit, unit.globals[0].type)->size, 32u);
   EXPECT_EQ(symbol_bits(unit.globals[0]), 32u);
   EXPECT_EQ(symbol_align(unit.globals[0]), 32u);
@@ -247,15 +247,15 @@ TEST(IcodeUnit, SizeOf22MeansAPointersSize) {
 TEST(IcodeUnit, TreesMayBeAMillionDeep) {
   constexpr uint32_t LEFT_DEPTH = 1000000, RIGHT_DEPTH = 300000;
   for (bool left : {true, false}) {
-    Unit unit = unit_of("icode -71 \"a.c\"\ntype int = int\ntype void = void\n");
-    Node leaf;
+    UNIT unit = unit_of("icode -71 \"a.c\"\ntype int = int\ntype void = void\n");
+    NODE leaf;
     leaf.op = ICON;
     leaf.type = 1;
     unit.nodes.push_back(leaf);
     uint32_t top = 0;
-    for (uint32_t i = 0; i < (left ? LEFT_DEPTH : RIGHT_DEPTH); ++i) {
+    for (uint32_t i = 0; i < (left ? LEFT_DEPTH : RIGHT_DEPTH); i++) {
       unit.nodes.push_back(leaf);
-      Node plus;
+      NODE plus;
       plus.op = PLUS;
       plus.type = 1;
       auto other = uint32_t(unit.nodes.size() - 1);
@@ -264,7 +264,7 @@ TEST(IcodeUnit, TreesMayBeAMillionDeep) {
       unit.nodes.push_back(plus);
       top = uint32_t(unit.nodes.size() - 1);
     }
-    Item item;
+    ITEM item;
     item.tag = TAG_EXPR;
     item.index = top;
     unit.items.push_back(item);
@@ -274,7 +274,7 @@ TEST(IcodeUnit, TreesMayBeAMillionDeep) {
 
 TEST(IcodeUnit, WhatNoFileHoldsIsRefused) {
   std::string bytes, error;
-  Unit unit = unit_of(SAMPLE);
+  UNIT unit = unit_of(SAMPLE);
   unit.nodes[unit.items[5].index].right = NONE;
   EXPECT_FALSE(encode_unit(unit, bytes, error));
   EXPECT_EQ(error, "an operator lacks an operand");

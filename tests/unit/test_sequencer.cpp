@@ -7,7 +7,7 @@
 #include "OPT5/streams.h"
 #include "OPT5/write.h"
 #include "ifile/i_file.h"
-#include "tools/icode_unit.h"
+#include "tools/unit/unit.h"
 
 #include <fstream>
 #include <iterator>
@@ -29,7 +29,7 @@ void user() {
 
 } // namespace
 
-class Suppression : public IrTest {
+class SUPPRESSION : public IrTest {
 protected:
   void SetUp() override {
     IrTest::SetUp();
@@ -91,13 +91,13 @@ protected:
     EXPECT_EQ(o_file->if_close(true, false), 0);
     std::ifstream in(path, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    icode::Unit unit;
+    icode::UNIT unit;
     std::string error;
     EXPECT_TRUE(icode::decode_unit({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()},
                                    unit, error))
         << error;
     std::vector<std::string> names;
-    for (const icode::Function& function : unit.functions)
+    for (const icode::FUNCTION& function : unit.functions)
       names.push_back(unit.globals[function.global].name);
     return names;
   }
@@ -112,20 +112,20 @@ protected:
   std::string path;
 };
 
-using Names = std::vector<std::string>;
+using NAMES = std::vector<std::string>;
 
-TEST_F(Suppression, WithoutAUseNothingIsWritten) {
+TEST_F(SUPPRESSION, WithoutAUseNothingIsWritten) {
   make_FUNINFO(find_global_symbol("inlined"))->set_properties(FP_SUPPRESSED);
-  EXPECT_EQ(written(0), (Names{"first", "last"}));
-  EXPECT_EQ(runs, (Names{"first", "last"}));
+  EXPECT_EQ(written(0), (NAMES{"first", "last"}));
+  EXPECT_EQ(runs, (NAMES{"first", "last"}));
 }
 
-TEST_F(Suppression, AUseBringsTheFunctionBack) {
+TEST_F(SUPPRESSION, AUseBringsTheFunctionBack) {
   needed = find_global_symbol("inlined");
   FUNINFO* record = make_FUNINFO(needed);
   record->set_properties(FP_SUPPRESSED);
-  EXPECT_EQ(written(0), (Names{"first", "last", "inlined"}));
-  EXPECT_EQ(runs, (Names{"first", "last", "inlined"}));
+  EXPECT_EQ(written(0), (NAMES{"first", "last", "inlined"}));
+  EXPECT_EQ(runs, (NAMES{"first", "last", "inlined"}));
   EXPECT_TRUE(record->has_property(FP_MUST_KEEP));
   EXPECT_FALSE(record->has_property(FP_SUPPRESSED));
   const std::string text = information();
@@ -135,18 +135,18 @@ TEST_F(Suppression, AUseBringsTheFunctionBack) {
   EXPECT_EQ(text.find("marked", text.find("marked") + 1), std::string::npos) << text;
 }
 
-TEST_F(Suppression, WithThreadsOutputStaysInOrder) {
+TEST_F(SUPPRESSION, WithThreadsOutputStaysInOrder) {
   needed = find_global_symbol("inlined");
   make_FUNINFO(needed)->set_properties(FP_SUPPRESSED);
-  EXPECT_EQ(written(2), (Names{"first", "last", "inlined"}));
+  EXPECT_EQ(written(2), (NAMES{"first", "last", "inlined"}));
   EXPECT_EQ(runs.size(), 3u);
   EXPECT_EQ(runs.back(), "inlined");
 }
 
 // Some uses don't count: of an external function whose body others may bring, and of one that is
 // left out for good.
-TEST_F(Suppression, SomeFunctionsStayAway) {
+TEST_F(SUPPRESSION, SomeFunctionsStayAway) {
   needed = find_global_symbol("inlined");
   make_FUNINFO(needed)->set_properties(FP_SUPPRESSED | FP_OUT_OF_ORDER);
-  EXPECT_EQ(written(0), (Names{"first", "last"}));
+  EXPECT_EQ(written(0), (NAMES{"first", "last"}));
 }
