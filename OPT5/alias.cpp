@@ -3,10 +3,27 @@
 #include "OPT5/funinfo.h"
 
 void reset_alias_info() {
-  const FUNINFO* fi = currfuninfo;
+  FUNINFO* fi = currfuninfo;
   reset_alias_exceptions();
   const auto exposed = locals_with_address_taken(fi);
-  for (SYMTAB* list : {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates})
+  for (SYMTAB* list : lists_of_locals(fi))
     for (SYMTAB* sym = list; sym; sym = sym->next)
       sym->set_is_aliased(exposed.count(sym) != 0);
+  currfuninfo->aliases_are_marked = true;
+}
+
+void drop_alias_info() {
+  currfuninfo->aliases_are_marked = false;
+#ifdef VRX_CHECKS
+  // The least safe answer, for whoever asks without building them anew.
+  for (SYMTAB* list : lists_of_locals(currfuninfo))
+    for (SYMTAB* sym = list; sym; sym = sym->next)
+      sym->set_is_aliased(false);
+#endif
+}
+
+const char* alias_fault() {
+  for (const SYMTAB* sym : locals_with_address_taken(currfuninfo))
+    if (!sym->is_aliased()) return "a local whose address is taken isn't marked as reachable";
+  return nullptr;
 }

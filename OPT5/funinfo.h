@@ -7,6 +7,7 @@
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
 
+#include <array>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -85,6 +86,7 @@ public:
   bool only_simple_calls = true;
   bool no_tail_recursion = false;
   bool is_leaf = true;              // no calls
+  bool aliases_are_marked = false;  // by reset_alias_info, and nothing has changed since
   bool builtins_have_state = false; // built-ins of the body read or write hidden state
   SYMTAB* cctor_result = nullptr;   // local that points to the result of a copy constructor
   int temp_counter = 0;
@@ -125,6 +127,10 @@ bool function_is_defined(const FUNINFO* fi);
 void init_FUNINFO_flags(FUNINFO* fi, int level);
 void dump_FUNINFO(const FUNINFO* fi);
 void erase_all_FUNINFOs();
+
+inline std::array<SYMTAB*, 4> lists_of_locals(const FUNINFO* fi) {
+  return {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates};
+}
 
 // The locals and parameters whose address, or that of a part, a statement or a clean-up tree takes.
 std::unordered_set<const SYMTAB*> locals_with_address_taken(const FUNINFO* fi);

@@ -14,6 +14,7 @@
 #include "OPT5/fileopt.h"
 #include "OPT5/loop.h"
 #include "OPT5/opt_client.h"
+#include "OPT5/properties.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/simpcfg.h"
@@ -43,6 +44,10 @@ namespace {
 // Gates
 
 bool always() {
+  return true;
+}
+// The action decides by itself.
+bool own_gate() {
   return true;
 }
 bool level_1() {
@@ -151,21 +156,34 @@ void value_propagation_for_SIMD() {
 
 enum KIND { PASS, BARRIER };
 
+// A row: a step's name, its kind, and its callback. The callback is written as
+//
+//   step<gate, action, what it needs, what it keeps>
+//
+// Behind a gate that is open, what the action needs is built if the function lacks it, and what it
+// doesn't keep is dropped. An action that changes nothing needs the graph and keeps all.
 struct STEP_ROW {
   const char* name;
   KIND kind;
   void (*fn)();
 };
 
-// A step's callback: the action behind its gate.
-template <bool (*GATE)(), void (*ACTION)()> void step() {
-  if (GATE()) ACTION();
+template <bool (*GATE)(), void (*ACTION)(), unsigned NEEDS = GRAPH,
+          unsigned KEEPS = LIVES_BETWEEN_STEPS>
+void step() {
+  if (!GATE()) return;
+  if (currfuninfo) assure_properties(NEEDS);
+  ACTION();
+  if (currfuninfo) drop_properties(LIVES_BETWEEN_STEPS & ~KEEPS);
 }
+
+// What is kept by an action that changes statements and no branch.
+constexpr unsigned SHAPE = GRAPH | DOMINATORS | LOOPS;
 
 // Steps 0 to 29.
 const STEP_ROW early_steps[] = {
-    {"pass 1 fcp/eda", PASS, step<level_2, pass_1_fcp_eda>},
-    {"pass 1 fast_CP(4,0)", PASS, step<always, fast_CP_4_0>},
+    {"pass 1 fcp/eda", PASS, step<level_2, pass_1_fcp_eda, GRAPH, GRAPH>},
+    {"pass 1 fast_CP(4,0)", PASS, step<always, fast_CP_4_0, GRAPH, GRAPH>},
     {"value propagation for pass 1", PASS, step<level_2, to_be_built>},
     {"analyze globals", BARRIER, step<always, analyze_global_symbols>},
     {"detect_recursion", BARRIER, step<always, to_be_built>},
@@ -175,28 +193,29 @@ const STEP_ROW early_steps[] = {
     {"collect_clustered_symbols", BARRIER, step<always, to_be_built>},
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
-    {"pass 2 inits", PASS, step<always, pass_2_inits>},
-    {"stack sharing", PASS, step<stack_sharing_wanted, stack_sharing>},
-    {"CPS", PASS, step<always, to_be_built>},
+    {"pass 2 inits", PASS, step<always, pass_2_inits, GRAPH, GRAPH>},
+    {"stack sharing", PASS, step<stack_sharing_wanted, stack_sharing, GRAPH | ALIASES, SHAPE>},
+    {"CPS", PASS, step<own_gate, to_be_built>},
     {"early LIR", PASS, step<always, empty_on_purpose>},
-    {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
+    {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1, GRAPH, GRAPH>},
     {"MVP global assertions", PASS, step<ip_mvp, to_be_built>},
     {"intraprocedural MVP", PASS, step<level_2, intraprocedural_MVP>},
-    {"value propagation for SIMD", PASS, step<level_2_cd_ok, value_propagation_for_SIMD>},
+    {"value propagation for SIMD", PASS,
+     step<level_2_cd_ok, value_propagation_for_SIMD, GRAPH, GRAPH>},
     {"explode auto structs", PASS, step<level_2, to_be_built>},
     {"non-DD clone SSA NASSERTs", PASS, step<level_2, to_be_built>},
     {"non-DD SSA CP", PASS, step<level_2, to_be_built>},
     {"non-DD SSA EDA", PASS, step<level_2, to_be_built>},
     {"SSA RP with benign loads", PASS, step<level_2, to_be_built>},
-    {"expand bitfields", PASS, step<always, to_be_built>},
-    {"fast_CP(0,1)", PASS, step<always, fast_CP_0_1>},
-    {"add profile loop annotations", PASS, step<always, to_be_built>},
-    {"Disclose Vectors 1", PASS, step<always, disclose_vectors>},
-    {"CD vectorizations", PASS, step<always, to_be_built>},
-    {"Disguise Vectors 1", PASS, step<always, disguise_vector_operations>},
+    {"expand bitfields", PASS, step<own_gate, to_be_built>},
+    {"fast_CP(0,1)", PASS, step<always, fast_CP_0_1, GRAPH, GRAPH>},
+    {"add profile loop annotations", PASS, step<own_gate, to_be_built>},
+    {"Disclose Vectors 1", PASS, step<always, disclose_vectors, GRAPH, SHAPE | ALIASES>},
+    {"CD vectorizations", PASS, step<own_gate, to_be_built>},
+    {"Disguise Vectors 1", PASS, step<always, disguise_vector_operations, GRAPH, SHAPE | ALIASES>},
 };
 
-// Steps 30 to 62: the loop-nest block.
+// Steps 30 to 62: the loop-nest block. Its frame decides whether a function has loops.
 const STEP_ROW dd_steps[] = {
     {"forward_substitution", PASS, step<level_2, to_be_built>},
     {"SSA_hoist", PASS, step<level_2, to_be_built>},
@@ -235,9 +254,9 @@ const STEP_ROW dd_steps[] = {
 
 // Steps 63 to 84.
 const STEP_ROW late_steps[] = {
-    {"CD ILP", PASS, step<always, to_be_built>},
-    {"late fast_CP(4,1)", PASS, step<always, fast_CP_4_1>},
-    {"Disclose Vectors 2", PASS, step<always, disclose_vectors>},
+    {"CD ILP", PASS, step<own_gate, to_be_built>},
+    {"late fast_CP(4,1)", PASS, step<always, fast_CP_4_1, GRAPH, GRAPH>},
+    {"Disclose Vectors 2", PASS, step<always, disclose_vectors, GRAPH, SHAPE | ALIASES>},
     {"global CP", PASS, step<level_2_blocks, to_be_built>},
     {"late points-to", PASS, step<level_2_blocks, to_be_built>},
     {"global CSE", PASS, step<level_2_blocks, to_be_built>},
@@ -247,7 +266,7 @@ const STEP_ROW late_steps[] = {
     {"DD restructuring", PASS, step<level_2, empty_on_purpose>},
     {"expand cluster refs", PASS, step<always, empty_on_purpose>},
     {"Boolean vector conversion", PASS, step<always, empty_on_purpose>},
-    {"CSU returning temp", PASS, step<always, to_be_built>},
+    {"CSU returning temp", PASS, step<own_gate, to_be_built>},
     {"superblocks", PASS, step<level_1, to_be_built>},
     {"subrange", PASS, step<level_1, to_be_built>},
     {"lcp", PASS, step<level_1, to_be_built>},
@@ -255,7 +274,7 @@ const STEP_ROW late_steps[] = {
     {"lcse", PASS, step<level_1, to_be_built>},
     {"propagate increments", PASS, step<level_1, to_be_built>},
     {"Vector predicate optimization", PASS, step<always, empty_on_purpose>},
-    {"Disguise Vectors 2", PASS, step<always, disguise_vector_operations>},
+    {"Disguise Vectors 2", PASS, step<always, disguise_vector_operations, GRAPH, SHAPE | ALIASES>},
     {"late LIR", PASS, step<always, empty_on_purpose>},
 };
 

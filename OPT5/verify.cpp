@@ -4,6 +4,7 @@
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
+#include "OPT5/properties.h"
 #include "OPT5/scope.h"
 
 #include <algorithm>
@@ -170,13 +171,6 @@ const char* check_tree(const NODE* tree, OPERAND place) {
 // ---------------------------------------------------------------------------------------------
 // Functions
 
-[[noreturn]] void report(const char* step, const NODE* tree, const std::string& fault) {
-  fprintf(stderr, "\nVERIFY: after %s, function %s(): %s\n", step, currfunc ? currfunc->name : "?",
-          fault.c_str());
-  if (tree) fprintf(stderr, "  statement: %s\n", tree_text(tree).c_str());
-  abort_optimizer("The verifier found a broken function");
-}
-
 // Looks only: nothing of the function changes.
 class FUNCTION_CHECK {
 public:
@@ -188,15 +182,16 @@ public:
     int dfn = 0;
     const BBLK* previous = nullptr;
     for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink) {
-      if (bb->dfn != ++dfn) report(step, nullptr, bb->str() + " is out of depth-first order");
+      if (bb->dfn != ++dfn)
+        report_broken_function(step, nullptr, bb->str() + " is out of depth-first order");
       if (previous && bb->rdflink != previous)
-        report(step, nullptr, bb->str() + " has a wrong rdflink");
+        report_broken_function(step, nullptr, bb->str() + " has a wrong rdflink");
       previous = bb;
       blocks.insert(bb);
     }
-    if (dfn != fi->bb_count) report(step, nullptr, "bb_count is wrong");
+    if (dfn != fi->bb_count) report_broken_function(step, nullptr, "bb_count is wrong");
     if (fi->bb_list && fi->bb_list->rdflink != previous)
-      report(step, nullptr, "entry's rdflink is wrong");
+      report_broken_function(step, nullptr, "entry's rdflink is wrong");
     for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
       check_block(bb);
     for (const EHT_ITEM& item : fi->eht)
@@ -215,37 +210,39 @@ private:
 
   void collect_locals() {
     const FUNINFO* fi = currfuninfo;
-    for (const SYMTAB* list : {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates})
+    for (const SYMTAB* list : lists_of_locals(fi))
       for (const SYMTAB* sym = list; sym; sym = sym->next)
         if (!locals.insert(sym).second)
-          report(step, nullptr, std::string("local on two lists: ") + sym->name);
+          report_broken_function(step, nullptr, std::string("local on two lists: ") + sym->name);
   }
 
   void check_statement(const NODE* tree) {
-    if (const char* fault = verify_statement(tree)) report(step, tree, fault);
+    if (const char* fault = verify_statement(tree)) report_broken_function(step, tree, fault);
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op == CSE_DUPE) return false;
       nodes.push_back(node);
       if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
-        report(step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
+        report_broken_function(
+            step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);
       if (node->op == LABEL && (!node->label || !blocks.count(node->label->bb)))
-        report(step, tree, "label without a block");
+        report_broken_function(step, tree, "label without a block");
       return true;
     });
   }
 
   void check_block(const BBLK* bb) {
-    if (!bb->statements) report(step, nullptr, bb->str() + " is empty");
+    if (!bb->statements) report_broken_function(step, nullptr, bb->str() + " is empty");
     const LIST* last = nullptr;
     for (const LIST* s = bb->statements; s; s = s->next) {
       check_statement(s->tree);
       if (last && (last->tree->op == IF || last->tree->op == BRANCH || last->tree->op == SWITCH))
-        report(step, last->tree, "control statement in the middle of " + bb->str());
+        report_broken_function(step, last->tree, "control statement in the middle of " + bb->str());
       last = s;
     }
     const NODE* control = last->tree;
     const bool leads_on = control->op == BRANCH || control->op == IF || control->op == SWITCH;
-    if (!leads_on && control->op != URETURN) report(step, control, bb->str() + " has no way out");
+    if (!leads_on && control->op != URETURN)
+      report_broken_function(step, control, bb->str() + " has no way out");
     if (leads_on)
       walk_preorder(control, [&](const NODE* node) {
         if (node->op == LABEL) branches.emplace_back(bb, node->label->bb);
@@ -268,7 +265,7 @@ private:
     for (std::vector<ARC>* arcs : {&branches, &leaving, &arriving})
       std::sort(arcs->begin(), arcs->end());
     if (std::adjacent_find(leaving.begin(), leaving.end()) != leaving.end())
-      report(step, nullptr, "an edge twice");
+      report_broken_function(step, nullptr, "an edge twice");
     const struct {
       const std::vector<ARC>&has, &wants;
       const char* fault;
@@ -281,14 +278,14 @@ private:
         const bool at_target = &rule.has == &arriving;
         const BBLK* bb = at_target ? arc->second : arc->first;
         const LIST* last = bb->last_statement();
-        report(step, last ? last->tree : nullptr, rule.fault + bb->str());
+        report_broken_function(step, last ? last->tree : nullptr, rule.fault + bb->str());
       }
   }
 
   void check_sharing() {
     std::sort(nodes.begin(), nodes.end());
     const auto twice = std::adjacent_find(nodes.begin(), nodes.end());
-    if (twice != nodes.end()) report(step, *twice, "shared node");
+    if (twice != nodes.end()) report_broken_function(step, *twice, "shared node");
   }
 };
 
@@ -301,6 +298,13 @@ const char* verify_statement(const NODE* tree) {
   return check_tree(tree, STATEMENT);
 }
 
+void report_broken_function(const char* step, const NODE* tree, const std::string& fault) {
+  fprintf(stderr, "\nVERIFY: after %s, function %s(): %s\n", step, currfunc ? currfunc->name : "?",
+          fault.c_str());
+  if (tree) fprintf(stderr, "  statement: %s\n", tree_text(tree).c_str());
+  abort_optimizer("The verifier found a broken function");
+}
+
 void verify_function(const char* step) {
   if (currfuninfo && currfuninfo->bb_list) FUNCTION_CHECK(step).run();
 }
@@ -308,6 +312,7 @@ void verify_function(const char* step) {
 #ifdef VRX_CHECKS
 void verify_after(const char* step) {
   verify_function(step);
+  verify_properties(step);
 }
 #else
 void verify_after(const char*) {}

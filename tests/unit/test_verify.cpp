@@ -1,7 +1,10 @@
 // The verifier: what it refuses, and that looking changes nothing.
 #include "tests/unit/ir_fixture.h"
 
+#include "OPT5/alias.h"
 #include "OPT5/dominator.h"
+#include "OPT5/livevars.h"
+#include "OPT5/properties.h"
 #include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
@@ -116,4 +119,41 @@ TEST_F(Verifier, LooksOnly) {
   verify_function("looking");
   EXPECT_EQ(state(), before);
   EXPECT_FALSE(currfuninfo->dominators->stale);
+}
+
+// What a step leaves for others: built when it is needed, dropped when it isn't kept, and what is
+// claimed wrongly is told.
+TEST_F(Verifier, PropertiesAreBuiltDroppedAndJudged) {
+  EXPECT_EQ(claimed_properties(), GRAPH);
+  assure_properties(GRAPH | ALIASES);
+  EXPECT_EQ(claimed_properties(), GRAPH | ALIASES);
+  verify_properties("building");
+
+  // An address is taken behind the marks' back.
+  NODE* address = maketree(UAND, name(x), nullptr, tp->mk_ptr(x->type), nullptr);
+  LIST*& statements = entry()->statements;
+  statements = mkelist(address, statements, nullptr);
+  EXPECT_EXIT(verify_properties("breaking"), ::testing::ExitedWithCode(1),
+              "after breaking, function f.*a local whose address is taken");
+  drop_properties(ALIASES);
+  verify_properties("dropping");
+  assure_properties(ALIASES);
+  EXPECT_TRUE(x->is_aliased());
+  drop_properties(LIVES_BETWEEN_STEPS & ~ALIASES); // the others only
+  EXPECT_EQ(claimed_properties(), GRAPH | ALIASES);
+
+  currfuninfo->dominators = new Dominator;
+  currfuninfo->dominators->stale = false;
+  lva_sym_count = 1;
+  entry()->live_in = new BITVEC(1);
+  EXPECT_EQ(claimed_properties(), GRAPH | DOMINATORS | LIVE_SETS | ALIASES);
+  drop_properties(DOMINATORS | LIVE_SETS);
+  EXPECT_EQ(claimed_properties(), GRAPH | ALIASES);
+  EXPECT_EQ(entry()->live_in, nullptr);
+
+  for (bool* form : {&trees_are_normalized, &function_is_in_SSA_form}) {
+    *form = true;
+    EXPECT_EXIT(verify_properties("leaving"), ::testing::ExitedWithCode(1), "within a step only");
+    *form = false;
+  }
 }

@@ -1,0 +1,89 @@
+#include "OPT5/properties.h"
+
+#include "OPT5/alias.h"
+#include "OPT5/dominator.h"
+#include "OPT5/funinfo.h"
+#include "OPT5/livevars.h"
+#include "OPT5/verify.h"
+
+constinit thread_local bool trees_are_normalized, function_is_in_SSA_form;
+
+namespace {
+
+bool has_graph() {
+  return currfuninfo->bb_list != nullptr;
+}
+bool has_dominators() {
+  return currfuninfo->dominators && !currfuninfo->dominators->stale;
+}
+bool has_loops() {
+  return has_graph() && currfuninfo->bb_list->loop != nullptr;
+}
+bool has_live_sets() {
+  return lva_sym_count > 0;
+}
+bool has_aliases() {
+  return currfuninfo->aliases_are_marked;
+}
+bool is_normalized() {
+  return trees_are_normalized;
+}
+bool is_in_SSA_form() {
+  return function_is_in_SSA_form;
+}
+
+void drop_loops() {
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+    bb->loop = nullptr; // the records stay with the function's memory
+}
+
+const char* nothing_is_wrong() {
+  return nullptr;
+}
+const char* form_outlives_its_step() {
+  return "trees are in a form that lives within a step only";
+}
+
+struct PROPERTY_ROW {
+  PROPERTY property;
+  bool (*is_claimed)();
+  void (*build)();
+  void (*drop)();
+  const char* (*fault)(); // of what is claimed, or null
+};
+
+const PROPERTY_ROW rows[] = {
+    // The graph is verified together with the trees.
+    {GRAPH, has_graph, nullptr, nullptr, nothing_is_wrong},
+    {DOMINATORS, has_dominators, nullptr, mark_dominators_stale, nothing_is_wrong},
+    {LOOPS, has_loops, nullptr, drop_loops, nothing_is_wrong},
+    {LIVE_SETS, has_live_sets, nullptr, lva_cleanup, nothing_is_wrong},
+    {ALIASES, has_aliases, reset_alias_info, drop_alias_info, alias_fault},
+    {NORMAL_FORM, is_normalized, nullptr, nullptr, form_outlives_its_step},
+    {SSA, is_in_SSA_form, nullptr, nullptr, form_outlives_its_step},
+};
+
+} // namespace
+
+unsigned claimed_properties() {
+  unsigned claimed = 0;
+  for (const PROPERTY_ROW& row : rows)
+    if (row.is_claimed()) claimed |= row.property;
+  return claimed;
+}
+
+void assure_properties(unsigned needed) {
+  for (const PROPERTY_ROW& row : rows)
+    if ((needed & row.property) && row.build && !row.is_claimed()) row.build();
+}
+
+void drop_properties(unsigned lost) {
+  for (const PROPERTY_ROW& row : rows)
+    if ((lost & row.property) && row.drop && row.is_claimed()) row.drop();
+}
+
+void verify_properties(const char* step) {
+  for (const PROPERTY_ROW& row : rows)
+    if (row.is_claimed())
+      if (const char* fault = row.fault()) report_broken_function(step, nullptr, fault);
+}
