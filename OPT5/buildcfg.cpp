@@ -3,6 +3,7 @@
 
 #include "DIAG/abort.h"
 #include "OPT5/bblk.h"
+#include "OPT5/counters.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/memory.h"
@@ -15,6 +16,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+static COUNTER unreachable_blocks("graph", "unreachable blocks dropped");
 
 // Labels of the function whose graph is being built, by number.
 static thread_local std::map<int, LBL*> label_mapping;
@@ -337,6 +340,7 @@ void drop_unreached() {
       place = &bb->uon_link;
       continue;
     }
+    unreachable_blocks.count();
     print_if_debug("\nUNREACHABLE BASIC BLOCK: UON==%d\n", bb->uon);
     *place = bb->uon_link;
     erase_tree_list(bb->statements);

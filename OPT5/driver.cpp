@@ -1,4 +1,5 @@
 #include "OPT5/driver.h"
+#include "OPT5/counters.h"
 
 #include "DIAG/abort.h"
 #include "DIAG/diag.h"
@@ -423,6 +424,7 @@ void time_report(clock_t start) {
 
 // Leaves nothing behind, so that another run can follow in the same process.
 void release_everything() {
+  reset_counters();
   erase_all_passes();
   steps_table.clear();
   functions.clear();
@@ -522,6 +524,8 @@ int run_compilation(int argc, char** argv) {
   interned_stats();
   type_cache_stats();
   if (timed) time_report(start);
+  if (pass_enable_counters == 1) print_counters(print_debug ? FDEBUG : stderr);
+  if (pass_enable_counters == 2) print_counters_as_json(stderr);
   close_files();
   release_everything();
   output_is_open = false; // from here on nothing can fail

@@ -2,6 +2,7 @@
 // its operands' kind: integers by INT65, floating values by the f_* family, vectors lane by lane.
 #include "OPT5/fold.h"
 
+#include "OPT5/counters.h"
 #include "OPT5/optables.h"
 #include "OPT5/treewalk.h"
 #include "OPT5/types.h"
@@ -9,6 +10,14 @@
 #include <utility>
 
 namespace {
+
+COUNTER folded_integers("fold", "integer operators");
+COUNTER folded_floats("fold", "floating operators");
+COUNTER folded_truths("fold", "truth values");
+COUNTER folded_conversions("fold", "conversions");
+COUNTER folded_choices("fold", "choices");
+COUNTER folded_vectors("fold", "vector operators");
+COUNTER moved_constants("fold", "constants moved to the left");
 
 bool is_literal(const NODE* tree) {
   return tree->op == ICON || tree->op == FCON;
@@ -244,18 +253,24 @@ NODE* fold_conversion(const NODE* tree) {
   return fp_error ? UNFOLDED : mk_ICON(without, type);
 }
 
+NODE* counted(NODE* constant, COUNTER& counter) {
+  if (constant) counter.count();
+  return constant;
+}
+
 // The operator over scalar literals.
 NODE* fold_scalar(const NODE* tree) {
   switch (tree->op) {
   case SCONV:
-  case VSCONV: return fold_conversion(tree);
+  case VSCONV: return counted(fold_conversion(tree), folded_conversions);
   case EXCLAIM:
   case ANDAND:
-  case OROR: return fold_truth(tree);
+  case OROR: return counted(fold_truth(tree), folded_truths);
   default: break;
   }
-  if (tree->type->is_float() || tree->left->type->is_float()) return fold_float(tree);
-  return fold_int(tree);
+  if (tree->type->is_float() || tree->left->type->is_float())
+    return counted(fold_float(tree), folded_floats);
+  return counted(fold_int(tree), folded_integers);
 }
 
 // c ? a : b, with literals
@@ -268,6 +283,7 @@ NODE* fold_choice(NODE* tree) {
   if (!is_literal(chosen) || !compatible_types(chosen->type, tree->type)) return tree;
   NODE* constant = chosen;
   chosen = nullptr;
+  folded_choices.count();
   return replace(tree, constant);
 }
 
@@ -322,6 +338,7 @@ NODE* fold_vector(NODE* tree) {
     erase_tree(result);
     return tree;
   }
+  folded_vectors.count();
   return replace(tree, maketree(VPACKM, result, nullptr, type, tree->ls));
 }
 
@@ -338,6 +355,7 @@ void put_constant_left(NODE* tree) {
   if (commute_inv[tree->op] == ILLOP || !sides_agree(tree)) return;
   std::swap(tree->left, tree->right);
   tree->op = commute_inv[tree->op];
+  moved_constants.count();
 }
 
 // One operator; its operands are folded.

@@ -1,5 +1,6 @@
 #include "OPT5/lateprep.h"
 
+#include "OPT5/counters.h"
 #include "OPT5/funinfo.h"
 
 #include <memory>
@@ -10,6 +11,8 @@ void init_reg_defs() {}
 void allocate_regs() {}
 
 namespace {
+
+COUNTER joined_masks("output", "masks of neighbouring &= joined");
 
 // The mask of x &= c for a constant c, else null.
 NODE* constant_mask(const NODE* tree) {
@@ -72,6 +75,7 @@ void fold_ANDBASGs() {
             !trees_are_congruent(s->tree->left, next->tree->left) ||
             reads_what_changes(s->tree->left, true, may_change))
           break;
+        joined_masks.count();
         mask->ival = mask->ival & other->ival;
         s->next = next->next;
         next->next = nullptr;

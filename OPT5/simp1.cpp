@@ -1,10 +1,13 @@
 #include "OPT5/simp1.h"
 
+#include "OPT5/counters.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
 #include "OPT5/treewalk.h"
 
 #include <cstring>
+
+static COUNTER dropped_expectations("output", "__builtin_expect in a condition");
 
 NODE* simp_node(NODE* node, LOOP*) {
   return node;
@@ -36,6 +39,7 @@ NODE* revert_CBRANCH_with_builtin_expect(NODE* cbranch) {
   if (cond->op != ICALL || strcmp(cond->u.callee, "__builtin_expect") != 0) return cbranch;
   NODE* args = cond->left;
   if (args->op != COMMA || tree_has_side_effects(args->right)) return cbranch;
+  dropped_expectations.count();
   cbranch->left = args->left;
   args->left = nullptr;
   erase_tree(cond);

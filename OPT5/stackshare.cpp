@@ -1,6 +1,7 @@
 #include "OPT5/stackshare.h"
 
 #include "DIAG/abort.h"
+#include "OPT5/counters.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/scope.h"
 #include "OPT5/streams.h"
@@ -12,6 +13,8 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+
+static COUNTER shared_bits("stack sharing", "bits of stack saved");
 
 static std::mutex mdata_lock; // member data that is added to the type package
 
@@ -355,6 +358,7 @@ void build_stack_sharing_type() {
       if (item.cleanup) walk_postorder(item.cleanup, rewrite);
     unlink_shared(fi, layout);
     fi->sharing_type = type;
+    shared_bits.count(unshared - root->size);
     print_if_debug("\nStack sharing in %s(): %ld bits of locals in %lu\n", fi->name.c_str(),
                    unshared, type->size);
   }

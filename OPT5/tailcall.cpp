@@ -7,6 +7,7 @@
 
 #include "DIAG/safemalloc.h"
 #include "OPT5/bblk.h"
+#include "OPT5/counters.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
 #include "OPT5/scope.h"
@@ -21,6 +22,9 @@
 #include <vector>
 
 namespace {
+
+COUNTER removed_calls("tail recursion", "self-calls that became branches");
+COUNTER broken_cycles("tail recursion", "parameters saved because values read one another");
 
 // Blocks that do nothing, from a call to the exit. More are in no program, and each call looks.
 constexpr size_t LONGEST_WAY_OUT = 16;
@@ -198,6 +202,7 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
       while (done[next_in_cycle])
         next_in_cycle++;
       SYMTAB* target = pending[next_in_cycle].target;
+      broken_cycles.count();
       SYMTAB* old = sym_temp('T', -1, target->type, target->scope);
       out.push_back(assignment(old, mk_NAME(target, target->scope), psn));
       old_value[target] = old;
@@ -295,6 +300,7 @@ void remove_tail_recursion() {
   for (auto& [bb, found] : calls) {
     if (!arguments_match(found.call, homes)) continue;
     if (!head) head = head_behind_prolog();
+    removed_calls.count();
     if (bb == fi->bb_list) bb = head; // its statements have moved
     replace_call(bb, found, homes, head);
   }

@@ -4,6 +4,7 @@
 #include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
+#include "OPT5/counters.h"
 #include "OPT5/fold.h"
 #include "OPT5/optables.h"
 #include "OPT5/simp1.h"
@@ -193,6 +194,9 @@ bool compares_as_integer(const TYPE* t) {
   return t->is_int_or_enum() || t->is_pointer();
 }
 
+COUNTER dropped_assignments("conversions", "assignments of a variable to itself");
+COUNTER settled_comparisons("conversions", "comparisons of a tree with itself");
+
 // x = x --> x;  x == x --> 1, x < x --> 0 for values that are equal to themselves
 NODE* without_redundancy(NODE* tree) {
   const bool assignment = tree->op == ASG;
@@ -203,6 +207,7 @@ NODE* without_redundancy(NODE* tree) {
     return tree;
   print_if_debug(assignment ? "\n\tREDUNDANT ASSIGNMENT ELIMINATED:\n"
                             : "\n\tREDUNDANT RELATIONAL ELIMINATED:\n");
+  (assignment ? dropped_assignments : settled_comparisons).count();
   if (assignment) {
     NODE* value = tree->left;
     tree->left = nullptr;

@@ -2,6 +2,7 @@
 #include "OPT5/treewalk.h"
 
 #include "DIAG/abort.h"
+#include "OPT5/counters.h"
 #include "OPT5/ddmain.h"
 #include "OPT5/deadasg.h"
 #include "OPT5/fileopt.h"
@@ -21,6 +22,12 @@
 #include <algorithm>
 #include <cstring>
 #include <unordered_set>
+
+static COUNTER unused_locals("output", "unused locals dropped");
+static COUNTER dropped_branches("output", "branches to the next block dropped");
+static COUNTER inverted_conditions("output", "conditions inverted");
+static COUNTER dropped_entries("output", "ends of clean-ups dropped");
+static COUNTER hidden_symbols("output", "symbols that the linker may drop");
 
 I_FILE* i_file;
 I_FILE* o_file;
@@ -163,6 +170,7 @@ static LIST* lower_IF(NODE* tree, const BBLK* next, PSN* psn) {
   erase_node(pair);
   if (if_true->label->bb == next && if_false->label->bb != next) {
     std::swap(if_true, if_false);
+    inverted_conditions.count();
     NODE* cond = tree->left;
     if (boolean_inv[cond->op] != ILLOP) {
       cond->op = boolean_inv[cond->op];
@@ -198,6 +206,7 @@ static void lower_control_statements() {
     } else if (tree->op == BRANCH && (returned || tree->left->label->bb == bb->dflink)) {
       *place = nullptr;
       erase_tree_list(last);
+      dropped_branches.count();
     }
   }
 }
@@ -337,7 +346,10 @@ static void write_exception_table(FUNINFO* fi) {
   std::vector<EHT_ENTRY> out;
   for (unsigned i = 0; i < eht.size(); i++) {
     CHECK(kept[i] || eht[i].kind == EHK_CLEANUP_END);
-    if (!kept[i]) continue;
+    if (!kept[i]) {
+      dropped_entries.count();
+      continue;
+    }
     if (eht[i].cleanup) finish_cleanup(eht[i].cleanup);
     new_ids[i] = static_cast<unsigned>(out.size());
     out.push_back(
@@ -438,6 +450,7 @@ static void drop_unused_locals(FUNINFO* fi) {
     if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, named_in_EHT)) {
       *place = sym->next;
       sym->next = nullptr;
+      unused_locals.count();
     } else {
       place = &sym->next;
     }
@@ -524,11 +537,12 @@ static void decide_linkage(SYMTAB* sym) {
   if (!all_pragmas_are_known(sym)) return;
   if (is_function) {
     FUNINFO* fi = find_FUNINFO(sym);
-    if (fi && function_is_defined(fi) && !fi->has_property(KEEP_VISIBLE))
-      sym->policy = I_SYMTAB::NEVER;
-  } else if (!(sym->cqual & CQ_TOP)) {
-    sym->policy = I_SYMTAB::NEVER;
+    if (!fi || !function_is_defined(fi) || fi->has_property(KEEP_VISIBLE)) return;
+  } else if (sym->cqual & CQ_TOP) {
+    return;
   }
+  sym->policy = I_SYMTAB::NEVER;
+  hidden_symbols.count();
 }
 
 static void log_pragma(const PRAGMA* p) {

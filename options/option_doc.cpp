@@ -98,7 +98,9 @@ void print_switch_table() {
   for (int k = 0; k < SWITCH_COUNT; k++) {
     const SWITCH_DEFINITION& def = switch_definitions[k];
     waiting += def.waits_for != nullptr;
-    printf("| `%s` | %s | %s |\n", def.name, def.help, effect(def.waits_for).c_str());
+    printf("| `%s` | %s%s | %s |\n", def.name, def.help,
+           def.is_own ? " (a switch of this tool's own, beside the compiler's set)" : "",
+           effect(def.waits_for).c_str());
   }
   printf("\n%d switches, of which %d are in effect and %d wait.\n", SWITCH_COUNT,
          SWITCH_COUNT - waiting, waiting);

@@ -59,7 +59,8 @@ void process_debug_option(const char* prefix, const char* list) {
 #undef SWITCH
 
 const SWITCH_DEFINITION switch_definitions[SWITCH_COUNT] = {
-#define SWITCH(prefix, tail, name, help, waits_for) {name, help, waits_for},
+#define SWITCH(prefix, tail, name, help, waits_for) {name, help, waits_for, false},
+#define OWN_SWITCH(prefix, tail, name, help, waits_for) {name, help, waits_for, true},
 #include "options/switches.inc"
 #undef SWITCH
 };

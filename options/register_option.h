@@ -29,13 +29,13 @@ struct SWITCH_DEFINITION {
   const char* name; // "debug:help"
   const char* help;
   const char* waits_for; // what gives it an effect; null: it has one
+  bool is_own;           // for working on this tool, beside the compiler's set of switches
 };
 constexpr int SWITCH_COUNT = 0
 #define SWITCH(prefix, tail, name, help, waits_for) +1
 #include "options/switches.inc"
 #undef SWITCH
     ;
-static_assert(SWITCH_COUNT == 99);
 extern const SWITCH_DEFINITION switch_definitions[SWITCH_COUNT];
 
 // pass_debug_help, pass_disable_threads, pass_enable_time_stats and so on; the tail is the switch's

@@ -769,7 +769,7 @@ TEST_F(OptionTest, Switches) {
       ::testing::ExitedWithCode(0), "");
 
   const std::map<std::string, int> state = register_option::get_state();
-  EXPECT_EQ(state.size(), 99u);
+  EXPECT_EQ(state.size(), 100u);
   register_option::reset_state();
   for (int k = 0; k < SWITCH_COUNT; k++) {
     const std::string name = switch_definitions[k].name;
