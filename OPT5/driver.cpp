@@ -18,6 +18,7 @@
 #include "OPT5/streams.h"
 #include "OPT5/target.h"
 #include "OPT5/types.h"
+#include "OPT5/typetext.h"
 #include "OPT5/write.h"
 #include "options/option_doc.h"
 #include "options/option_obj.h"
@@ -438,6 +439,7 @@ void release_everything() {
   erase_all_FUNINFOs();
   erase_all_symbols();
   erase_type_caches();
+  forget_type_names();
   forget_file_analysis();
   for (option_obj* options : all_option_sets)
     delete options;
@@ -476,18 +478,6 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
           path.c_str());
   if (fatal) end_failing_run();
   if (!FDEBUG) FDEBUG = stderr;
-}
-
-void prbbinfix() {
-  if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees)) return;
-  for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
-    print_if_debug("\n%s:", bb->str().c_str());
-    for (const EDGE* e = bb->successors; e; e = e->rest)
-      print_if_debug(" ->%s", e->first->str().c_str());
-    print_if_debug("\n");
-    for (const LIST* s = bb->statements; s; s = s->next)
-      print_if_debug("  %s\n", tree_text(s->tree).c_str());
-  }
 }
 
 int run_compilation(int argc, char** argv) {

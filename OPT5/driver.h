@@ -19,5 +19,3 @@ const char* next_arg();
 // thread's FDEBUG. `mode` null is "w". With `fatal` a failure ends the run.
 void open_debug_file(int fatal, const char* name, const char* mode);
 const char* isa_and_tool_name();
-// The graph of the current function on FDEBUG, as far as the debug switches ask for it.
-void prbbinfix();

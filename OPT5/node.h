@@ -302,7 +302,3 @@ NODE* ASG_to_opASG(NODE* asg);
 NODE* opASG_to_ASG(NODE* asg);
 // Keeps what has effects; null if nothing has. The tree is consumed.
 NODE* peel_for_effect(NODE* tree);
-
-// --- Printing
-// Prefix form as the text form of icode writes it: "ASG:int(i, PLUS:int(i, 1:int))".
-std::string tree_text(const NODE* tree);

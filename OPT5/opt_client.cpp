@@ -4,6 +4,7 @@
 #include "DIAG/safemalloc.h"
 #include "OPT5/fileopt.h"
 #include "OPT5/passes.h"
+#include "OPT5/printtree.h"
 #include "OPT5/restrict.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
@@ -13,6 +14,7 @@
 #include "OPT5/target.h"
 #include "OPT5/treewalk.h"
 #include "OPT5/types.h"
+#include "OPT5/typetext.h"
 #include "OPT5/verify.h"
 #include "OPT5/write.h"
 #include "ifile/i_file.h"
@@ -43,6 +45,17 @@ void close_innermost_block() {
   open_blocks.pop_back();
 }
 
+std::vector<TYPE*> types_by_number() {
+  std::vector<TYPE*> found;
+  for (const auto& [number, info] : i_file->types) {
+    // Numbers may be of any size; those of a file that a compiler wrote are dense.
+    if (number >= 2 * i_file->types.size() + 2) break;
+    if (number >= found.size()) found.resize(number + 1);
+    found[number] = info.type;
+  }
+  return found;
+}
+
 // A tree that breaks the shape rules: the file is damaged, or its maker is.
 [[noreturn]] void reject(const NODE* tree, const char* fault) {
   fprintf(stderr, ">> %s: %s\n", fault, tree_text(tree).substr(0, 200).c_str());
@@ -61,6 +74,7 @@ public:
         },
         nullptr);
     init_types();
+    if (print_debug) name_types_of_input(types_by_number());
   }
 
   I_SYMTAB* cl_symbol_create(char* name, TYPE* type, TYPE* cpp_type, unsigned long size,

@@ -11,6 +11,7 @@
 #include "OPT5/funinfo.h"
 #include "OPT5/mdparser.h"
 #include "OPT5/opt_client.h"
+#include "OPT5/printtree.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/verify.h"

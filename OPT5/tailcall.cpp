@@ -10,6 +10,7 @@
 #include "OPT5/counters.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
+#include "OPT5/printtree.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"

@@ -4,6 +4,7 @@
 #include "DIAG/abort.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/optables.h"
+#include "OPT5/printtree.h"
 #include "OPT5/properties.h"
 #include "OPT5/scope.h"
 

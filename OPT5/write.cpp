@@ -11,6 +11,7 @@
 #include "OPT5/loop.h"
 #include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
+#include "OPT5/printtree.h"
 #include "OPT5/settings.h"
 #include "OPT5/simp1.h"
 #include "OPT5/simpcfg.h"

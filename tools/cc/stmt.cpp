@@ -2,6 +2,7 @@
 
 #include "tools/cc/lower.h"
 
+#include "OPT5/printtree.h"
 #include "OPT5/verify.h"
 #include "TYPES/type_values.h"
 

@@ -1,4 +1,5 @@
 #include "tools/text/names.h"
+#include "ifile/text_words.h"
 #include "tools/text/lexer.h"
 
 #include <algorithm>
@@ -45,25 +46,6 @@ constexpr FORM_WORD FORM_WORDS[] = {
     {"nested", TC_NTYPE},     {"static", TC_SDATA},
     {"method", TC_MFUNC},     {"listbegin", TC_LIST_BEGIN},
     {"listend", TC_LIST_END},
-};
-
-struct STORAGE_WORD {
-  const char* word;
-  int8_t storage;
-};
-
-constexpr STORAGE_WORD STORAGE_WORDS[] = {
-    {"auto", ST_AUTO},         {"global", ST_GLOBAL},     {"static", ST_STATIC},
-    {"register", ST_REGISTER}, {"extern", ST_EXTERN},     {"labelsym", ST_LABEL},
-    {"param", ST_PARAM},       {"regparam", ST_REGPARAM}, {"regcopy", ST_REGCOPY},
-    {"result", ST_RESULT},
-};
-
-constexpr std::string_view OTHER_WORDS[] = {
-    "icode", "layout", "options", "file",      "type",   "define",  "record", "init",
-    "here",  "func",   "irfunc",  "block",     "asm",    "comment", "info",   "pragma",
-    "loop",  "inloop", "mbank",   "edge",      "vector", "spec",    "eht",    "ir",
-    "empty", "raw",    "endargs", "endlocals", "exact",  "symbol",
 };
 
 const BASIC_TYPE* basic_type(uint8_t code) {
@@ -251,20 +233,20 @@ int64_t default_member_offset(const UNIT& unit, bool is_union, const TYPE_RECORD
 }
 
 const char* storage_word(int storage) {
-  for (const STORAGE_WORD& w : STORAGE_WORDS)
+  for (const STORAGE_WORD& w : storage_words)
     if (w.storage == storage) return w.word;
   return nullptr;
 }
 
 int storage_by_word(std::string_view word) {
-  for (const STORAGE_WORD& w : STORAGE_WORDS)
+  for (const STORAGE_WORD& w : storage_words)
     if (word == w.word) return w.storage;
   return NO_STORAGE;
 }
 
 bool is_reserved_word(std::string_view word) {
-  static const std::unordered_set<std::string_view> words(std::begin(OTHER_WORDS),
-                                                          std::end(OTHER_WORDS));
+  static const std::unordered_set<std::string_view> words(std::begin(reserved_words),
+                                                          std::end(reserved_words));
   if (words.count(word) || storage_by_word(word) != NO_STORAGE) return true;
   if (op_by_name(std::string(word)) != NO_OP) return true;
   return word.size() > 1 && word[0] == 'L' &&

@@ -14,6 +14,7 @@ struct TREE_FRAME {
   int operands = 0; // of the operator; 0 for a list
   int read = 0;
   bool has_type = false, has_payload = false;
+  bool is_wrapper = false; // of a dump: the tree is its operand
   LEXEME at;
 };
 
@@ -179,6 +180,19 @@ struct TREE_PARSER {
     p.expect(']', "behind the operator's numbers");
   }
 
+  // An operator of the optimiser's dumps that files don't have: the one that it becomes in a file.
+  // A wrapper becomes nothing; it is read as any operator of one operand.
+  int file_operator_of_dump(const std::string& word, bool& is_wrapper) {
+    uint32_t level, index;
+    if (p.find_name(word, level, index)) return NO_OP;
+    if (word == operator_rows[ISP2CHAR].name) return PCONV;
+    if (word == operator_rows[VSCONV].name) return SCONV;
+    for (int wrapper : {IDENTITY, OUIALIGN, NONALIGN})
+      if (word == operator_rows[wrapper].name) is_wrapper = true;
+    if (is_wrapper) return PCONV;
+    return NO_OP;
+  }
+
   // Reads up to the first operand that is complete, and gives it.
   uint32_t next_leaf() {
     for (;;) {
@@ -202,6 +216,8 @@ struct TREE_PARSER {
       }
       if (at.kind != T_IDENT) p.expected("an expression");
       int op = op_by_name(at.text);
+      bool is_wrapper = false;
+      if (op == NO_OP) op = file_operator_of_dump(at.text, is_wrapper);
       if (op == NO_OP) {
         if (!is_reserved_word(at.text) || at.text[0] != 'L') return name();
         p.lexer.next();
@@ -216,6 +232,7 @@ struct TREE_PARSER {
       frame.at = at;
       frame.node.op = uint8_t(op);
       frame.operands = operand_count(unsigned(op));
+      frame.is_wrapper = is_wrapper;
       if (p.take('[')) {
         payload(frame.node);
         frame.has_payload = true;
@@ -237,6 +254,7 @@ struct TREE_PARSER {
 
   uint32_t finish(TREE_FRAME& f) {
     NODE& n = f.node;
+    if (f.is_wrapper) return n.left;
     if (n.op == SWITCH && !f.has_payload) n.a = count_cases(p.unit, n.right);
     if (n.op == CALL && !f.has_payload) n.a = count_arguments(p.unit, n.right);
     give_type(n, f.has_type, f.at);
