@@ -1,3 +1,7 @@
+// Alias marks: which locals a pointer may reach.
+//
+//   p = &x; *p = 1;  -->  x is marked, and so no longer only what its name says
+
 #include "OPT5/alias.h"
 
 #include "OPT5/funinfo.h"

@@ -1,5 +1,7 @@
 // From a function's statement list to blocks in depth-first order, and back to that order after
 // changes. Tail-recursive self-calls become branches on the way.
+//
+//   a; if (!c) goto L; b; L: d;  -->  BB1: a, IF(!c, (BB3, BB2))  BB2: b, BRANCH BB3  BB3: d, ...
 
 #include "DIAG/abort.h"
 #include "OPT5/bblk.h"

@@ -1,4 +1,6 @@
 // Surgery on blocks and edges.
+//
+//   BB1 -> BB2, split  -->  BB1 -> BB3 -> BB2
 
 #include "DIAG/abort.h"
 #include "OPT5/bblk.h"

@@ -1,3 +1,5 @@
+// Counters of what passes and rewrites did, and how they are printed.
+
 #include "OPT5/counters.h"
 
 #include "OPT5/streams.h"

@@ -1,3 +1,5 @@
+// Test builds fail on demand: in which step, and how, the environment says.
+
 #ifdef VRX_CHECKS
 #include "OPT5/crash_trigger.h"
 

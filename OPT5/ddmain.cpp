@@ -1,3 +1,5 @@
+// Loop nests: what the output step asks of them, while no step restructures any.
+
 #include "OPT5/ddmain.h"
 
 #include "OPT5/funinfo.h"

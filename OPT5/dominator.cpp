@@ -1,3 +1,5 @@
+// Dominator trees: so far only the mark that they are stale.
+
 #include "OPT5/dominator.h"
 
 #include "OPT5/funinfo.h"

@@ -1,3 +1,7 @@
+// The life of a run: options, files, reading, steps, output, report.
+//
+//   in.icode  -->  in.opt, in.odb (debug text), in.nfo (information text)
+
 #include "OPT5/driver.h"
 #include "OPT5/counters.h"
 
@@ -45,7 +49,7 @@ int arg_count;
 char** args;
 int next_arg_index;
 bool output_is_open;             // the output file exists and must go if the run fails
-char real_output_name[PATH_MAX]; // behind all links
+char real_output_name[PATH_MAX]; // where links lead to
 bool command_line_is_written;
 std::string debug_file_path, info_file_path;
 

@@ -1,3 +1,7 @@
+// The unit as a whole: its call graph, and what is known of its symbols.
+//
+//   f calls g, h calls f  -->  the nodes h, f, g; what only a call names may lose its symbol
+
 #include "OPT5/fileopt.h"
 
 #include "OPT5/opt_client.h"
@@ -42,7 +46,7 @@ void scan_for_funinfo(const NODE* tree, int, FUNINFO* user, int) {
   });
 }
 
-// The next word at or behind `text`; `text` moves behind it. Empty at the end.
+// The next word at or after `text`; `text` moves past it. Empty at the end.
 static std::string next_word(const char*& text) {
   auto belongs_to_word = [](unsigned char c) { return isalnum(c) || c == '_' || c == '$'; };
   while (*text && !belongs_to_word(*text))

@@ -1,5 +1,7 @@
 // fold_constants: one visit for each operator, operands first. An operator is handled by the arm of
 // its operands' kind: integers by INT65, floating values by the f_* family, vectors lane by lane.
+//
+//   2 + 3  -->  5;   x + 3  -->  3 + x;   1 ? a : b with literals  -->  a
 #include "OPT5/fold.h"
 
 #include "OPT5/counters.h"

@@ -1,3 +1,5 @@
+// Records of functions: one a symbol, found by symbol or by name.
+
 #include "OPT5/funinfo.h"
 
 #include "OPT5/dominator.h"

@@ -1,3 +1,7 @@
+// The last rewrites before a function goes out.
+//
+//   x &= 12; x &= 10;  -->  x &= 8
+
 #include "OPT5/lateprep.h"
 
 #include "OPT5/counters.h"

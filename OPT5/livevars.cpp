@@ -1,3 +1,5 @@
+// Live variables: so far only the end of the sets of blocks.
+
 #include "OPT5/livevars.h"
 
 #include "OPT5/funinfo.h"

@@ -1,3 +1,5 @@
+// The program: what catches faults, then the run.
+
 #include "DIAG/abort.h"
 #include "OPT5/driver.h"
 

@@ -1,3 +1,5 @@
+// The machine description, of which the target has none.
+
 #include "OPT5/mdparser.h"
 
 #include "options/register_option.h"

@@ -1,3 +1,5 @@
+// The memory of trees, statements and edges: an arena a function.
+
 #include "OPT5/memory.h"
 
 #include "OPT5/funinfo.h"

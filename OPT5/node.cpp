@@ -53,7 +53,7 @@ NODE* alloc_node(int op, TYPE* type) {
 // ---------------------------------------------------------------------------------------------
 // The file layer's view
 
-BASE_NODE* new_node(int op, TYPE* type) {
+NODE* new_node(int op, TYPE* type) {
   if (!type) type = tp->mk_void();
   if (op == UCALL && currfuninfo) currfuninfo->only_simple_calls = false;
   if (op == SCONV && type->is_enum()) type = type->enum_underlying()->normalized_type();
@@ -65,10 +65,6 @@ BASE_NODE* new_node(int op, TYPE* type) {
     if (!to_char && tp->basic[TYPE::I_SCHAR]->size == tp->mk_plain_int()->size) op = ISP2CHAR;
   }
   return alloc_node(op, type);
-}
-
-void erase_base_tree(BASE_NODE* tree) {
-  erase_tree(static_cast<NODE*>(tree));
 }
 
 I_SYMTAB* NODE::name_symbol() const {
@@ -436,7 +432,7 @@ NODE* copy_tree_0(const NODE* tree, FUNINFO* fi) {
 LIST* copy_statements(const LIST* list, bool keep_ls) {
   LIST* head = nullptr;
   LIST** tail = &head;
-  TREE_COPIER copier(keep_ls); // a CSE_DUPE may stand behind its CSE_ORIG's statement
+  TREE_COPIER copier(keep_ls); // a CSE_DUPE may stand after its CSE_ORIG's statement
   for (; list; list = list->next) {
     *tail = mklist(copier.copy(list->tree), nullptr, list->info[0], list->info[1]);
     (*tail)->psn = list->psn;

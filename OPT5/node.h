@@ -77,7 +77,7 @@ public:
     int dd_locale;         // DDNODE
   };
   union {
-    unsigned vargs = 0; // CALL: arguments behind the named parameters
+    unsigned vargs = 0; // CALL: arguments after the named parameters
     int dd_flags;       // DDNODE
   };
   [[no_unique_address]] NODE_OWNER owner;
@@ -199,6 +199,9 @@ struct LBL {
 
 // --- Making. All take ownership of their operands and give a new tree to the caller.
 NODE* alloc_node(int op, TYPE* type);
+// A node of a file, for the reader: PCONV may become ISP2CHAR, and a UCALL is noted in the current
+// function.
+NODE* new_node(int op, TYPE* type);
 NODE* maketree(int op, NODE* left, NODE* right, TYPE* type, LS* ls = nullptr);
 NODE* mktree(int op, NODE* left, NODE* right, TYPE* type, SYMTAB* sym, INT65 ival);
 // The assignment operator follows the target's type: ASG, STASG or ARASG.

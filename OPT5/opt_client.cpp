@@ -1,3 +1,7 @@
+// The reader's client: records of a file become symbols, statement lists and functions.
+//
+//   begin, param a, auto x, x = a, end  -->  a FUNINFO with its symbols, scopes and statements
+
 #include "OPT5/opt_client.h"
 
 #include "DIAG/abort.h"
@@ -66,6 +70,8 @@ class OPT_CLIENT : public IF_CLIENT {
 public:
   bool cl_magic(int, int) override { return true; }
   void cl_source(const char*) override {}
+
+  BASE_NODE* cl_new_node(int op, TYPE* type) override { return new_node(op, type); }
 
   void cl_merge_type_defs() override {
     tp->walk_types(
@@ -163,7 +169,7 @@ public:
   }
 
   void cl_preprocess_statics() override {
-    // What built-ins may read and write behind the program's back, for alias analysis. Never part
+    // What built-ins may read and write unseen by the program, for alias analysis. Never part
     // of the output's symbols unless a tree refers to them.
     mcall_implicit_state = make_implicit_symbol("__MCALL_implicit_state__");
     flag_status_register = make_implicit_symbol("__flag_status_register__");

@@ -1,3 +1,5 @@
+// The tables of operators that passes index, made of the rows of ifile/operators.inc.
+
 #include "OPT5/optables.h"
 
 #include "DIAG/abort.h"

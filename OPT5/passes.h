@@ -38,7 +38,7 @@ extern std::vector<pass*> normal_order;   // every step in table order
 extern std::vector<pass*> permuted_order; // what is run
 
 // What is still to be run for a function: the rest of permuted_order, which all functions share,
-// and behind it the output step where it was appended.
+// and after it the output step where it was appended.
 class step_list {
 public:
   bool empty() const { return size() == 0; }

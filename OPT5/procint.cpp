@@ -1,3 +1,5 @@
+// Interprocedural propagation: the hooks of the reading stage, which collect nothing yet.
+
 #include "OPT5/procint.h"
 
 #include "OPT5/fileopt.h"

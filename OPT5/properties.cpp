@@ -1,3 +1,5 @@
+// What steps leave for one another: built before a step, dropped after it, judged in test builds.
+
 #include "OPT5/properties.h"
 
 #include "OPT5/alias.h"

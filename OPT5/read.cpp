@@ -1,4 +1,6 @@
 // Pass 1's reading stage: what is done to each function when its last record has been read.
+//
+//   statements, newest first, in nested blocks  -->  a graph, and locals of one outermost block
 
 #include "OPT5/fcp.h"
 #include "OPT5/fileopt.h"

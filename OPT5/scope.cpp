@@ -1,3 +1,5 @@
+// The tree of lexical scopes.
+
 #include "OPT5/scope.h"
 
 #include "DIAG/abort.h"

@@ -1,4 +1,7 @@
 // Running the step lists: function by function, in parallel between barriers, output last.
+//
+//   f: 0 1 2 | 3 | 11 ...   g: 0 1 2 | 3 | 11 ...  -->  f 0 1 2, g 0 1 2, 3 once, f 11 ..., g 11
+//   ...
 
 #include "OPT5/passes.h"
 

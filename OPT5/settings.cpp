@@ -1,3 +1,5 @@
+// The settings of the current function and of the unit, from their option sets.
+
 #include "OPT5/settings.h"
 
 #include "OPT5/funinfo.h"

@@ -1,3 +1,8 @@
+// The tree simplifier: so far what the output needs.
+//
+//   if (__builtin_expect(c, 1))  -->  if (c)
+//   p[i] of memory               -->  *(p + i) of a file
+
 #include "OPT5/simp1.h"
 
 #include "OPT5/counters.h"

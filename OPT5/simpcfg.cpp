@@ -1,3 +1,5 @@
+// Clean-up of graphs: so far numbers and labels only.
+
 #include "OPT5/simpcfg.h"
 
 #include "OPT5/bblk.h"

@@ -1,3 +1,7 @@
+// Aggregates of blocks that never live together share memory.
+//
+//   { int a[8]; ... } { int b[8]; ... }  -->  union { int a[8]; int b[8]; } s; { ... } { ... }
+
 #include "OPT5/stackshare.h"
 
 #include "DIAG/abort.h"
@@ -185,7 +189,7 @@ long alignment_of(const SYMTAB* sym) {
   return std::max({sym->align, sym->type->align, 16u});
 }
 
-// Size and alignment of a scope: its variables one behind the other, then room for the largest of
+// Size and alignment of a scope: its variables one after the other, then room for the largest of
 // the scopes in it, which are known already.
 void measure(STACK_SHARING_SCOPE* scope) {
   long end = 0, inner_size = 0, inner_align = 16;
@@ -244,7 +248,7 @@ private:
   std::unordered_map<std::string, int> member_names; // of all classes, and how often wanted
   int class_count = 0;
 
-  // Its variables, and behind them a union of the scopes in it.
+  // Its variables, and after them a union of the scopes in it.
   TYPE* structure_of(const STACK_SHARING_SCOPE* scope) {
     TYPE* type = new_class(TYPE::K_STRUCT);
     for (const SYMTAB* sym : scope->variables)

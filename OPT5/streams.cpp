@@ -1,3 +1,5 @@
+// The debug and the information stream.
+
 #include "OPT5/streams.h"
 
 #include "DIAG/abort.h"

@@ -147,8 +147,8 @@ bool arguments_match(NODE* call, const std::vector<SYMTAB*>& homes) {
   return true;
 }
 
-// The block that a tail call branches to: what stands behind the argument prolog.
-BBLK* head_behind_prolog() {
+// The block that a tail call branches to: what stands after the argument prolog.
+BBLK* head_after_prolog() {
   BBLK* entry = currfuninfo->bb_list;
   LIST* first = entry->statements;
   const bool prolog = first && tree_is_arg_prolog(first->tree);
@@ -199,7 +199,7 @@ void order_assignments(std::vector<PENDING> pending, PSN* psn, std::vector<LIST*
   size_t next_in_cycle = 0;
   for (size_t left = pending.size(); left; left--) {
     if (ready.empty()) {
-      // A cycle: the old value of one target moves to a temporary, for all values behind its own.
+      // A cycle: the old value of one target moves to a temporary, for all values after its own.
       while (done[next_in_cycle])
         next_in_cycle++;
       SYMTAB* target = pending[next_in_cycle].target;
@@ -300,7 +300,7 @@ void remove_tail_recursion() {
   BBLK* head = nullptr;
   for (auto& [bb, found] : calls) {
     if (!arguments_match(found.call, homes)) continue;
-    if (!head) head = head_behind_prolog();
+    if (!head) head = head_after_prolog();
     removed_calls.count();
     if (bb == fi->bb_list) bb = head; // its statements have moved
     replace_call(bb, found, homes, head);

@@ -1,3 +1,5 @@
+// Built-in functions of the target, and vector operations hidden from passes that know none.
+
 #include "OPT5/target.h"
 #include "OPT5/treewalk.h"
 

@@ -1,4 +1,6 @@
 // Congruence of trees, and rewrites of whole trees.
+//
+//   x = x + 1  -->  x += 1, and back
 
 #include "OPT5/node.h"
 #include "OPT5/optables.h"

@@ -1,4 +1,6 @@
 // Types of expressions, and conversions of trees between them.
+//
+//   long + int  -->  long + (long)int;   x = x  -->  nothing;   x == x  -->  1
 
 #include "OPT5/types.h"
 #include "OPT5/treewalk.h"

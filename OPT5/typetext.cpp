@@ -1,3 +1,5 @@
+// Names of types in the text form of icode.
+
 #include "OPT5/typetext.h"
 
 #include <cctype>

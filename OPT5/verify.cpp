@@ -1,3 +1,5 @@
+// The verifier: looks, changes nothing, and names the step after which something is broken.
+
 #include "OPT5/verify.h"
 #include "OPT5/treewalk.h"
 

@@ -1,3 +1,7 @@
+// The output step: a function's graph becomes records again, then the unit's symbols follow.
+//
+//   IF(c, (L1, L2)), with L2 next  -->  CBRANCH(c, L1)
+
 #include "OPT5/write.h"
 #include "OPT5/treewalk.h"
 
@@ -579,7 +583,7 @@ static void log_pragma(const PRAGMA* p) {
 }
 
 void finish_global_symbols() {
-  for (const std::string& comment : comments_between_functions) // behind the last function
+  for (const std::string& comment : comments_between_functions) // after the last function
     write_comment(comment.c_str());
   comments_between_functions.clear();
   note_uses_of_definitions();

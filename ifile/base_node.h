@@ -1,6 +1,5 @@
 // A tree node as the file layer sees it. The optimiser's NODE and the C front end's trees derive
-// from it; the reader makes nodes through new_node, which the program that links this layer
-// supplies.
+// from it; the reader has its client make nodes.
 #pragma once
 
 #include "ifile/opcodes.h"
@@ -59,9 +58,3 @@ public:
 
   virtual ~BASE_NODE() = default;
 };
-
-// Makes an empty node; see BASE_NODE. The reader sets its payload and operands. May return another
-// operator than asked for (ISP2CHAR for PCONV).
-BASE_NODE* new_node(int op, TYPE* type);
-// Frees a tree whose reading failed or whose root was dropped.
-void erase_base_tree(BASE_NODE* tree);

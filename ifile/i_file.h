@@ -7,6 +7,7 @@
 
 #include "ifile/base_node.h"
 #include "ifile/if_client.h"
+#include "ifile/tags.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -26,41 +27,6 @@ constexpr int ICODE_VERSION = -71;
 constexpr int OLDEST_ICODE_VERSION = -86;
 constexpr int ICODE_CPU_ID = 600;
 constexpr unsigned NO_SYMBOL_LEVEL = 0xFFFFFFFFu;
-
-enum ICODE_TAG {
-  TAG_BEGIN_FUNC = 1,
-  TAG_END_FUNC = 2,
-  TAG_BEGIN_BLOCK = 3,
-  TAG_END_BLOCK = 4,
-  TAG_END_ARGS = 5,
-  TAG_END_LOCALS = 6,
-  TAG_HEADER = 8,
-  TAG_LIR = 34,
-  TAG_SYMBOL = 35,
-  TAG_ASM = 36,
-  TAG_LOOP_DEF = 38,
-  TAG_LABEL = 42,
-  TAG_MBANK = 45,
-  TAG_EXPR = 46,
-  TAG_COMMENT = 47,
-  TAG_DD_EDGE = 58,
-  TAG_DD_VECTOR = 59,
-  TAG_CATCH = 63,
-  TAG_FUNC_INFO = 64,
-  TAG_EHT_ENTRY = 91,
-  TAG_EHT = 93,
-  TAG_PRAGMA = 94,
-  TAG_NODE = 101,
-  TAG_INIT = 105,
-  TAG_LDSPEC = 108,
-  TAG_OPTION_SET = 111,
-  TAG_TYPE = 116,
-  TAG_IR_FUNC = 123,
-  TAG_IN_LOOP = 124,
-  TAG_IR_END = 125,
-  TAG_FILE_NAME = 126,
-  TAG_EOF = 255
-};
 
 struct OPTION_SET {
   unsigned number = 0;

@@ -42,6 +42,9 @@ public:
   virtual void cl_pragma(I_SYMTAB* sym, PRAGMA* pragma) = 0;
   virtual void cl_symbol_def(I_SYMTAB* sym) = 0;
   virtual void cl_init(I_SYMTAB* sym) = 0; // the symbol's initialiser has been read
+  // Makes an empty node, of which the reader sets payload and operands. It may be of another
+  // operator than asked for.
+  virtual BASE_NODE* cl_new_node(int op, TYPE* type) = 0;
   virtual void cl_merge_type_defs() = 0;
   virtual void cl_preprocess_statics() = 0;
   virtual void cl_begin_func(I_SYMTAB* func, PSN* psn) = 0;

@@ -39,7 +39,7 @@ static bool is_floating(const BASE_NODE* node) {
 
 BASE_NODE* I_FILE::read_node_payload(int op, TYPE* type) {
   if (op == EPVAL) if_die(INVALID_RECORD); // a wrapper, made by its own case
-  BASE_NODE* node = new_node(op, type);
+  BASE_NODE* node = client->cl_new_node(op, type);
   switch (op) {
   case LABEL: node->mk_label(static_cast<int>(i_read_uint32())); break;
   case NAME: {

@@ -4,7 +4,7 @@
 // short form on. So all derivations are finite chains, and only classes can close a cycle: a
 // harmless one through pointers, or, in a damaged file, one by value, which check_types finds.
 #include "ifile/i_file.h"
-#include "ifile/if_type_codes.h"
+#include "ifile/tags.h"
 
 #include "TYPES/type_pkg.h"
 
@@ -285,7 +285,7 @@ TYPE* I_FILE::tp_make_plain_type(int code, unsigned& depth) {
   default: break;
   }
   const bool is_int =
-      (code >= TC_FIRST_INT && code <= TC_LAST_SHORT_INT) || code == TC_LLONG || code == TC_ULLONG;
+      (code >= TC_BOOL && code <= TC_ULONG) || code == TC_LLONG || code == TC_ULLONG;
   if (!is_int) if_die(INVALID_RECORD);
   return tp_make_int(code);
 }

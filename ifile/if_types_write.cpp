@@ -4,7 +4,7 @@
 // all that the numbered types refer to are numbered too; then classes stand first, in short form,
 // so that every other reference can go to a record that is already there.
 #include "ifile/i_file.h"
-#include "ifile/if_type_codes.h"
+#include "ifile/tags.h"
 
 #include "TYPES/type_pkg.h"
 

@@ -1,6 +1,7 @@
 // Files written and read by the file layer alone, with symbols and a client that do nothing else.
 #pragma once
 
+#include "OPT5/node.h"
 #include "TYPES/type_pkg.h"
 #include "ifile/i_file.h"
 
@@ -59,6 +60,7 @@ struct TYPE_CLIENT : IF_CLIENT {
     return symbols.back().get();
   }
   void cl_pragma(I_SYMTAB*, PRAGMA*) override {}
+  BASE_NODE* cl_new_node(int op, TYPE* type) override { return new_node(op, type); }
   void cl_symbol_def(I_SYMTAB*) override {}
   void cl_init(I_SYMTAB*) override {}
   void cl_merge_type_defs() override {}

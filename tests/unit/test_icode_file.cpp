@@ -38,7 +38,7 @@ struct LOG_CLIENT : TYPE_CLIENT {
   void cl_ir_end_func(PSN* psn) override { note("ir end @%u", line(psn)); }
   void cl_expr(BASE_NODE* root, PSN* psn) override {
     note("expression %d:%d @%u", root->op, root->vreg_id(), line(psn));
-    erase_base_tree(root);
+    erase_tree(static_cast<NODE*>(root));
   }
   void cl_label(unsigned number) override { note("label %u", number); }
   void cl_inline_asm(char* text, PSN* psn) override { note("asm %s @%u", text, line(psn)); }
@@ -51,7 +51,7 @@ struct LOG_CLIENT : TYPE_CLIENT {
         for (const I_CATCH_ENTRY& c : *e->catches)
           note("catch %s %u %d", c.type_name.c_str(), c.number, c.flag);
       delete e->catches;
-      if (e->cleanup) erase_base_tree(e->cleanup);
+      if (e->cleanup) erase_tree(static_cast<NODE*>(e->cleanup));
     }
   }
   void cl_loop_def(unsigned id, unsigned parent, unsigned long min, unsigned long max,
@@ -144,10 +144,10 @@ TEST_F(ICODE_FILE, EveryRecordOfAFunction) {
   out->if_write_inloop(1, p, 2);
   out->if_write_inloop(1, nullptr, 0);
   out->if_write_label(5);
-  BASE_NODE* reg = new_node(VREG, pkg->mk_plain_int());
+  NODE* reg = new_node(VREG, pkg->mk_plain_int());
   reg->mk_vreg(-6);
   out->if_write_expr(reg, at(5));
-  erase_base_tree(reg);
+  erase_tree(static_cast<NODE*>(reg));
   DD_ENTRY distances[2] = {{200, -100}, {1, 127}};
   out->if_write_dep_vector(distances, 1, 2, 2);
   out->if_write_dep_edge(1, 2, 3);

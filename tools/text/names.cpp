@@ -34,18 +34,29 @@ struct FORM_WORD {
 };
 
 constexpr FORM_WORD FORM_WORDS[] = {
-    {"unknown", TC_UNKNOWN},  {"fixed", TC_FIXED},
-    {"typedef", TC_TYPEDEF},  {"ptr", TC_PTR},
-    {"ref", TC_REF},          {"qual", TC_QUAL},
-    {"array", TC_ARRAY},      {"ptm", TC_PTM},
-    {"fn", TC_FUNC},          {"enum", TC_ENUM},
-    {"complex", TC_COMPLEX},  {"param", TC_PARAM},
-    {"etor", TC_ETOR},        {"member", TC_MDATA},
-    {"base", TC_BCLASS},      {"adecl", TC_ADECL},
-    {"friendfn", TC_FFRIEND}, {"friend", TC_CFRIEND},
-    {"nested", TC_NTYPE},     {"static", TC_SDATA},
-    {"method", TC_MFUNC},     {"listbegin", TC_LIST_BEGIN},
-    {"listend", TC_LIST_END},
+    {"unknown", TC_UNKNOWN},
+    {"fixed", TC_FIXED},
+    {"typedef", TC_TYPEDEF},
+    {"ptr", TC_POINTER},
+    {"ref", TC_REFERENCE},
+    {"qual", TC_QUALIFIED},
+    {"array", TC_ARRAY},
+    {"ptm", TC_PTM},
+    {"fn", TC_FUNC},
+    {"enum", TC_ENUM},
+    {"complex", TC_COMPLEX},
+    {"param", TC_PARAM},
+    {"etor", TC_ENUMERATOR},
+    {"member", TC_MEMBER},
+    {"base", TC_BASE_CLASS},
+    {"adecl", TC_ACCESS_DECL},
+    {"friendfn", TC_FRIEND_FUNC},
+    {"friend", TC_FRIEND_CLASS},
+    {"nested", TC_NESTED_TYPE},
+    {"static", TC_STATIC_MEMBER},
+    {"method", TC_MEMBER_FUNC},
+    {"listbegin", TC_LIST_HEADER},
+    {"listend", TC_LIST_TRAILER},
 };
 
 const BASIC_TYPE* basic_type(uint8_t code) {
@@ -81,9 +92,9 @@ std::string wanted_type_name(const TYPE_NAMES& names, const TYPE_RECORD& r) {
   std::string target = type_name(names, r.ref);
   if (target == "-") target = "none";
   switch (r.code) {
-  case TC_PTR: return target + "*";
-  case TC_REF: return target + "&";
-  case TC_QUAL:
+  case TC_POINTER: return target + "*";
+  case TC_REFERENCE: return target + "&";
+  case TC_QUALIFIED:
     // A qualifier of something derived stands behind it: `int*.const`.
     return isalnum(uint8_t(target.back())) || target.back() == '_' || target.back() == '$'
                ? qualifier_text(r.count) + "." + target
@@ -106,7 +117,7 @@ constexpr size_t MAX_TYPE_NAME = 60;
 void declare_type(TYPE_NAMES& names, const TYPE_RECORD& r, const std::string& name) {
   names.by_name.emplace(name, r.number);
   names.by_number.emplace(r.number, name);
-  if (r.code == TC_PTR) names.pointer_to.emplace(r.ref, r.number);
+  if (r.code == TC_POINTER) names.pointer_to.emplace(r.ref, r.number);
   names.last_number = r.number;
 }
 
@@ -197,8 +208,8 @@ TYPE_RECORD default_record(const UNIT& unit, const TYPE_RECORD& r) {
     return d;
   }
   switch (r.code) {
-  case TC_PTR:
-  case TC_REF: d.size = d.align = 32; break;
+  case TC_POINTER:
+  case TC_REFERENCE: d.size = d.align = 32; break;
   case TC_ARRAY:
     d.count = r.count;
     d.size *= r.count;

@@ -429,11 +429,11 @@ void PARSER::parse_function(bool is_ir) {
   if (take_word("raw")) {
     LEXEME at = token();
     parse_raw_item();
-    if (unit.items.back().tag != (is_ir ? TAG_IR_BEGIN : TAG_BEGIN_FUNC))
+    if (unit.items.back().tag != (is_ir ? TAG_IR_FUNC : TAG_BEGIN_FUNC))
       fail_at(at, "expected the bytes of a record that begins a function");
   } else {
     ITEM item;
-    item.tag = is_ir ? TAG_IR_BEGIN : TAG_BEGIN_FUNC;
+    item.tag = is_ir ? TAG_IR_FUNC : TAG_BEGIN_FUNC;
     item.psn = take_psn();
     begin_function(unit, state, std::move(function));
     item.index = state.function;
@@ -609,7 +609,7 @@ void PARSER::parse_item() {
     parse_raw_item();
     switch (unit.items.back().tag) {
     case TAG_BEGIN_FUNC:
-    case TAG_IR_BEGIN:
+    case TAG_IR_FUNC:
     case TAG_END_FUNC:
     case TAG_IR_END:
     case TAG_BEGIN_BLOCK:
@@ -669,13 +669,13 @@ void PARSER::parse_item() {
     item.tag = TAG_COMMENT;
     item.index = add_string(unit, take_string("the text in double quotes"));
   } else if (take_word("info")) {
-    item.tag = TAG_INFO;
+    item.tag = TAG_FUNC_INFO;
     LEXEME at = token();
     int64_t info = take_sint("a number");
     if (info < INT8_MIN || info > INT8_MAX) fail_at(at, "expected a number of 8 bits");
     item.index = uint32_t(int32_t(info));
   } else if (take_word("ir")) {
-    item.tag = TAG_IR;
+    item.tag = TAG_LIR;
     item.index = add_string(unit, take_bytes());
   } else if (take_word("pragma")) {
     item.tag = TAG_PRAGMA;
@@ -685,20 +685,20 @@ void PARSER::parse_item() {
       p.args.push_back(take_string("an argument"));
     item.index = append(unit.pragmas, std::move(p));
   } else if (take_word("loop")) {
-    item.tag = TAG_LOOP;
+    item.tag = TAG_LOOP_DEF;
     item.index = append(unit.loops, take_fields<LOOP_DEF>(*this, [](auto& v) { loop_fields(v); }));
   } else if (take_word("inloop")) {
-    item.tag = TAG_LOOP_USE;
+    item.tag = TAG_IN_LOOP;
     parse_loop_use();
     item.index = uint32_t(unit.loop_uses.size() - 1);
   } else if (take_word("mbank")) {
     item.tag = TAG_MBANK;
     item.index = append(unit.banks, take_fields<MEM_BANK>(*this, [](auto& v) { bank_fields(v); }));
   } else if (take_word("edge")) {
-    item.tag = TAG_EDGE;
+    item.tag = TAG_DD_EDGE;
     item.index = append(unit.edges, take_fields<DEP_EDGE>(*this, [](auto& v) { edge_fields(v); }));
   } else if (take_word("vector")) {
-    item.tag = TAG_VECTOR;
+    item.tag = TAG_DD_VECTOR;
     parse_vector();
     item.index = uint32_t(unit.vectors.size() - 1);
   } else if (take_word("spec")) {

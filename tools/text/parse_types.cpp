@@ -24,7 +24,7 @@ bool peel(std::string& name, TYPE_RECORD& layer) {
   layer = {};
   char last = name.back();
   if (last == '*' || last == '&') {
-    layer.code = last == '*' ? TC_PTR : TC_REF;
+    layer.code = last == '*' ? TC_POINTER : TC_REFERENCE;
     name.pop_back();
     return !name.empty();
   }
@@ -40,7 +40,7 @@ bool peel(std::string& name, TYPE_RECORD& layer) {
     return true;
   }
   for (const QUALIFIER_WORD& q : QUALIFIERS) {
-    layer.code = TC_QUAL;
+    layer.code = TC_QUALIFIED;
     layer.count = q.bit;
     std::string front = std::string(q.word) + ".", behind = "." + std::string(q.word);
     if (name.size() > behind.size() && name.ends_with(behind)) {
@@ -67,7 +67,7 @@ uint32_t declare_implied(PARSER& p, TYPE_RECORD layer, const std::string& name, 
   bool is_vector = layer.is_vector;
   TYPE_RECORD r = default_record(p.unit, layer);
   r.is_vector = is_vector;
-  if (layer.code == TC_QUAL) r.count = layer.count;
+  if (layer.code == TC_QUALIFIED) r.count = layer.count;
   r.number = free_number(p);
   p.add_record(r, at);
   declare_type(p.names, r, name);
@@ -77,7 +77,7 @@ uint32_t declare_implied(PARSER& p, TYPE_RECORD layer, const std::string& name, 
 } // namespace
 
 void PARSER::add_record(TYPE_RECORD record, const LEXEME& at) {
-  if (record.code == TC_MDATA)
+  if (record.code == TC_MEMBER)
     member_numbers.emplace(std::to_string(record.number) + "." + record.name, record.count);
   std::string error;
   if (!add_type_record(unit, std::move(record), error)) fail_at(at, error);
@@ -122,7 +122,7 @@ uint32_t PARSER::basic_type(const char* name) {
 
 uint32_t PARSER::pointer_type(uint32_t target) {
   TYPE_RECORD pointer;
-  pointer.code = TC_PTR;
+  pointer.code = TC_POINTER;
   pointer.ref = target;
   TYPE_RECORD shape = pointer;
   shape.number = free_number(*this);
@@ -157,28 +157,28 @@ void add_list(PARSER& p, uint32_t number, int8_t kind, std::vector<TYPE_RECORD>&
               size_t begin, size_t end, const LEXEME& at) {
   TYPE_RECORD mark;
   mark.number = number;
-  mark.code = TC_LIST_BEGIN;
+  mark.code = TC_LIST_HEADER;
   mark.list = kind;
   p.add_record(mark, at);
   for (size_t i = begin; i < end; i++) {
     elements[i].number = number;
     p.add_record(std::move(elements[i]), at);
   }
-  mark.code = TC_LIST_END;
+  mark.code = TC_LIST_TRAILER;
   p.add_record(mark, at);
 }
 
 int8_t list_of_element(uint8_t code) {
   switch (code) {
-  case TC_PARAM: return LK_PARAMS;
-  case TC_BCLASS: return LK_BASES;
-  case TC_ADECL: return LK_ACCESS_DECLS;
-  case TC_FFRIEND: return LK_FRIEND_FUNCS;
-  case TC_CFRIEND: return LK_FRIEND_CLASSES;
-  case TC_NTYPE: return LK_NESTED_TYPES;
-  case TC_SDATA: return LK_STATIC_MEMBERS;
-  case TC_MFUNC: return LK_MEMBER_FUNCS;
-  default: return LK_DATA_MEMBERS;
+  case TC_PARAM: return TL_PARAMS;
+  case TC_BASE_CLASS: return TL_BASES;
+  case TC_ACCESS_DECL: return TL_ACCESS_DECLS;
+  case TC_FRIEND_FUNC: return TL_FRIEND_FUNCS;
+  case TC_FRIEND_CLASS: return TL_FRIEND_CLASSES;
+  case TC_NESTED_TYPE: return TL_NESTED_TYPES;
+  case TC_STATIC_MEMBER: return TL_STATIC_MEMBERS;
+  case TC_MEMBER_FUNC: return TL_MEMBER_FUNCS;
+  default: return TL_MEMBERS;
   }
 }
 
@@ -197,21 +197,22 @@ TYPE_RECORD take_element(PARSER& p, const TYPE_RECORD& owner, const TYPE_RECORD*
   else
     name = p.take_name("a member");
   if (p.take(':')) {
-    r.code = TC_MDATA;
+    r.code = TC_MEMBER;
     r.name = name;
-  } else if (!may_be_word || !form_by_word(name, r) || r.code < TC_MDATA || r.code > TC_MFUNC) {
+  } else if (!may_be_word || !form_by_word(name, r) || r.code < TC_MEMBER ||
+             r.code > TC_MEMBER_FUNC) {
     p.expected("':' and the member's type");
-  } else if (r.code == TC_FFRIEND || r.code == TC_SDATA || r.code == TC_MFUNC) {
+  } else if (r.code == TC_FRIEND_FUNC || r.code == TC_STATIC_MEMBER || r.code == TC_MEMBER_FUNC) {
     r.name = p.take_name("a name");
     p.expect(':', "behind the name");
   }
-  if (r.code != TC_ADECL) r.ref = p.take_type();
-  if (r.code == TC_MDATA) r.count = before ? before->count + 1 : 1;
+  if (r.code != TC_ACCESS_DECL) r.ref = p.take_type();
+  if (r.code == TC_MEMBER) r.count = before ? before->count + 1 : 1;
   ATTRIBUTES attributes = p.take_attributes();
   FIELD_SETTER<TYPE_RECORD> fields{p, attributes, r};
   type_fields(fields, r.code, p.text_version());
   p.check_used(attributes);
-  if (r.code == TC_MDATA && !attributes.count("at"))
+  if (r.code == TC_MEMBER && !attributes.count("at"))
     r.offset = default_member_offset(p.unit, owner.kind == CLASS_KIND_UNION, before, r);
   return r;
 }
@@ -221,7 +222,7 @@ void measure(const UNIT& unit, const std::vector<TYPE_RECORD>& elements, TYPE_RE
   r.align = 16;
   r.size = 0;
   for (const TYPE_RECORD& e : elements) {
-    const TYPE_INFO* type = e.code == TC_MDATA ? find_type(unit, e.ref) : nullptr;
+    const TYPE_INFO* type = e.code == TC_MEMBER ? find_type(unit, e.ref) : nullptr;
     if (!type) continue;
     r.align = std::max(r.align, type->align);
     r.size = std::max(r.size, uint64_t(e.offset) + (e.bit_size ? e.bit_size : type->size));
@@ -242,7 +243,7 @@ void take_class_body(PARSER& p, TYPE_RECORD r, bool lists_given, uint32_t short_
       TYPE_RECORD e = take_element(p, r, before);
       auto bit = std::find(LONG_FORM_LISTS.begin(), LONG_FORM_LISTS.end(), list_of_element(e.code));
       lists = uint16_t(lists | 1 << (bit - LONG_FORM_LISTS.begin()));
-      if (e.code == TC_MDATA) last_member = elements.size();
+      if (e.code == TC_MEMBER) last_member = elements.size();
       elements.push_back(std::move(e));
       if (!p.take(',') && !p.token().is('}') && !p.token().starts_line)
         p.expected("',', '}' or the end of the line");
@@ -277,7 +278,7 @@ void PARSER::parse_type() {
   if (take_word("raw")) {
     decode_raw("type record", [&](READER& r) { decode_type(r, unit); });
     const TYPE_RECORD& record = unit.types.back();
-    if (record.code == TC_MDATA)
+    if (record.code == TC_MEMBER)
       member_numbers.emplace(std::to_string(record.number) + "." + record.name, record.count);
     bool defines = find_type(unit, record.number) &&
                    unit.type_info[record.number].record == unit.types.size() - 1;
@@ -309,13 +310,13 @@ void PARSER::parse_type() {
     r.ref = take_type();
     r.count = take_uint("the number of elements");
     break;
-  case TC_QUAL:
+  case TC_QUALIFIED:
     r.ref = take_type();
     for (const QUALIFIER_WORD& q : QUALIFIERS)
       if (take_word(q.word)) words |= q.bit;
     break;
-  case TC_PTR:
-  case TC_REF:
+  case TC_POINTER:
+  case TC_REFERENCE:
   case TC_COMPLEX:
   case TC_FIXED:
   case TC_TYPEDEF:
@@ -333,7 +334,7 @@ void PARSER::parse_type() {
     }
   }
   TYPE_RECORD d = default_record(unit, r);
-  if (r.code == TC_QUAL) d.count = words;
+  if (r.code == TC_QUALIFIED) d.count = words;
   d.name = default_type_text(r, name);
   bool is_named = r.code == TC_TYPEDEF || r.code == TC_ENUM || r.code == TC_CSU_SHORT;
   if (is_named && token().kind == T_STRING) d.name = take_string("a name");
@@ -346,7 +347,7 @@ void PARSER::parse_type() {
     int64_t next = 0;
     while (!take('}')) {
       TYPE_RECORD e;
-      e.code = TC_ETOR;
+      e.code = TC_ENUMERATOR;
       e.name = take_name("an enumerator");
       if (take('=')) next = take_sint("the enumerator's value");
       e.value = uint64_t(next);
@@ -361,7 +362,7 @@ void PARSER::parse_type() {
   add_record(d, at);
   declare_type(names, d, name);
   if (has_list)
-    add_list(*this, d.number, r.code == TC_FUNC ? LK_PARAMS : LK_ENUMERATORS, elements, 0,
+    add_list(*this, d.number, r.code == TC_FUNC ? TL_PARAMS : TL_ENUMERATORS, elements, 0,
              elements.size(), at);
   if (r.code != TC_CSU_SHORT) return;
   auto record = uint32_t(unit.types.size() - 1);

@@ -27,9 +27,9 @@ std::string hex_number(uint64_t value) {
   return text;
 }
 
-constexpr uint8_t element_code_of_list[LIST_KIND_COUNT] = {
-    TC_PARAM,   TC_ETOR,  TC_BCLASS, TC_ADECL, TC_FFRIEND,
-    TC_CFRIEND, TC_NTYPE, TC_MDATA,  TC_SDATA, TC_MFUNC};
+constexpr uint8_t element_code_of_list[TL_COUNT] = {
+    TC_PARAM,        TC_ENUMERATOR,  TC_BASE_CLASS, TC_ACCESS_DECL,   TC_FRIEND_FUNC,
+    TC_FRIEND_CLASS, TC_NESTED_TYPE, TC_MEMBER,     TC_STATIC_MEMBER, TC_MEMBER_FUNC};
 
 struct PRINTER {
   const UNIT& unit;
@@ -136,11 +136,11 @@ struct PRINTER {
   // The end of the list of `kind` that begins at record `i`; `i` itself if there is no such list
   // of the plain form begin, elements, end.
   size_t list_end(size_t i, const TYPE_RECORD& owner, int8_t kind) {
-    if (!same_owner(i, owner, TC_LIST_BEGIN) || unit.types[i].list != kind) return i;
+    if (!same_owner(i, owner, TC_LIST_HEADER) || unit.types[i].list != kind) return i;
     size_t j = i + 1;
     while (same_owner(j, owner, element_code_of_list[size_t(kind)]))
       ++j;
-    return same_owner(j, owner, TC_LIST_END) && unit.types[j].list == kind ? j + 1 : i;
+    return same_owner(j, owner, TC_LIST_TRAILER) && unit.types[j].list == kind ? j + 1 : i;
   }
 
   // "type NAME =", with the number where it isn't the next one.
@@ -176,7 +176,7 @@ struct PRINTER {
     std::string title = r.name == defaults.name ? "" : " " + quote_text(r.name, '"');
     size_t end = i + 1;
     switch (r.code) {
-    case TC_QUAL:
+    case TC_QUALIFIED:
       text += " " + type(r.ref);
       if (r.count & QUAL_CONST) text += " const";
       if (r.count & QUAL_VOLATILE) text += " volatile";
@@ -185,14 +185,14 @@ struct PRINTER {
       break;
     case TC_ARRAY: text += " " + type(r.ref) + " " + to_string(r.count); break;
     case TC_PTM: text += " " + type(r.ref) + " " + type(r.ref2); break;
-    case TC_PTR:
-    case TC_REF:
+    case TC_POINTER:
+    case TC_REFERENCE:
     case TC_COMPLEX:
     case TC_FIXED: text += " " + type(r.ref); break;
     case TC_TYPEDEF: text += " " + type(r.ref) + title; break;
     case TC_FUNC: {
       text += " " + type(r.ref);
-      end = list_end(i + 1, r, LK_PARAMS);
+      end = list_end(i + 1, r, TL_PARAMS);
       if (end == i + 1) break;
       text += " (";
       for (size_t j = i + 2; j + 1 < end; j++)
@@ -213,7 +213,7 @@ struct PRINTER {
     default: break;
     }
     text += type_attributes(r, defaults, {"name", "target", "class"});
-    if (r.code == TC_ENUM && (end = list_end(i + 1, r, LK_ENUMERATORS)) != i + 1) {
+    if (r.code == TC_ENUM && (end = list_end(i + 1, r, TL_ENUMERATORS)) != i + 1) {
       line(text + " {");
       ++depth;
       for (size_t j = i + 2; j + 1 < end; j++) {
@@ -240,12 +240,12 @@ struct PRINTER {
     TYPE_RECORD defaults;
     switch (r.code) {
     case TC_PARAM: return "param " + param(r);
-    case TC_BCLASS:
-    case TC_CFRIEND:
-    case TC_NTYPE:
+    case TC_BASE_CLASS:
+    case TC_FRIEND_CLASS:
+    case TC_NESTED_TYPE:
       return form_word(r) + (" " + type(r.ref)) + type_attributes(r, defaults, {"type"});
-    case TC_ADECL: return form_word(r) + type_attributes(r, defaults, {});
-    case TC_MDATA:
+    case TC_ACCESS_DECL: return form_word(r) + type_attributes(r, defaults, {});
+    case TC_MEMBER:
       defaults.count = before ? before->count + 1 : 1;
       defaults.offset = default_member_offset(seen, owner.kind == CLASS_KIND_UNION, before, r);
       return show_name(r.name) + ": " + type(r.ref) +
@@ -295,9 +295,9 @@ struct PRINTER {
       const TYPE_RECORD* before = nullptr;
       for (size_t j = i + 1; j < end; j++) {
         const TYPE_RECORD& e = unit.types[j];
-        if (e.code >= TC_LIST_BEGIN) continue;
+        if (e.code >= TC_LIST_HEADER) continue;
         line(element(e, r, before));
-        if (e.code == TC_MDATA) before = &e;
+        if (e.code == TC_MEMBER) before = &e;
       }
       --depth;
       line("}");
@@ -646,7 +646,7 @@ struct PRINTER {
     const ITEM& item = unit.items[i];
     switch (item.tag) {
     case TAG_BEGIN_FUNC:
-    case TAG_IR_BEGIN: {
+    case TAG_IR_FUNC: {
       function = &unit.functions[item.index];
       taken_locals.clear();
       std::string text;
@@ -696,14 +696,14 @@ struct PRINTER {
       depth += outside;
       return;
     }
-    case TAG_INFO: return line("info " + to_string(int32_t(item.index)));
+    case TAG_FUNC_INFO: return line("info " + to_string(int32_t(item.index)));
     case TAG_ASM: return line("asm " + quote_text(unit.strings[item.index], '"') + psn(item.psn));
     case TAG_COMMENT: return line("comment " + quote_text(unit.strings[item.index], '"'));
-    case TAG_IR: return line("ir " + hex_bytes(unit.strings[item.index]));
+    case TAG_LIR: return line("ir " + hex_bytes(unit.strings[item.index]));
     case TAG_PRAGMA: return line("pragma " + pragma(unit.pragmas[item.index]));
-    case TAG_LOOP:
+    case TAG_LOOP_DEF:
       return line(simple("loop", unit.loops[item.index], [](auto& v) { loop_fields(v); }));
-    case TAG_LOOP_USE: {
+    case TAG_IN_LOOP: {
       const LOOP_USE& use = unit.loop_uses[item.index];
       const std::string* name = known_name(uint32_t(use.level), uint64_t(use.index));
       const SYMBOL* s =
@@ -718,9 +718,9 @@ struct PRINTER {
     }
     case TAG_MBANK:
       return line(simple("mbank", unit.banks[item.index], [](auto& v) { bank_fields(v); }));
-    case TAG_EDGE:
+    case TAG_DD_EDGE:
       return line(simple("edge", unit.edges[item.index], [](auto& v) { edge_fields(v); }));
-    case TAG_VECTOR: return print_vector(unit.vectors[item.index]);
+    case TAG_DD_VECTOR: return print_vector(unit.vectors[item.index]);
     case TAG_LDSPEC: {
       const LOAD_SPEC& s = unit.speculations[item.index];
       constexpr const char* forms[] = {"induction", "random", "region"};
@@ -778,7 +778,7 @@ struct PRINTER {
     for (const INIT& init : unit.inits)
       print_init(init);
     for (size_t i = 0; i < unit.items.size(); i++) {
-      if (unit.items[i].tag == TAG_BEGIN_FUNC || unit.items[i].tag == TAG_IR_BEGIN) out += '\n';
+      if (unit.items[i].tag == TAG_BEGIN_FUNC || unit.items[i].tag == TAG_IR_FUNC) out += '\n';
       print_item(i);
     }
   }

@@ -204,7 +204,7 @@ const char* step_frame(UNIT& unit, STREAM_STATE& state, ITEM& item) {
   bool inside = state.function != NONE;
   switch (item.tag) {
   case TAG_BEGIN_FUNC:
-  case TAG_IR_BEGIN: return nullptr; // entered with their fields
+  case TAG_IR_FUNC: return nullptr; // entered with their fields
   case TAG_END_FUNC:
   case TAG_IR_END:
     if (!inside || unit.functions[state.function].is_ir != (item.tag == TAG_IR_END))
@@ -235,7 +235,7 @@ const char* step_frame(UNIT& unit, STREAM_STATE& state, ITEM& item) {
 void decode_options(READER& r, UNIT& unit) {
   size_t start = r.pos();
   OPTION_SET set;
-  expect_tag(r, TAG_OPTIONS, "an option set");
+  expect_tag(r, TAG_OPTION_SET, "an option set");
   set.number = r.uint();
   set.options = get_strings(r);
   r.close_record();
@@ -265,7 +265,7 @@ void decode_type(READER& r, UNIT& unit) {
 void decode_file(READER& r, UNIT& unit) {
   size_t start = r.pos();
   FILE_NAME file;
-  expect_tag(r, TAG_FILE, "a file name");
+  expect_tag(r, TAG_FILE_NAME, "a file name");
   file.name = r.str();
   r.close_record();
   keep_raw(r, unit, start, file.raw, [&](ENCODER& e) { e.file(file); });
@@ -345,7 +345,7 @@ void decode_item(READER& r, UNIT& unit, STREAM_STATE& state) {
     item.index = state.function;
     break;
   }
-  case TAG_IR_BEGIN: {
+  case TAG_IR_FUNC: {
     if (inside) return r.fail_at(start, "a function begins within another");
     FUNCTION function;
     function.is_ir = true;
@@ -374,20 +374,20 @@ void decode_item(READER& r, UNIT& unit, STREAM_STATE& state) {
     item.index = r.uint_32();
     if (inside) unit.functions[state.function].labels.emplace(item.index, unit.items.size());
     break;
-  case TAG_INFO: item.index = uint32_t(int32_t(r.s8())); break;
+  case TAG_FUNC_INFO: item.index = uint32_t(int32_t(r.s8())); break;
   case TAG_ASM:
     item.index = add_string(unit, r.str());
     item.psn = get_psn(r);
     break;
   case TAG_COMMENT: item.index = add_string(unit, r.str()); break;
-  case TAG_IR: item.index = add_string(unit, r.rest()); break;
-  case TAG_LOOP: item.index = get_record(r, unit.loops, [](auto& v) { loop_fields(v); }); break;
-  case TAG_LOOP_USE:
+  case TAG_LIR: item.index = add_string(unit, r.rest()); break;
+  case TAG_LOOP_DEF: item.index = get_record(r, unit.loops, [](auto& v) { loop_fields(v); }); break;
+  case TAG_IN_LOOP:
     item.index = get_record(r, unit.loop_uses, [](auto& v) { loop_use_fields(v); });
     break;
   case TAG_MBANK: item.index = get_record(r, unit.banks, [](auto& v) { bank_fields(v); }); break;
-  case TAG_EDGE: item.index = get_record(r, unit.edges, [](auto& v) { edge_fields(v); }); break;
-  case TAG_VECTOR: {
+  case TAG_DD_EDGE: item.index = get_record(r, unit.edges, [](auto& v) { edge_fields(v); }); break;
+  case TAG_DD_VECTOR: {
     DEP_VECTOR vector;
     vector.id = r.uint();
     vector.kind = r.u8();
@@ -411,7 +411,7 @@ void decode_item(READER& r, UNIT& unit, STREAM_STATE& state) {
     break;
   }
   case TAG_EHT: item.index = append(unit.exception_tables, get_exception_table(r, unit)); break;
-  case TAG_FILE: return r.fail_at(start, "a file name in the function stream");
+  case TAG_FILE_NAME: return r.fail_at(start, "a file name in the function stream");
   default:
     return r.fail_at(start, "a record of tag " + std::to_string(item.tag) +
                                 " has no place in the function stream");
@@ -479,7 +479,7 @@ bool decode_unit(std::span<const uint8_t> bytes, UNIT& unit, std::string& error)
   auto read_section = [&](SECTION section, size_t offset, const auto& decode) {
     if (!r.ok() || (offset == 0 && section != SEC_STREAM)) return;
     r.seek(offset);
-    while (r.ok() && r.peek_tag() != TAG_END)
+    while (r.ok() && r.peek_tag() != TAG_EOF)
       decode();
     if (r.at_end()) r.fail("a section without its end mark");
     r.open_record(); // the end mark

@@ -65,7 +65,7 @@ void ENCODER::options(const OPTION_SET& set) {
   payload.uint(set.options.size());
   for (const std::string& option : set.options)
     payload.str(option);
-  flush(TAG_OPTIONS);
+  flush(TAG_OPTION_SET);
 }
 
 void ENCODER::type(const TYPE_RECORD& record) {
@@ -80,7 +80,7 @@ void ENCODER::type(const TYPE_RECORD& record) {
 void ENCODER::file(const FILE_NAME& file) {
   if (put_raw(file.raw)) return;
   payload.str(file.name);
-  flush(TAG_FILE);
+  flush(TAG_FILE_NAME);
 }
 
 void ENCODER::pragma(const PRAGMA_RECORD& pragma) {
@@ -213,7 +213,7 @@ void ENCODER::item(const ITEM& item) {
     put_psn(payload, item.psn);
     payload.uint(unit.functions[item.index].global);
     break;
-  case TAG_IR_BEGIN: {
+  case TAG_IR_FUNC: {
     FIELD_WRITER<IR_BEGIN> fields{payload, unit.functions[item.index].ir};
     ir_begin_fields(fields);
     put_psn(payload, item.psn);
@@ -225,27 +225,27 @@ void ENCODER::item(const ITEM& item) {
     if (item.index != NONE) tree(item.index);
     return;
   case TAG_LABEL: payload.uint(item.index); break;
-  case TAG_INFO: payload.u8(uint8_t(item.index)); break;
+  case TAG_FUNC_INFO: payload.u8(uint8_t(item.index)); break;
   case TAG_ASM:
     payload.str(unit.strings[item.index]);
     put_psn(payload, item.psn);
     break;
   case TAG_COMMENT: payload.str(unit.strings[item.index]); break;
-  case TAG_IR: payload.raw(unit.strings[item.index]); break;
+  case TAG_LIR: payload.raw(unit.strings[item.index]); break;
   case TAG_PRAGMA: return pragma(unit.pragmas[item.index]);
-  case TAG_LOOP:
+  case TAG_LOOP_DEF:
     put_record(payload, unit.loops[item.index], [](auto& v) { loop_fields(v); });
     break;
-  case TAG_LOOP_USE:
+  case TAG_IN_LOOP:
     put_record(payload, unit.loop_uses[item.index], [](auto& v) { loop_use_fields(v); });
     break;
   case TAG_MBANK:
     put_record(payload, unit.banks[item.index], [](auto& v) { bank_fields(v); });
     break;
-  case TAG_EDGE:
+  case TAG_DD_EDGE:
     put_record(payload, unit.edges[item.index], [](auto& v) { edge_fields(v); });
     break;
-  case TAG_VECTOR: {
+  case TAG_DD_VECTOR: {
     const DEP_VECTOR& v = unit.vectors[item.index];
     if (v.entries.size() > 255) return fail("a dependence vector has more than 255 entries");
     payload.uint(v.id);
@@ -297,7 +297,7 @@ void put_section(ENCODER& e, SECTION section) {
   switch (section) {
   case SEC_STREAM:
     for (const ITEM& item : unit.items) {
-      if (item.tag == TAG_BEGIN_FUNC || item.tag == TAG_IR_BEGIN) function = item.index;
+      if (item.tag == TAG_BEGIN_FUNC || item.tag == TAG_IR_FUNC) function = item.index;
       if (item.tag == TAG_SYMBOL)
         e.symbol(function == NONE ? unit.globals[item.index]
                                   : unit.functions[function].locals[item.index]);
@@ -376,7 +376,7 @@ bool encode_unit(const UNIT& unit, int version, std::string& bytes, std::string&
     default: break;
     }
     put_section(e, part.section);
-    e.out.u8(TAG_END);
+    e.out.u8(TAG_EOF);
   }
   if (unit.source.find('\0') != unit.source.npos) e.out.cut_text = unit.source.c_str();
   if (e.out.cut_text && e.error.empty())

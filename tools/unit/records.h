@@ -65,8 +65,8 @@ template <class V> void ir_begin_fields(V& v) {
 
 // Whether `code` is one of a type record.
 inline bool is_type_code(uint8_t code) {
-  return code <= TC_CSU_LONG || (code >= TC_MDATA && code <= TC_MFUNC) || code == TC_COMPLEX ||
-         (code >= TC_UNKNOWN && code <= TC_ULLONG) || code >= TC_LIST_BEGIN;
+  return code <= TC_CSU_LONG || (code >= TC_MEMBER && code <= TC_MEMBER_FUNC) ||
+         code == TC_COMPLEX || (code >= TC_UNKNOWN && code <= TC_ULLONG) || code >= TC_LIST_HEADER;
 }
 
 template <class V> void csu_tail(V& v, int version) {
@@ -109,13 +109,13 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.boolean("lowered", &T::lowered);
     v.psn(&T::psn);
     break;
-  case TC_PTR:
-  case TC_REF:
+  case TC_POINTER:
+  case TC_REFERENCE:
     v.ref("target", &T::ref);
     v.uint("size", &T::size);
     v.uint("align", &T::align);
     break;
-  case TC_QUAL:
+  case TC_QUALIFIED:
     v.ref("target", &T::ref);
     v.uint("bits", &T::count);
     v.uint("size", &T::size);
@@ -173,20 +173,20 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.lists("lists", &T::lists);
     csu_tail(v, version);
     break;
-  case TC_LIST_BEGIN:
-  case TC_LIST_END: v.s8("kind", &T::list); break;
+  case TC_LIST_HEADER:
+  case TC_LIST_TRAILER: v.s8("kind", &T::list); break;
   case TC_PARAM:
     v.ref("type", &T::ref);
     v.boolean("flag1", &T::flag1);
     v.uint("flags", &T::count);
     v.str("name", &T::name);
     break;
-  case TC_ETOR:
+  case TC_ENUMERATOR:
     v.str("name", &T::name);
     v.value("value", &T::value);
     v.psn(&T::psn);
     break;
-  case TC_MDATA:
+  case TC_MEMBER:
     v.uint("member", &T::count);
     v.str("name", &T::name);
     v.ref("type", &T::ref);
@@ -205,28 +205,28 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     }
     v.psn(&T::psn);
     break;
-  case TC_BCLASS:
+  case TC_BASE_CLASS:
     v.ref("type", &T::ref);
     v.sint("at", &T::offset);
     v.u8("access", &T::kind);
     v.boolean("virtual", &T::flag1);
     break;
-  case TC_ADECL:
+  case TC_ACCESS_DECL:
     v.uint("word", &T::count);
     v.u8("access", &T::kind);
     break;
-  case TC_FFRIEND:
+  case TC_FRIEND_FUNC:
     v.str("name", &T::name);
     v.ref("type", &T::ref);
     break;
-  case TC_CFRIEND:
-  case TC_NTYPE: v.ref("type", &T::ref); break;
-  case TC_SDATA:
+  case TC_FRIEND_CLASS:
+  case TC_NESTED_TYPE: v.ref("type", &T::ref); break;
+  case TC_STATIC_MEMBER:
     v.str("name", &T::name);
     v.ref("type", &T::ref);
     v.u8("access", &T::kind);
     break;
-  case TC_MFUNC:
+  case TC_MEMBER_FUNC:
     v.str("name", &T::name);
     v.ref("type", &T::ref);
     v.u8("access", &T::kind);

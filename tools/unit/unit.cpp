@@ -13,9 +13,9 @@ KIND kind_of(const TYPE_RECORD& r) {
   case TC_LDOUBLE: return K_FLOAT;
   case TC_FIXED: return K_FIXED;
   case TC_TYPEDEF: return K_TYPEDEF;
-  case TC_PTR: return K_POINTER;
-  case TC_REF: return K_REFERENCE;
-  case TC_QUAL: return K_QUALIFIED;
+  case TC_POINTER: return K_POINTER;
+  case TC_REFERENCE: return K_REFERENCE;
+  case TC_QUALIFIED: return K_QUALIFIED;
   case TC_ARRAY: return r.is_vector ? K_VECTOR : K_ARRAY;
   case TC_PTM: return K_PTM;
   case TC_FUNC: return K_FUNC;
@@ -33,14 +33,14 @@ KIND kind_of(const TYPE_RECORD& r) {
 void enter_element(UNIT& unit, const TYPE_RECORD& r, uint32_t record) {
   TYPE_INFO& owner = unit.type_info[r.number];
   switch (r.code) {
-  case TC_MDATA:
+  case TC_MEMBER:
     owner.members.push_back(record);
     if (r.count <= UINT32_MAX)
       unit.member_index.emplace(uint64_t(r.number) << 32 | r.count, record);
     break;
-  case TC_BCLASS: owner.bases.push_back(record); break;
+  case TC_BASE_CLASS: owner.bases.push_back(record); break;
   case TC_PARAM: owner.params.push_back(record); break;
-  case TC_ETOR: owner.enumerators.push_back(record); break;
+  case TC_ENUMERATOR: owner.enumerators.push_back(record); break;
   default: break;
   }
 }
@@ -48,11 +48,11 @@ void enter_element(UNIT& unit, const TYPE_RECORD& r, uint32_t record) {
 } // namespace
 
 bool is_element_code(uint8_t code) {
-  return code == TC_PARAM || code == TC_ETOR || (code >= TC_MDATA && code <= TC_MFUNC);
+  return code == TC_PARAM || code == TC_ENUMERATOR || (code >= TC_MEMBER && code <= TC_MEMBER_FUNC);
 }
 
 bool is_definition_code(uint8_t code) {
-  return code < TC_LIST_BEGIN && !is_element_code(code);
+  return code < TC_LIST_HEADER && !is_element_code(code);
 }
 
 bool add_type_record(UNIT& unit, TYPE_RECORD r, std::string& error) {
@@ -81,7 +81,7 @@ bool add_type_record(UNIT& unit, TYPE_RECORD r, std::string& error) {
   info.size = r.size;
   info.align = r.align;
   info.count = r.code == TC_ARRAY ? r.count : 0;
-  if (r.code == TC_PTR && r.size == 22) info.size = info.align = 32;
+  if (r.code == TC_POINTER && r.size == 22) info.size = info.align = 32;
   // A target that is not known yet can only be a class, which adds nothing here: so one look at the
   // target is enough, and a chain that bites its tail does no harm.
   const TYPE_INFO* target = r.ref == r.number ? nullptr : find_type(unit, r.ref);

@@ -12,6 +12,7 @@
 #pragma once
 
 #include "ifile/opcodes.h"
+#include "ifile/tags.h"
 
 #include <array>
 #include <cstddef>
@@ -27,100 +28,6 @@ constexpr uint32_t NONE = 0xFFFFFFFF;
 constexpr int OLDEST_VERSION = -86;
 constexpr int NEWEST_VERSION = -71;
 constexpr int CPU_ID = 600;
-
-enum TAG : uint8_t {
-  TAG_BEGIN_FUNC = 1,
-  TAG_END_FUNC = 2,
-  TAG_BEGIN_BLOCK = 3,
-  TAG_END_BLOCK = 4,
-  TAG_END_ARGS = 5,
-  TAG_END_LOCALS = 6,
-  TAG_HEADER = 8,
-  TAG_IR = 34,
-  TAG_SYMBOL = 35,
-  TAG_ASM = 36,
-  TAG_LOOP = 38,
-  TAG_LABEL = 42,
-  TAG_MBANK = 45,
-  TAG_EXPR = 46,
-  TAG_COMMENT = 47,
-  TAG_EDGE = 58,
-  TAG_VECTOR = 59,
-  TAG_CATCH = 63,
-  TAG_INFO = 64,
-  TAG_EHT_ENTRY = 91,
-  TAG_EHT = 93,
-  TAG_PRAGMA = 94,
-  TAG_NODE = 101,
-  TAG_INIT = 105,
-  TAG_LDSPEC = 108,
-  TAG_OPTIONS = 111,
-  TAG_TYPE = 116,
-  TAG_IR_BEGIN = 123,
-  TAG_LOOP_USE = 124,
-  TAG_IR_END = 125,
-  TAG_FILE = 126,
-  TAG_END = 255,
-};
-
-// Codes of type records.
-enum TYPE_CODE : uint8_t {
-  TC_BOOL = 0,
-  TC_SCHAR,
-  TC_UCHAR,
-  TC_WCHAR,
-  TC_SHORT,
-  TC_USHORT,
-  TC_INT,
-  TC_UINT,
-  TC_LONG,
-  TC_ULONG,
-  TC_FLOAT = 10,
-  TC_DOUBLE,
-  TC_LDOUBLE,
-  TC_FIXED,
-  TC_TYPEDEF,
-  TC_PTR,
-  TC_REF,
-  TC_QUAL,
-  TC_ARRAY,
-  TC_PTM,
-  TC_FUNC,
-  TC_PARAM,
-  TC_ENUM,
-  TC_ETOR,
-  TC_CSU_SHORT,
-  TC_CSU_LONG,
-  TC_MDATA = 28,
-  TC_BCLASS,
-  TC_ADECL,
-  TC_FFRIEND,
-  TC_CFRIEND,
-  TC_NTYPE,
-  TC_SDATA,
-  TC_MFUNC,
-  TC_COMPLEX = 36,
-  TC_UNKNOWN = 48,
-  TC_VOID = 49,
-  TC_LLONG = 50,
-  TC_ULLONG = 51,
-  TC_LIST_BEGIN = 254,
-  TC_LIST_END = 255,
-};
-
-enum LIST_KIND : int8_t {
-  LK_PARAMS,
-  LK_ENUMERATORS,
-  LK_BASES,
-  LK_ACCESS_DECLS,
-  LK_FRIEND_FUNCS,
-  LK_FRIEND_CLASSES,
-  LK_NESTED_TYPES,
-  LK_DATA_MEMBERS,
-  LK_STATIC_MEMBERS,
-  LK_MEMBER_FUNCS,
-  LIST_KIND_COUNT,
-};
 
 constexpr uint8_t CLASS_KIND_CLASS = 13, CLASS_KIND_STRUCT = 14, CLASS_KIND_UNION = 15;
 constexpr uint32_t QUAL_CONST = 1, QUAL_VOLATILE = 2, QUAL_RESTRICT = 64;
@@ -186,7 +93,7 @@ struct TYPE_RECORD {
   uint64_t value = 0;    // etor: the value's 64 bits
   uint64_t bit_size = 0; // mdata: width of a bit-field, 0 for a plain member
   uint8_t kind = 0;      // csu: class kind; func: convention; elements: access; fixed: is signed
-  int8_t list = 0;       // list marks: LIST_KIND
+  int8_t list = 0;       // list marks: TYPE_LIST_KIND
   uint8_t fixed_type_id = 0;                                      // mdata
   bool is_signed = false, is_boolean = false, std_signed = false; // integral
   bool hidden = false, complete = false, lowered = false, is_vector = false;
@@ -202,8 +109,8 @@ struct TYPE_RECORD {
 
 // List kinds in the order of the nine bools of a class's long form.
 constexpr std::array<int8_t, 9> LONG_FORM_LISTS = {
-    LK_BASES,        LK_ACCESS_DECLS,   LK_FRIEND_FUNCS, LK_FRIEND_CLASSES, LK_NESTED_TYPES,
-    LK_DATA_MEMBERS, LK_STATIC_MEMBERS, LK_MEMBER_FUNCS, LK_PARAMS};
+    TL_BASES,   TL_ACCESS_DECLS,   TL_FRIEND_FUNCS, TL_FRIEND_CLASSES, TL_NESTED_TYPES,
+    TL_MEMBERS, TL_STATIC_MEMBERS, TL_MEMBER_FUNCS, TL_PARAMS};
 
 struct PRAGMA_RECORD {
   uint64_t kind = 0;
