@@ -122,12 +122,11 @@ private:
 
 // ---------------------------------------------------------------------------------------------
 
-// Where the target's own headers are: beside an installed program, else in the source tree.
+// Where the target's own headers are: beside the program's folder, built or installed.
 std::string header_folder() {
   std::error_code ignored;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  const auto beside = program.parent_path().parent_path() / "include" / "ulm200";
-  return std::filesystem::is_directory(beside, ignored) ? beside.string() : VRX_TARGET_HEADERS;
+  return (program.parent_path().parent_path() / "include" / "ulm200").string();
 }
 
 bool uses_coff_abi(const std::vector<std::string>& options) {
