@@ -16,3 +16,15 @@ write_basic_package_version_file(vrx-mid-config-version.cmake COMPATIBILITY Same
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vrx-mid-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/vrx-mid-config-version.cmake
         DESTINATION ${package_folder})
+
+# The programs, their manual pages, the documents and examples.
+install(TARGETS ${VRX_PROGRAMS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+foreach(program IN LISTS VRX_PROGRAMS)
+  install(FILES ${CMAKE_BINARY_DIR}/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endforeach()
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(TARGET icode-cc)
+  # icode-cc looks for them in ../include/ulm200.
+  install(DIRECTORY tools/include/ DESTINATION include/ulm200)
+endif()
