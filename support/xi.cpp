@@ -108,8 +108,8 @@ int XI_size(const unsigned char* a) {
   // The sign bit and those that differ from it.
   const U128 v = get_signed(a) < 0 ? ~get(a) : get(a);
   const auto high = static_cast<uint64_t>(v >> 64), low = static_cast<uint64_t>(v);
-  const int bits = 1 + (high ? 64 + std::bit_width(high) : std::bit_width(low));
-  return (bits + 7) / 8;
+  const int sign_bits = high ? std::countl_zero(high) : 64 + std::countl_zero(low);
+  return XI_BYTES - (sign_bits - 1) / 8;
 }
 
 int XI_cmp(const unsigned char* a, const unsigned char* b) {

@@ -280,8 +280,7 @@ bool SOURCE::set_up(const COMMAND& command, const std::set<std::string>& headers
   set_severities(diags, options);
 
   clang::LangOptions& language = instance->getLangOpts();
-  clang::TargetInfo* target =
-      make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
+  clang::TargetInfo* target = make_target(tp->mk_fltpt(TYPE::F_DOUBLE)->size == 32);
   target->adjust(diags, language);
   instance->setTarget(target);
   instance->createFileManager();
