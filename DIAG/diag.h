@@ -20,7 +20,7 @@ struct DIAG_SRCINFO_DATA {
 // An optional source position of a message. The object is not owned by the message.
 class DIAG_SRCINFO {
 public:
-  explicit DIAG_SRCINFO(DIAG_SRCINFO_DATA* data) : data(data) {}
+  explicit DIAG_SRCINFO(DIAG_SRCINFO_DATA* place) : data(place) {}
   virtual ~DIAG_SRCINFO() = default;
   virtual const char* file() const = 0; // null or empty: unknown
   virtual unsigned line() const = 0;

@@ -21,11 +21,11 @@ public:
 protected:
   std::string text() const override {
     return std::apply(
-        [this](const auto&... values) {
+        [this](const auto&... value) {
           const char* format = this->get_info().std_msg;
-          const int n = snprintf(nullptr, 0, format, plain(values)...);
+          const int n = snprintf(nullptr, 0, format, plain(value)...);
           std::string out(n < 0 ? 0 : static_cast<size_t>(n), 0);
-          snprintf(out.data(), out.size() + 1, format, plain(values)...);
+          snprintf(out.data(), out.size() + 1, format, plain(value)...);
           return out;
         },
         values);
@@ -94,9 +94,9 @@ using optgen_unmatched_group = coded<24037>;
 template <int CODE> class free_text : public DIAGNOSTIC {
 public:
   // `number` is shown in place of the class's own code, unless it is 0.
-  explicit free_text(std::string message, unsigned number = 0, const char* file = __builtin_FILE(),
+  explicit free_text(std::string finished, unsigned number = 0, const char* file = __builtin_FILE(),
                      unsigned line = __builtin_LINE())
-      : DIAGNOSTIC(CODE, file, line), message(std::move(message)) {
+      : DIAGNOSTIC(CODE, file, line), message(std::move(finished)) {
     if (number) displayed_code = static_cast<int>(number);
   }
   DIAGNOSTIC* alloc() const override { return new free_text(*this); }

@@ -1,14 +1,16 @@
 // Whole numbers of any size, for exact conversions between floating values and text.
 #pragma once
 
-#include <cstdint>
-#include <vector>
+#include <boost/multiprecision/cpp_int.hpp>
 
-using BIG = std::vector<uint32_t>; // least significant first, no leading zero words; empty is zero
+// Those of most doubles need no memory of their own.
+using BIG = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<512>>;
 
-void big_multiply_add(BIG& v, uint32_t factor, uint32_t addend); // v = v * factor + addend
-void big_multiply_by_power_of_5(BIG& v, long power);
-long big_bit_length(const BIG& v);
-void big_shift_left(BIG& v, long bits);
-bool big_is_below(const BIG& a, const BIG& b);
-void big_subtract(BIG& a, const BIG& b); // a -= b, which must not be above a
+// Of a number that isn't zero.
+inline long big_bit_length(const BIG& v) {
+  return static_cast<long>(msb(v)) + 1;
+}
+
+inline BIG big_power(unsigned base, long exponent) {
+  return pow(BIG(base), static_cast<unsigned>(exponent));
+}

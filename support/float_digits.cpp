@@ -22,24 +22,20 @@ struct SCALED {
 
 SCALED scale(const simul_fval* v) {
   SCALED s;
-  for (int i = F_MANT_WORDS - 2; i >= 0; i -= 2)
-    s.numerator.push_back(static_cast<uint32_t>(v->mant[i]) << 16 | v->mant[i + 1]);
-  s.denominator = {1};
+  import_bits(s.numerator, v->mant, v->mant + F_MANT_WORDS, 16);
+  s.denominator = 1;
   // log10 2, at most one too low or too high.
   s.power = static_cast<long>(v->exp) * 30103 / 100000;
   // value = mantissa * 2^e, and 10^power is 5^power * 2^power.
   const long e = static_cast<long>(v->exp) - F_MANT_BITS - s.power;
-  big_multiply_by_power_of_5(s.power < 0 ? s.numerator : s.denominator, std::abs(s.power));
-  big_shift_left(e < 0 ? s.denominator : s.numerator, std::abs(e));
-  while (big_is_below(s.numerator, s.denominator)) {
-    big_multiply_add(s.numerator, 10, 0);
+  (s.power < 0 ? s.numerator : s.denominator) *= big_power(5, std::abs(s.power));
+  (e < 0 ? s.denominator : s.numerator) <<= std::abs(e);
+  while (s.numerator < s.denominator) {
+    s.numerator *= 10;
     s.power--;
   }
-  BIG ten = s.denominator;
-  big_multiply_add(ten, 10, 0);
-  while (!big_is_below(s.numerator, ten)) {
-    s.denominator = ten;
-    big_multiply_add(ten, 10, 0);
+  while (s.numerator >= 10 * s.denominator) {
+    s.denominator *= 10;
     s.power++;
   }
   return s;
@@ -60,30 +56,27 @@ bool count_up(std::string* digits) {
 
 // `count` digits from the first one on, or from further left (then zeros aren't put out), when
 // rounding falls left of the first digit.
-void generate(SCALED* s, long count, std::string* digits, bool* grew) {
+void generate(const SCALED& s, long count, std::string* digits, bool* grew) {
   digits->clear();
-  BIG& rest = s->numerator;
-  while (static_cast<long>(digits->size()) < count) {
-    if (digits->size() == MAX_CONVERSION_DIGITS) {
-      fprintf(stderr, "WARNING: Possible infinite loop in FP convers.\n");
-      *grew = false;
-      return;
-    }
-    char digit = '0';
-    for (; !big_is_below(rest, s->denominator); digit++)
-      big_subtract(rest, s->denominator);
-    *digits += digit;
-    big_multiply_add(rest, 10, 0);
+  *grew = false;
+  // In units of the last digit: whole ones, and a rest.
+  BIG whole, rest = s.numerator, unit = s.denominator;
+  if (count > 0) {
+    const BIG scaled =
+        s.numerator * big_power(10, std::min<long>(count, MAX_CONVERSION_DIGITS) - 1);
+    divide_qr(scaled, s.denominator, whole, rest);
+    *digits = whole.str();
+  } else {
+    unit *= 10;
   }
-  // What is left, in tenths of the last digit's unit, against a half.
-  bool up = false;
-  if (count >= 0) {
-    BIG half = s->denominator;
-    big_multiply_add(half, 5, 0);
-    const bool last_is_odd = !digits->empty() && ((digits->back() - '0') & 1);
-    up = big_is_below(half, rest) || (last_is_odd && !big_is_below(rest, half));
+  if (count > static_cast<long>(MAX_CONVERSION_DIGITS)) {
+    fprintf(stderr, "WARNING: Possible infinite loop in FP convers.\n");
+    return;
   }
-  *grew = up && count_up(digits);
+  if (count < 0) return;
+  const bool last_is_odd = bit_test(whole, 0);
+  const int order = BIG(2 * rest).compare(unit);
+  if (order > 0 || (order == 0 && last_is_odd)) *grew = count_up(digits);
 }
 
 int no_digits(const simul_fval* v, int* decpt, int* sign, std::string* digits) {
@@ -147,7 +140,7 @@ int f_ecvt(const simul_fval* v, int count, int* decpt, int* sign, std::string* d
   }
   SCALED s = scale(v);
   bool grew;
-  generate(&s, count, digits, &grew);
+  generate(s, count, digits, &grew);
   if (grew) digits->pop_back();
   *decpt = static_cast<int>(s.power) + 1 + grew;
   return 0;
@@ -164,7 +157,7 @@ int f_fcvt(const simul_fval* v, int count, int* decpt, int* sign, std::string* d
   }
   SCALED s = scale(v);
   bool grew;
-  generate(&s, s.power + 1 + count, digits, &grew);
+  generate(s, s.power + 1 + count, digits, &grew);
   *decpt = static_cast<int>(s.power) + 1 + grew;
   return 0;
 }

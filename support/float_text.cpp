@@ -20,23 +20,6 @@ constexpr size_t MAX_DIGITS = 24000;
 // Beyond, with up to MAX_DIGITS digits before it, a decimal exponent is out of range for certain.
 constexpr long EXPONENT_CLAMP = 1000000000;
 
-BIG number_of(const std::vector<char>& digits, uint32_t radix) {
-  BIG v;
-  // As many digits at a time as a word holds.
-  uint32_t chunk = 0, factor = 1;
-  for (char digit : digits) {
-    chunk = chunk * radix + static_cast<uint32_t>(digit);
-    factor *= radix;
-    if (factor > UINT32_MAX / radix) {
-      big_multiply_add(v, factor, chunk);
-      chunk = 0;
-      factor = 1;
-    }
-  }
-  big_multiply_add(v, factor, chunk);
-  return v;
-}
-
 void set_out_of_range(bool too_large, simul_fval* result) {
   fp_error |= too_large ? FP_OVERFLOW : FP_UNDERFLOW;
   *result = too_large ? pos_huge : pos_zero;
@@ -44,27 +27,16 @@ void set_out_of_range(bool too_large, simul_fval* result) {
 
 // result = numerator / denominator * 2^exp2, rounded. Neither is zero.
 void divide_and_round(BIG numerator, BIG denominator, long exp2, simul_fval* result) {
-  // Bring the quotient into 1 <= q < 2.
-  const long surplus = big_bit_length(numerator) - big_bit_length(denominator);
-  if (surplus > 0)
-    big_shift_left(denominator, surplus);
-  else
-    big_shift_left(numerator, -surplus);
-  exp2 += surplus;
-  if (big_is_below(numerator, denominator)) {
-    big_shift_left(numerator, 1);
-    exp2--;
-  }
-  uint16_t words[F_WORK_WORDS] = {};
-  for (int bit = 0; bit < 16 * F_WORK_WORDS; bit++) {
-    if (!big_is_below(numerator, denominator)) {
-      big_subtract(numerator, denominator);
-      words[bit / 16] |= 0x8000 >> (bit % 16);
-    }
-    big_shift_left(numerator, 1);
-  }
-  if (!numerator.empty()) words[F_WORK_WORDS - 1] |= 1;
-  f_round_words(words, F_WORK_WORDS, exp2 + 1, 0, result);
+  // A quotient of as many bits as the words hold, or one less; what is left shows in the last one.
+  constexpr long BITS = 16 * F_WORK_WORDS;
+  const long places = BITS - 1 - (big_bit_length(numerator) - big_bit_length(denominator));
+  (places < 0 ? denominator : numerator) <<= std::labs(places);
+  BIG quotient, rest;
+  divide_qr(numerator, denominator, quotient, rest);
+  if (rest != 0) quotient |= 1;
+  uint16_t words[F_WORK_WORDS];
+  export_bits(quotient, words, 16);
+  f_round_words(words, F_WORK_WORDS, exp2 - places + BITS, 0, result);
 }
 
 int digit_value(char c, int radix) {
@@ -77,7 +49,7 @@ int digit_value(char c, int radix) {
 
 // A numeral split up: digits * radix^scale (radix^scale is 2^scale for a hexadecimal one).
 struct NUMERAL {
-  std::vector<char> digits; // values, without leading zeros
+  std::string digits; // without leading zeros
   long scale = 0;
 };
 
@@ -94,7 +66,7 @@ bool parse_numeral(const char* text, int radix, NUMERAL* n) {
     if (v < 0) break;
     any = true;
     if (n->digits.size() < MAX_DIGITS) {
-      if (v || !n->digits.empty()) n->digits.push_back(static_cast<char>(v));
+      if (v || !n->digits.empty()) n->digits += *text;
       if (in_fraction) n->scale -= digit_scale;
     } else {
       lost |= v != 0;
@@ -103,7 +75,7 @@ bool parse_numeral(const char* text, int radix, NUMERAL* n) {
   }
   if (!any) return false;
   if (lost) {
-    n->digits.push_back(1);
+    n->digits += '1';
     n->scale -= digit_scale;
   }
   if (strchr(radix == 16 ? "pP" : "eE", *text) && *text) {
@@ -141,10 +113,9 @@ int f_atof(const char* text, simul_fval* result) {
     if (leading > top || leading < bottom) {
       set_out_of_range(leading > 0, result);
     } else {
-      BIG numerator = number_of(n.digits, is_hex ? 16 : 10), denominator{1};
+      BIG numerator((is_hex ? "0x" : "") + n.digits), denominator = 1;
       // 10^scale is 5^scale * 2^scale.
-      if (!is_hex)
-        big_multiply_by_power_of_5(n.scale < 0 ? denominator : numerator, std::labs(n.scale));
+      if (!is_hex) (n.scale < 0 ? denominator : numerator) *= big_power(5, std::labs(n.scale));
       divide_and_round(std::move(numerator), std::move(denominator), n.scale, result);
     }
   }

@@ -1,179 +1,103 @@
 #include "support/xi.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <utility>
 
 namespace {
 
-constexpr int SIGN_BIT = 0x80;
+__extension__ using S128 = __int128;
+__extension__ using U128 = unsigned __int128;
 
-// Calls step(byte) for every byte, unrolled, from the most or the least significant on.
-template <class STEP, size_t... K>
-inline void each_byte_down(STEP step, std::index_sequence<K...>) {
-  (step(static_cast<int>(K)), ...);
-}
-template <class STEP> inline void from_the_top(STEP step) {
-  each_byte_down(step, std::make_index_sequence<XI_BYTES>());
-}
-template <class STEP> inline void from_the_bottom(STEP step) {
-  each_byte_down([step](int k) mutable { step(XI_BYTES - 1 - k); },
-                 std::make_index_sequence<XI_BYTES>());
+constexpr unsigned BITS = 8 * XI_BYTES;
+
+uint64_t swapped_on_little_endian(uint64_t v) {
+  return std::endian::native == std::endian::little ? __builtin_bswap64(v) : v;
 }
 
-bool is_negative(const unsigned char* v) {
-  return v[0] & SIGN_BIT;
+U128 get(const unsigned char* v) {
+  uint64_t halves[2];
+  memcpy(halves, v, XI_BYTES);
+  return static_cast<U128>(swapped_on_little_endian(halves[0])) << 64 |
+         swapped_on_little_endian(halves[1]);
 }
 
-bool is_zero(const unsigned char* v) {
-  unsigned char any = 0;
-  from_the_top([&](int k) { any |= v[k]; });
-  return any == 0;
+S128 get_signed(const unsigned char* v) {
+  return static_cast<S128>(get(v));
 }
 
-// Are a's 128 bits, without a sign, below b's?
-bool magnitude_is_below(const unsigned char* a, const unsigned char* b) {
-  return memcmp(a, b, XI_BYTES) < 0;
+void put(U128 v, unsigned char* result) {
+  const uint64_t halves[2] = {swapped_on_little_endian(static_cast<uint64_t>(v >> 64)),
+                              swapped_on_little_endian(static_cast<uint64_t>(v))};
+  memcpy(result, halves, XI_BYTES);
 }
 
-void magnitude(const unsigned char* v, unsigned char* result) {
-  if (is_negative(v))
-    XI_neg(v, result);
-  else
-    XI_asg(v, result);
+U128 magnitude(const unsigned char* v) {
+  return get_signed(v) < 0 ? 0 - get(v) : get(v);
 }
 
-// Quotient and remainder of the magnitudes; b is not zero.
-void divide(const unsigned char* a, const unsigned char* b, unsigned char* quotient,
-            unsigned char* rest) {
-  unsigned char divisor[XI_BYTES], dividend[XI_BYTES];
-  magnitude(a, dividend);
-  magnitude(b, divisor);
-  memset(quotient, 0, XI_BYTES);
-  memset(rest, 0, XI_BYTES);
-  for (int bit = 0; bit < 8 * XI_BYTES; bit++) {
-    // A divisor of 2^127 can't be doubled, but the rest below it can.
-    XI_shl(rest, 1, rest);
-    rest[XI_BYTES - 1] |= dividend[bit / 8] >> (7 - bit % 8) & 1;
-    if (magnitude_is_below(rest, divisor)) continue;
-    XI_sub(rest, divisor, rest);
-    quotient[bit / 8] |= SIGN_BIT >> (bit % 8);
-  }
-}
-
-void extend(unsigned long long v, bool negative, unsigned char* result) {
-  memset(result, negative ? 0xFF : 0, XI_BYTES - 8);
-  for (int k = 0; k < 8; k++)
-    result[XI_BYTES - 1 - k] = static_cast<unsigned char>(v >> (8 * k));
-}
-
-unsigned long long low_bits(const unsigned char* v) {
-  unsigned long long low = 0;
-  for (int k = XI_BYTES - 8; k < XI_BYTES; k++)
-    low = low << 8 | v[k];
-  return low;
-}
-
-// Is v what its low bytes say as a number of that type?
-bool fits(const unsigned char* v, int bytes, bool is_signed) {
-  if (is_signed) return XI_size(v) <= bytes;
-  for (int k = 0; k < XI_BYTES - bytes; k++)
-    if (v[k]) return false;
-  return true;
+template <class T> int narrow(const unsigned char* v, T* result) {
+  *result = static_cast<T>(get(v));
+  return static_cast<S128>(*result) == get_signed(v) ? 0 : -1;
 }
 
 } // namespace
 
 void XI_add(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  unsigned carry = 0;
-  from_the_bottom([&](int k) {
-    carry += a[k] + b[k];
-    result[k] = static_cast<unsigned char>(carry);
-    carry >>= 8;
-  });
+  put(get(a) + get(b), result);
 }
 
 void XI_sub(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  unsigned borrow = 0;
-  from_the_bottom([&](int k) {
-    const unsigned difference = a[k] - b[k] - borrow;
-    result[k] = static_cast<unsigned char>(difference);
-    borrow = difference >> 8 & 1;
-  });
+  put(get(a) - get(b), result);
 }
 
 void XI_neg(const unsigned char* a, unsigned char* result) {
-  const unsigned char zero[XI_BYTES] = {};
-  XI_sub(zero, a, result);
+  put(0 - get(a), result);
 }
 
 void XI_mpy(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  unsigned char product[XI_BYTES];
-  unsigned sum = 0;
-  // Column by column: byte k of the product is the sum of all a[i] * b[j] of that weight.
-  from_the_bottom([&](int k) {
-    for (int i = k, j = XI_BYTES - 1; i < XI_BYTES; i++, j--)
-      sum += static_cast<unsigned>(a[i]) * b[j];
-    product[k] = static_cast<unsigned char>(sum);
-    sum >>= 8;
-  });
-  XI_asg(product, result);
+  put(get(a) * get(b), result);
 }
 
+// By magnitudes, whose quotient wraps where the smallest number is divided by -1.
 int XI_div(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  if (is_zero(b)) return -1;
-  unsigned char quotient[XI_BYTES], rest[XI_BYTES];
-  divide(a, b, quotient, rest);
-  if (is_negative(a) != is_negative(b)) XI_neg(quotient, quotient);
-  XI_asg(quotient, result);
+  if (get(b) == 0) return -1;
+  const U128 quotient = magnitude(a) / magnitude(b);
+  put((get_signed(a) < 0) != (get_signed(b) < 0) ? 0 - quotient : quotient, result);
   return 0;
 }
 
 int XI_mod(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  if (is_zero(b)) return -1;
-  unsigned char quotient[XI_BYTES], rest[XI_BYTES];
-  divide(a, b, quotient, rest);
-  if (is_negative(a)) XI_neg(rest, rest);
-  XI_asg(rest, result);
+  if (get(b) == 0) return -1;
+  const U128 rest = magnitude(a) % magnitude(b);
+  put(get_signed(a) < 0 ? 0 - rest : rest, result);
   return 0;
 }
 
 void XI_and(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  from_the_top([&](int k) { result[k] = a[k] & b[k]; });
+  put(get(a) & get(b), result);
 }
 
 void XI_or(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  from_the_top([&](int k) { result[k] = a[k] | b[k]; });
+  put(get(a) | get(b), result);
 }
 
 void XI_xor(const unsigned char* a, const unsigned char* b, unsigned char* result) {
-  from_the_top([&](int k) { result[k] = a[k] ^ b[k]; });
+  put(get(a) ^ get(b), result);
 }
 
 void XI_notb(const unsigned char* a, unsigned char* result) {
-  from_the_top([&](int k) { result[k] = static_cast<unsigned char>(~a[k]); });
+  put(~get(a), result);
 }
 
 void XI_shl(const unsigned char* a, unsigned count, unsigned char* result) {
-  const int whole = count < 8 * XI_BYTES ? static_cast<int>(count / 8) : XI_BYTES;
-  const unsigned part = count % 8;
-  from_the_top([&](int k) {
-    const unsigned high = k + whole < XI_BYTES ? a[k + whole] : 0;
-    const unsigned low = k + whole + 1 < XI_BYTES ? a[k + whole + 1] : 0;
-    result[k] = static_cast<unsigned char>((high << 8 | low) >> (8 - part));
-  });
+  put(count < BITS ? get(a) << count : 0, result);
 }
 
 void XI_shr(const unsigned char* a, unsigned count, unsigned char* result) {
-  const int whole = count < 8 * XI_BYTES ? static_cast<int>(count / 8) : XI_BYTES;
-  const unsigned part = count % 8;
-  const unsigned fill = is_negative(a) ? 0xFF : 0;
-  from_the_bottom([&](int k) {
-    const unsigned low = k - whole >= 0 ? a[k - whole] : fill;
-    const unsigned high = k - whole - 1 >= 0 ? a[k - whole - 1] : fill;
-    result[k] = static_cast<unsigned char>((high << 8 | low) >> part);
-  });
+  put(static_cast<U128>(get_signed(a) >> std::min(count, BITS - 1)), result);
 }
 
 void XI_asg(const unsigned char* a, unsigned char* result) {
@@ -181,69 +105,64 @@ void XI_asg(const unsigned char* a, unsigned char* result) {
 }
 
 int XI_size(const unsigned char* a) {
-  const unsigned char fill = is_negative(a) ? 0xFF : 0;
-  int k = 0;
-  while (k < XI_BYTES - 1 && a[k] == fill && ((a[k + 1] ^ fill) & SIGN_BIT) == 0)
-    k++;
-  return XI_BYTES - k;
+  // The sign bit and those that differ from it.
+  const U128 v = get_signed(a) < 0 ? ~get(a) : get(a);
+  const auto high = static_cast<uint64_t>(v >> 64), low = static_cast<uint64_t>(v);
+  const int sign_bits = high ? std::countl_zero(high) : 64 + std::countl_zero(low);
+  return XI_BYTES - (sign_bits - 1) / 8;
 }
 
 int XI_cmp(const unsigned char* a, const unsigned char* b) {
-  if (is_negative(a) != is_negative(b)) return is_negative(a) ? -1 : 1;
-  const int order = memcmp(a, b, XI_BYTES);
-  return (order > 0) - (order < 0);
+  return (get_signed(a) > get_signed(b)) - (get_signed(a) < get_signed(b));
 }
 
 bool XI_eq(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) == 0;
+  return get(a) == get(b);
 }
 bool XI_ne(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) != 0;
+  return get(a) != get(b);
 }
 bool XI_lt(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) < 0;
+  return get_signed(a) < get_signed(b);
 }
 bool XI_le(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) <= 0;
+  return get_signed(a) <= get_signed(b);
 }
 bool XI_gt(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) > 0;
+  return get_signed(a) > get_signed(b);
 }
 bool XI_ge(const unsigned char* a, const unsigned char* b) {
-  return XI_cmp(a, b) >= 0;
+  return get_signed(a) >= get_signed(b);
 }
 
 void XI_itox(int v, unsigned char* result) {
-  XI_llitox(v, result);
+  put(static_cast<U128>(v), result);
 }
 void XI_utox(unsigned v, unsigned char* result) {
-  extend(v, false, result);
+  put(v, result);
 }
 void XI_llitox(long long v, unsigned char* result) {
-  extend(static_cast<unsigned long long>(v), v < 0, result);
+  put(static_cast<U128>(v), result);
 }
 void XI_llutox(unsigned long long v, unsigned char* result) {
-  extend(v, false, result);
+  put(v, result);
 }
 
 int XI_xtoi(const unsigned char* v, int* result) {
-  *result = static_cast<int>(static_cast<unsigned>(low_bits(v)));
-  return fits(v, 4, true) ? 0 : -1;
+  return narrow(v, result);
 }
 int XI_xtou(const unsigned char* v, unsigned* result) {
-  *result = static_cast<unsigned>(low_bits(v));
-  return fits(v, 4, false) ? 0 : -1;
+  return narrow(v, result);
 }
 int XI_xtolli(const unsigned char* v, long long* result) {
-  *result = static_cast<long long>(low_bits(v));
-  return fits(v, 8, true) ? 0 : -1;
+  return narrow(v, result);
 }
 int XI_xtollu(const unsigned char* v, unsigned long long* result) {
-  *result = low_bits(v);
-  return fits(v, 8, false) ? 0 : -1;
+  return narrow(v, result);
 }
 
 void XI_dump(const unsigned char* v) {
-  printf("0x");
-  from_the_top([v](int k) { printf("%02X", v[k]); });
+  const U128 all = get(v);
+  printf("0x%016llX%016llX", static_cast<unsigned long long>(all >> 64),
+         static_cast<unsigned long long>(all));
 }

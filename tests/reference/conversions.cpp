@@ -1,5 +1,6 @@
-// Conversions between float, double and integers, and whole parts, against the host's.
-#include "tests/reference/host_float.h"
+// Conversions between float, double and integers, and whole parts, against the
+// reference library's.
+#include "tests/reference/real.h"
 
 namespace {
 
@@ -13,64 +14,79 @@ template <class T> struct CONVERSIONS {
     const auto signed_bits = static_cast<int64_t>(bits);
     simul_fval v;
     f_itof(signed_bits, &v);
-    from_ints.compare(is_same(on_host<T>(v), static_cast<T>(signed_bits)),
-                      [&] { return std::to_string(signed_bits); });
+    T want = rounded<T>([&](mpfr_ptr r) { return mpfr_set_sj(r, signed_bits, MPFR_RNDN); });
+    from_ints.compare(is_same(on_host<T>(v), want), [&] { return std::to_string(signed_bits); });
     f_utof(bits, &v);
-    from_ints.compare(is_same(on_host<T>(v), static_cast<T>(bits)),
-                      [&] { return std::to_string(bits); });
+    want = rounded<T>([&](mpfr_ptr r) { return mpfr_set_uj(r, bits, MPFR_RNDN); });
+    from_ints.compare(is_same(on_host<T>(v), want), [&] { return std::to_string(bits); });
     // 128 bits, the lower half being the upper one's digits turned around.
-    __extension__ using I128 = __int128;
-    __extension__ using U128 = unsigned __int128;
-    const I128 wide = static_cast<I128>(static_cast<U128>(bits) << 64 | ~bits * 3) >> (bits % 90);
-    unsigned char x[16];
-    for (int k = 0; k < 16; k++)
-      x[k] = static_cast<unsigned char>(static_cast<U128>(wide) >> (8 * (15 - k)));
+    const mpz_class wide = ((mpz_class(signed_bits) << 64) + ~bits * 3) >> bits % 90;
+    unsigned char x[XI_BYTES];
+    to_xi(wide, x);
     f_xtof(x, &v);
-    from_ints.compare(is_same(on_host<T>(v), static_cast<T>(wide)),
-                      [&] { return "128 bits from " + std::to_string(bits); });
+    want = rounded<T>([&](mpfr_ptr r) { return mpfr_set_z(r, wide.get_mpz_t(), MPFR_RNDN); });
+    from_ints.compare(is_same(on_host<T>(v), want), [&] { return "from " + wide.get_str(); });
+  }
+
+  // Out of range too: there the nearest end is wanted.
+  void compare_to_ints(T a, const simul_fval& v, const REAL& exact) {
+    int64_t i;
+    uint64_t u;
+    const int status_i = f_ftoi(&v, &i), status_u = f_ftou(&v, &u);
+    to_ints.compare((status_i == 0) == mpfr_fits_intmax_p(exact, MPFR_RNDZ) &&
+                        i == mpfr_get_sj(exact, MPFR_RNDZ),
+                    [&] { return shown(a); });
+    to_ints.compare((status_u == 0) == mpfr_fits_uintmax_p(exact, MPFR_RNDZ) &&
+                        u == mpfr_get_uj(exact, MPFR_RNDZ),
+                    [&] { return "unsigned, " + shown(a); });
+    if (!std::isfinite(a)) return;
+    mpz_class wide;
+    mpfr_get_z(wide.get_mpz_t(), exact, MPFR_RNDZ);
+    const mpz_class end = mpz_class(1) << 127;
+    const bool fits = wide >= -end && wide < end;
+    unsigned char x[XI_BYTES];
+    const int status_x = f_ftox(&v, x);
+    to_ints.compare((status_x == 0) == fits && (!fits || from_xi(x) == wide),
+                    [&] { return "128 bits, " + shown(a); });
   }
 
   void compare(T a) {
     const simul_fval v = simulated(a);
-    int64_t i;
-    uint64_t u;
-    const bool fits_i = a >= T(INT64_MIN) && a < -T(INT64_MIN);
-    const bool fits_u = a > T(-1) && a < -2 * T(INT64_MIN);
-    const int status_i = f_ftoi(&v, &i), status_u = f_ftou(&v, &u);
-    to_ints.compare((status_i == 0) == fits_i && (!fits_i || i == static_cast<int64_t>(a)),
-                    [&] { return shown(a); });
-    to_ints.compare((status_u == 0) == fits_u && (!fits_u || u == static_cast<uint64_t>(a)),
-                    [&] { return "unsigned, " + shown(a); });
+    const REAL exact(a);
+    compare_to_ints(a, v, exact);
 
-    using UNARY = int (*)(const simul_fval*, simul_fval*);
     struct {
-      UNARY f;
-      T want;
-    } const rounders[] = {{f_trunc, std::trunc(a)},
-                          {f_int, std::trunc(a)},
-                          {f_round, std::round(a)},
-                          {f_floor, std::floor(a)},
-                          {f_ceil, std::ceil(a)}};
+      TARGET_UNARY f;
+      int (*want)(mpfr_ptr, mpfr_srcptr);
+    } const rounders[] = {{f_trunc, mpfr_trunc},
+                          {f_int, mpfr_trunc},
+                          {f_round, mpfr_round},
+                          {f_floor, mpfr_floor},
+                          {f_ceil, mpfr_ceil}};
+    simul_fval r;
     for (const auto& rounder : rounders) {
-      simul_fval r;
       rounder.f(&v, &r);
-      whole.compare(is_same(on_host<T>(r), rounder.want), [&] { return shown(a); });
+      const T want = rounded<T>([&](mpfr_ptr m) { return rounder.want(m, exact); });
+      whole.compare(is_same(on_host<T>(r), want), [&] { return shown(a); });
     }
 
-    T host_whole;
-    const T host_fraction = std::modf(a, &host_whole);
+    REAL exact_whole, exact_part;
+    mpfr_modf(exact_whole, exact_part, exact, MPFR_RNDN);
     simul_fval w, f;
     f_modf(&v, &w, &f);
-    parts.compare(is_same(on_host<T>(w), host_whole) && is_same(on_host<T>(f), host_fraction),
+    parts.compare(is_same(REAL(w), exact_whole) && is_same(REAL(f), exact_part),
                   [&] { return "modf, " + shown(a); });
-    int exp = 0, host_exp = 0;
-    const T host_mantissa = std::frexp(a, &host_exp);
+    int exp = 0;
+    mpfr_exp_t exact_exp = 0;
+    mpfr_frexp(&exact_exp, exact_part, exact, MPFR_RNDN);
     f_frexp(&v, &exp, &f);
-    parts.compare(is_same(on_host<T>(f), host_mantissa) && (!std::isfinite(a) || exp == host_exp),
+    parts.compare(is_same(REAL(f), exact_part) && (!std::isfinite(a) || exp == exact_exp),
                   [&] { return "frexp, " + shown(a); });
     const int places = static_cast<int>(std::bit_cast<BITS<T>>(a) % 300) - 150;
     f_ldexp(&v, places, &f);
-    parts.compare(is_same(on_host<T>(f), std::ldexp(a, places)),
+    const T moved =
+        rounded<T>([&](mpfr_ptr m) { return mpfr_mul_2si(m, exact, places, MPFR_RNDN); });
+    parts.compare(is_same(on_host<T>(f), moved),
                   [&] { return "ldexp, " + shown(a) + " by " + std::to_string(places); });
   }
 
@@ -96,11 +112,11 @@ template <class T> struct CONVERSIONS {
 } // namespace
 
 uint64_t compare_conversions(uint64_t count, RANDOM& random) {
-  ROW narrow("double to float"), widen("float to double and back");
+  ROW narrow("double to float"), widen("float and double to all bits");
   auto compare = [&](double d, float f) {
-    narrow.compare(is_same(on_host<float>(simulated(d)), static_cast<float>(d)),
-                   [&] { return shown(d); });
-    widen.compare(is_same(on_host<double>(simulated(f)), static_cast<double>(f)) &&
+    const float want = rounded<float>([&](mpfr_ptr r) { return mpfr_set_d(r, d, MPFR_RNDN); });
+    narrow.compare(is_same(on_host<float>(simulated(d)), want), [&] { return shown(d); });
+    widen.compare(is_same(REAL(simulated(f)), REAL(f)) && is_same(REAL(simulated(d)), REAL(d)) &&
                       is_same(on_host<float>(simulated(f)), f),
                   [&] { return shown(f); });
   };

@@ -1,13 +1,10 @@
-// Transcendental functions against the host's in long double, with the largest error of each in
-// units of the last place (ULP) of the target's float and double.
-#include "tests/reference/host_float.h"
+// Transcendental functions against the reference library's, with the largest error of each in units
+// of the last place (ULP) of the target's float and double.
+#include "tests/reference/real.h"
 
 #include <cinttypes>
 
 namespace {
-
-using UNARY = int (*)(const simul_fval*, simul_fval*);
-using BINARY = int (*)(const simul_fval*, const simul_fval*, simul_fval*);
 
 // Evenly, or all sizes of number alike; or next to the multiples of pi/2, where what the reduction
 // of the angle leaves is small and its error large beside it.
@@ -15,23 +12,23 @@ enum OPERANDS { ANYWHERE, NEXT_TO_QUARTERS };
 
 struct FUNCTION {
   const char* name;
-  UNARY one;
-  BINARY two;
-  long double (*host_one)(long double);
-  long double (*host_two)(long double, long double);
+  TARGET_UNARY one;
+  TARGET_BINARY two;
+  REAL_UNARY exact_one;
+  REAL_BINARY exact_two;
   double low, high; // range of the (first) operand
   double low2, high2;
   double allowed; // ULP; the correctly rounded result is 0.5 off at most
   OPERANDS operands = ANYWHERE;
 };
 
-FUNCTION unary(const char* name, UNARY f, long double (*host)(long double), double low, double high,
+FUNCTION unary(const char* name, TARGET_UNARY f, REAL_UNARY exact, double low, double high,
                double allowed = 0.51, OPERANDS operands = ANYWHERE) {
-  return {name, f, nullptr, host, nullptr, low, high, 0, 0, allowed, operands};
+  return {name, f, nullptr, exact, nullptr, low, high, 0, 0, allowed, operands};
 }
-FUNCTION binary(const char* name, BINARY f, long double (*host)(long double, long double),
-                double low, double high, double low2, double high2, double allowed = 0.51) {
-  return {name, nullptr, f, nullptr, host, low, high, low2, high2, allowed, ANYWHERE};
+FUNCTION binary(const char* name, TARGET_BINARY f, REAL_BINARY exact, double low, double high,
+                double low2, double high2, double allowed = 0.51) {
+  return {name, nullptr, f, nullptr, exact, low, high, low2, high2, allowed, ANYWHERE};
 }
 
 // Where most of the angle's bits are taken off, what is left is short of bits, and more so in the
@@ -39,31 +36,31 @@ FUNCTION binary(const char* name, BINARY f, long double (*host)(long double, lon
 constexpr double LARGE_ANGLES = 5000, NEAR_PI = 100000;
 
 const FUNCTION functions[] = {
-    unary("f_exp", f_exp, expl, -89.4, 89.4),
-    unary("f_log", f_log, logl, 0, 1e300),
-    unary("f_log near 1", f_log, logl, 0.5, 2),
-    unary("f_log10", f_log10, log10l, 0, 1e300),
-    binary("f_pow", f_pow, powl, 0, 100, -150, 150),
-    binary("f_pow, bases near 1", f_pow, powl, 0.999, 1.001, -300000, 300000),
-    binary("f_pow, large exponents", f_pow, powl, 1 - 1e-11, 1 + 1e-11, 1e10, 7e12),
-    unary("f_sin", f_sin, sinl, -10, 10),
-    unary("f_sin, large angles", f_sin, sinl, -2e8, 2e8, LARGE_ANGLES),
-    unary("f_sin by k pi/2", f_sin, sinl, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
-    unary("f_cos", f_cos, cosl, -10, 10),
-    unary("f_cos, large angles", f_cos, cosl, -2e8, 2e8, LARGE_ANGLES),
-    unary("f_cos by k pi/2", f_cos, cosl, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
-    unary("f_tan", f_tan, tanl, -10, 10),
-    unary("f_tan, large angles", f_tan, tanl, -2e8, 2e8, LARGE_ANGLES),
-    unary("f_tan by k pi/2", f_tan, tanl, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
-    unary("f_asin", f_asin, asinl, -1, 1),
-    unary("f_acos", f_acos, acosl, -1, 1),
-    unary("f_atan", f_atan, atanl, -100, 100),
-    binary("f_atan2", f_atan2, atan2l, -100, 100, -100, 100),
-    unary("f_sinh", f_sinh, sinhl, -89.4, 89.4),
-    unary("f_cosh", f_cosh, coshl, -89.4, 89.4),
-    unary("f_tanh", f_tanh, tanhl, -8.6, 8.6),
+    unary("f_exp", f_exp, mpfr_exp, -89.4, 89.4),
+    unary("f_log", f_log, mpfr_log, 0, 1e300),
+    unary("f_log near 1", f_log, mpfr_log, 0.5, 2),
+    unary("f_log10", f_log10, mpfr_log10, 0, 1e300),
+    binary("f_pow", f_pow, mpfr_pow, 0, 100, -150, 150),
+    binary("f_pow, bases near 1", f_pow, mpfr_pow, 0.999, 1.001, -300000, 300000),
+    binary("f_pow, large exponents", f_pow, mpfr_pow, 1 - 1e-11, 1 + 1e-11, 1e10, 7e12),
+    unary("f_sin", f_sin, mpfr_sin, -10, 10),
+    unary("f_sin, large angles", f_sin, mpfr_sin, -2e8, 2e8, LARGE_ANGLES),
+    unary("f_sin by k pi/2", f_sin, mpfr_sin, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
+    unary("f_cos", f_cos, mpfr_cos, -10, 10),
+    unary("f_cos, large angles", f_cos, mpfr_cos, -2e8, 2e8, LARGE_ANGLES),
+    unary("f_cos by k pi/2", f_cos, mpfr_cos, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
+    unary("f_tan", f_tan, mpfr_tan, -10, 10),
+    unary("f_tan, large angles", f_tan, mpfr_tan, -2e8, 2e8, LARGE_ANGLES),
+    unary("f_tan by k pi/2", f_tan, mpfr_tan, -10, 10, NEAR_PI, NEXT_TO_QUARTERS),
+    unary("f_asin", f_asin, mpfr_asin, -1, 1),
+    unary("f_acos", f_acos, mpfr_acos, -1, 1),
+    unary("f_atan", f_atan, mpfr_atan, -100, 100),
+    binary("f_atan2", f_atan2, mpfr_atan2, -100, 100, -100, 100),
+    unary("f_sinh", f_sinh, mpfr_sinh, -89.4, 89.4),
+    unary("f_cosh", f_cosh, mpfr_cosh, -89.4, 89.4),
+    unary("f_tanh", f_tanh, mpfr_tanh, -8.6, 8.6),
     // Beyond its saturation the result is 1, which is exact for a float alone.
-    unary("f_tanh, saturated", f_tanh, tanhl, 8.67, 19, 6e8),
+    unary("f_tanh, saturated", f_tanh, mpfr_tanh, 8.67, 19, 6e8),
 };
 
 double operand(double low, double high, OPERANDS operands, RANDOM& random) {
@@ -81,16 +78,17 @@ template <class T> struct WORST {
   uint64_t count = 0;
   double ulp = 0;
   T at = 0, at2 = 0;
-  void take(T got, long double exact, T a, T b) {
-    if (!std::isfinite(static_cast<T>(exact))) return;
+  void take(const simul_fval& result, const REAL& exact, T a, T b) {
+    if (!std::isfinite(nearest<T>(exact))) return;
     count++;
-    int exp;
-    std::frexp(exact, &exp);
-    const int unit = std::max(exp, std::numeric_limits<T>::min_exponent) - mantissa_bits<T>;
-    const double error =
-        static_cast<double>(std::fabs(std::ldexp(static_cast<long double>(got) - exact, -unit)));
-    if (!(error <= ulp)) {
-      ulp = std::isnan(error) ? HUGE_VAL : error;
+    constexpr mpfr_exp_t LOWEST = std::numeric_limits<T>::min_exponent;
+    const mpfr_exp_t exp = mpfr_zero_p(exact) ? LOWEST : std::max(mpfr_get_exp(exact), LOWEST);
+    REAL error;
+    mpfr_sub(error, REAL(on_host<T>(result)), exact, MPFR_RNDN);
+    mpfr_mul_2si(error, error, mantissa_bits<T> - exp, MPFR_RNDN);
+    const double units = std::fabs(mpfr_get_d(error, MPFR_RNDN));
+    if (!(units <= ulp)) {
+      ulp = std::isnan(units) ? HUGE_VAL : units;
       at = a;
       at2 = b;
     }
@@ -98,13 +96,17 @@ template <class T> struct WORST {
 };
 
 template <class T> void measure(const FUNCTION& f, T a, T b, WORST<T>* worst) {
-  simul_fval r;
   const simul_fval x = simulated(a), y = simulated(b);
-  if (f.two)
+  simul_fval r;
+  REAL exact;
+  if (f.two) {
     f.two(&x, &y, &r);
-  else
+    f.exact_two(exact, REAL(a), REAL(b), MPFR_RNDN);
+  } else {
     f.one(&x, &r);
-  worst->take(on_host<T>(r), f.two ? f.host_two(a, b) : f.host_one(a), a, b);
+    f.exact_one(exact, REAL(a), MPFR_RNDN);
+  }
+  worst->take(r, exact, a, b);
 }
 
 } // namespace

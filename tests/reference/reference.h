@@ -2,6 +2,10 @@
 // approximations the largest error.
 #pragma once
 
+#include "support/xi.h"
+
+#include <gmpxx.h>
+
 #include <cstdint>
 #include <random>
 #include <string>
@@ -24,6 +28,10 @@ private:
 };
 
 using RANDOM = std::mt19937_64;
+
+// The bytes of a number's low 128 bits, and the number that 16 bytes hold.
+void to_xi(const mpz_class& v, unsigned char* bytes);
+mpz_class from_xi(const unsigned char* bytes);
 
 // Each gives the number of mismatches, of errors beyond what is allowed for the last.
 uint64_t compare_integers(uint64_t count, RANDOM& random);

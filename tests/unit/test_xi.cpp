@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-// That results are right is compared at length with 128-bit integers by number-reference.
+// That results are right is compared at length with a library by number-reference.
 TEST(Xi, EndsOfTheRange) {
   unsigned char min[XI_BYTES] = {0x80}, minus_one[XI_BYTES], r[XI_BYTES], zero[XI_BYTES] = {};
   XI_itox(-1, minus_one);

@@ -122,12 +122,11 @@ private:
 
 // ---------------------------------------------------------------------------------------------
 
-// Where the target's own headers are: beside an installed program, else in the source tree.
+// Where the target's own headers are: beside the program's folder, built or installed.
 std::string header_folder() {
   std::error_code ignored;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  const auto beside = program.parent_path().parent_path() / "include" / "ulm200";
-  return std::filesystem::is_directory(beside, ignored) ? beside.string() : VRX_TARGET_HEADERS;
+  return (program.parent_path().parent_path() / "include" / "ulm200").string();
 }
 
 bool uses_coff_abi(const std::vector<std::string>& options) {
@@ -281,8 +280,7 @@ bool SOURCE::set_up(const COMMAND& command, const std::set<std::string>& headers
   set_severities(diags, options);
 
   clang::LangOptions& language = instance->getLangOpts();
-  clang::TargetInfo* target =
-      make_target(static_cast<unsigned>(tp->mk_fltpt(TYPE::F_DOUBLE)->size));
+  clang::TargetInfo* target = make_target(tp->mk_fltpt(TYPE::F_DOUBLE)->size == 32);
   target->adjust(diags, language);
   instance->setTarget(target);
   instance->createFileManager();

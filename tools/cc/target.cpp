@@ -23,7 +23,7 @@ template struct OPTIONS_ACCESS<&clang::TargetInfo::TargetOpts>;
 
 class ULM200_TARGET : public clang::TargetInfo {
 public:
-  explicit ULM200_TARGET(unsigned double_bits) : TargetInfo(llvm::Triple("ulm200-unknown-elf")) {
+  explicit ULM200_TARGET(bool has_short_double) : TargetInfo(llvm::Triple("ulm200-unknown-elf")) {
     options_of(*this) = std::make_shared<clang::TargetOptions>();
     BigEndian = false;
     TLSSupported = false;
@@ -35,9 +35,9 @@ public:
     SuitableAlign = DefaultAlignForAttributeAligned = 32;
     FloatWidth = FloatAlign = 32;
     FloatFormat = &llvm::APFloat::IEEEsingle();
-    DoubleWidth = double_bits;
+    DoubleWidth = has_short_double ? 32 : 64;
     DoubleAlign = 32;
-    DoubleFormat = double_bits == 32 ? &llvm::APFloat::IEEEsingle() : &llvm::APFloat::IEEEdouble();
+    DoubleFormat = has_short_double ? &llvm::APFloat::IEEEsingle() : &llvm::APFloat::IEEEdouble();
     LongDoubleWidth = 64;
     LongDoubleAlign = 32;
     LongDoubleFormat = &llvm::APFloat::IEEEdouble();
@@ -82,8 +82,8 @@ public:
 
 } // namespace
 
-clang::TargetInfo* make_target(unsigned double_bits) {
-  return new ULM200_TARGET(double_bits);
+clang::TargetInfo* make_target(bool has_short_double) {
+  return new ULM200_TARGET(has_short_double);
 }
 
 } // namespace cc

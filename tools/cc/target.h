@@ -6,7 +6,7 @@
 
 namespace cc {
 
-// double_bits: 32 or 64, by the object file conventions in force.
-clang::TargetInfo* make_target(unsigned double_bits);
+// has_short_double: a double has 32 bits instead of 64, by the object file conventions in force.
+clang::TargetInfo* make_target(bool has_short_double);
 
 } // namespace cc

@@ -1,5 +1,7 @@
 #include "tools/run/stats.h"
 
+#include <nlohmann/json.hpp>
+
 namespace icode::run {
 
 std::string stats_json(const PROGRAM& p) {
@@ -17,24 +19,19 @@ std::string stats_json(const PROGRAM& p) {
     for (size_t op = 0; op < nodes.size(); op++)
       nodes[op] += times * r.nodes[op];
   }
-  std::string by_operator;
-  for (size_t op = 0; op < nodes.size(); op++) {
-    if (!nodes[op]) continue;
-    by_operator += by_operator.empty() ? "" : ", ";
-    by_operator += "\"" + std::string(op_name(unsigned(op))) + "\": " + std::to_string(nodes[op]);
-  }
-  std::string out = "{";
-  auto field = [&](const char* name, uint64_t value) {
-    out += "\"" + std::string(name) + "\": " + std::to_string(value) + ", ";
-  };
-  field("operations", operations);
-  field("loads", loads);
-  field("stores", stores);
-  field("branches", branches);
-  field("calls", calls);
-  field("statements", statements);
-  field("unit_nodes", p.unit.nodes.size());
-  return out + "\"nodes\": {" + by_operator + "}}\n";
+  using JSON = nlohmann::ordered_json;
+  JSON by_operator = JSON::object();
+  for (size_t op = 0; op < nodes.size(); op++)
+    if (nodes[op]) by_operator[op_name(unsigned(op))] = nodes[op];
+  const JSON all = {{"operations", operations},
+                    {"loads", loads},
+                    {"stores", stores},
+                    {"branches", branches},
+                    {"calls", calls},
+                    {"statements", statements},
+                    {"unit_nodes", p.unit.nodes.size()},
+                    {"nodes", by_operator}};
+  return all.dump() + "\n";
 }
 
 } // namespace icode::run

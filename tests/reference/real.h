@@ -1,20 +1,89 @@
-// Host values and simul_fval, and operands that are worth trying.
+// The reference library's numbers, as wide as one asks for, the target's values among them, and
+// operands that are worth trying. Host floats and doubles only carry the bits of target values.
 #pragma once
 
 #include "tests/reference/reference.h"
 
-#include "support/simul_fval.h"
+#include "support/float_words.h"
+
+// Functions instead of macros: those need a plain mpfr_t.
+#define MPFR_USE_NO_MACRO
+#include <mpfr.h>
 
 #include <bit>
 #include <cmath>
+#include <concepts>
 #include <cstdio>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 template <class T> using BITS = std::conditional_t<sizeof(T) == sizeof(double), uint64_t, uint32_t>;
 
 template <class T> constexpr int is_double = sizeof(T) == sizeof(double);
 template <class T> constexpr int mantissa_bits = std::numeric_limits<T>::digits;
+
+// Enough for every value of the target and for errors of approximations.
+constexpr mpfr_prec_t REAL_BITS = 128;
+
+class REAL {
+public:
+  explicit REAL(mpfr_prec_t bits = REAL_BITS) { mpfr_init2(v, bits); }
+  // These hold a target value, exactly.
+  template <std::floating_point T> explicit REAL(T d) : REAL(mantissa_bits<T>) {
+    mpfr_set_d(v, d, MPFR_RNDN);
+  }
+  explicit REAL(const simul_fval& s) : REAL(F_MANT_BITS) {
+    if (f_is_nan(&s)) return;
+    if (f_is_inf(&s)) {
+      mpfr_set_inf(v, s.sign ? -1 : 1);
+      return;
+    }
+    mpz_t mantissa;
+    mpz_init(mantissa);
+    mpz_import(mantissa, F_MANT_WORDS, 1, sizeof s.mant[0], 0, 0, s.mant);
+    mpfr_set_z_2exp(v, mantissa, s.exp - F_MANT_BITS, MPFR_RNDN);
+    mpz_clear(mantissa);
+    mpfr_setsign(v, v, s.sign, MPFR_RNDN);
+  }
+  REAL(const REAL&) = delete;
+  REAL& operator=(const REAL&) = delete;
+  ~REAL() { mpfr_clear(v); }
+  operator mpfr_ptr() { return v; }
+  operator mpfr_srcptr() const { return v; }
+
+private:
+  mpfr_t v;
+};
+
+// To nearest, ties to even.
+template <class T> T nearest(const REAL& v) {
+  if constexpr (is_double<T>)
+    return mpfr_get_d(v, MPFR_RNDN);
+  else
+    return mpfr_get_flt(v, MPFR_RNDN);
+}
+
+// What the machine would hold: f(result) computes one operation of the reference library, in the
+// width and the range of T, denormals included.
+template <class T, class F> T rounded(F f) {
+  using LIMITS = std::numeric_limits<T>;
+  const mpfr_exp_t emin = mpfr_get_emin(), emax = mpfr_get_emax();
+  mpfr_set_emin(LIMITS::min_exponent - LIMITS::digits + 1);
+  mpfr_set_emax(LIMITS::max_exponent);
+  REAL r(LIMITS::digits);
+  const int direction = f(static_cast<mpfr_ptr>(r));
+  mpfr_subnormalize(r, direction, MPFR_RNDN);
+  const T result = nearest<T>(r);
+  mpfr_set_emin(emin);
+  mpfr_set_emax(emax);
+  return result;
+}
+
+using REAL_UNARY = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
+using REAL_BINARY = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+using TARGET_UNARY = int (*)(const simul_fval*, simul_fval*);
+using TARGET_BINARY = int (*)(const simul_fval*, const simul_fval*, simul_fval*);
 
 template <class T> simul_fval simulated(T host) {
   const auto bits = static_cast<uint64_t>(std::bit_cast<BITS<T>>(host));
@@ -36,11 +105,18 @@ template <class T> bool is_same(T a, T b) {
   if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
   return std::bit_cast<BITS<T>>(a) == std::bit_cast<BITS<T>>(b);
 }
+inline bool is_same(const REAL& a, const REAL& b) {
+  if (mpfr_nan_p(a) || mpfr_nan_p(b)) return mpfr_nan_p(a) && mpfr_nan_p(b);
+  return mpfr_equal_p(a, b) && mpfr_signbit(a) == mpfr_signbit(b);
+}
 
 template <class T> std::string shown(T v) {
   char text[64];
   snprintf(text, sizeof text, "%a", static_cast<double>(v));
   return text;
+}
+inline std::string shown(const simul_fval& v) {
+  return f_hex_text(&v);
 }
 
 // All that is special about a format, with both signs: ends of the denormals and the normals,

@@ -1,0 +1,15 @@
+# The libraries of exact whole numbers and correctly rounded floating ones, as target MPFR::MPFR.
+find_path(MPFR_INCLUDE_DIR mpfr.h)
+find_path(GMPXX_INCLUDE_DIR gmpxx.h)
+find_library(MPFR_LIBRARY mpfr)
+find_library(GMPXX_LIBRARY gmpxx)
+find_library(GMP_LIBRARY gmp)
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(MPFR REQUIRED_VARS MPFR_LIBRARY GMPXX_LIBRARY GMP_LIBRARY
+                                                     MPFR_INCLUDE_DIR GMPXX_INCLUDE_DIR)
+mark_as_advanced(MPFR_INCLUDE_DIR GMPXX_INCLUDE_DIR MPFR_LIBRARY GMPXX_LIBRARY GMP_LIBRARY)
+if(MPFR_FOUND AND NOT TARGET MPFR::MPFR)
+  add_library(MPFR::MPFR INTERFACE IMPORTED)
+  target_include_directories(MPFR::MPFR INTERFACE ${MPFR_INCLUDE_DIR} ${GMPXX_INCLUDE_DIR})
+  target_link_libraries(MPFR::MPFR INTERFACE ${MPFR_LIBRARY} ${GMPXX_LIBRARY} ${GMP_LIBRARY})
+endif()
