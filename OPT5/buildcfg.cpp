@@ -154,8 +154,8 @@ public:
     int uon = 0;
     for (BBLK* bb = fi->uon_list; bb; bb = bb->uon_link) {
       bb->uon = uon++;
-      LIST* last = bb->last_statement();
-      bb->successors = rev_edge_list(list_branch_targets(last->tree, nullptr));
+      const NODE* control = bb->last_statement()->tree;
+      bb->successors = rev_edge_list(list_branch_targets(control, nullptr));
     }
     fi->bb_count = uon;
   }

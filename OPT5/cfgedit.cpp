@@ -272,11 +272,11 @@ BBLK* split_cfg_edge(BBLK* from, BBLK* to) {
 }
 
 bool bb_is_split_critical_edge(const BBLK* bb) {
-  auto one = [](const EDGE* list) { return list && !list->rest; };
-  auto several = [](const EDGE* list) { return list && list->rest; };
-  return one(bb->predecessors) && one(bb->successors) &&
-         several(bb->predecessors->first->successors) &&
-         several(bb->successors->first->predecessors);
+  auto has_one = [](const EDGE* list) { return list && !list->rest; };
+  auto has_several = [](const EDGE* list) { return list && list->rest; };
+  return has_one(bb->predecessors) && has_one(bb->successors) &&
+         has_several(bb->predecessors->first->successors) &&
+         has_several(bb->successors->first->predecessors);
 }
 
 void split_critical_edges(bool all) {

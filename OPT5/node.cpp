@@ -79,12 +79,12 @@ long NODE::icon_svalue() const {
 }
 
 const char* NODE::lcon_value() const {
-  thread_local char text[32];
+  thread_local char digits[32];
   if (type->is_signed())
-    snprintf(text, sizeof text, "%ld", icon_svalue());
+    snprintf(digits, sizeof digits, "%ld", icon_svalue());
   else
-    snprintf(text, sizeof text, "%lu", icon_uvalue());
-  return text;
+    snprintf(digits, sizeof digits, "%lu", icon_uvalue());
+  return digits;
 }
 
 const char* NODE::fcon_value() {
@@ -159,10 +159,10 @@ void NODE::mk_scon(const char* bytes, unsigned length) {
   ival = length;
 }
 
-void NODE::mk_ddnode(int id, int locale, int flags) {
+void NODE::mk_ddnode(int id, int locale, int bits) {
   ival = id;
   dd_locale = locale;
-  dd_flags = flags;
+  dd_flags = bits;
 }
 
 void NODE::mk_call(unsigned args, unsigned variable_args) {

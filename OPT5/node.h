@@ -123,7 +123,7 @@ public:
   void mk_switch(int cases) override { ival = cases; }
   void mk_ddnode(int id, int locale, int flags) override;
   void mk_call(unsigned args, unsigned vargs) override;
-  void mk_ucall(unsigned eh_entry) override { this->eh_entry = eh_entry; }
+  void mk_ucall(unsigned entry) override { eh_entry = entry; }
   void mk_icall(const char* name) override;
 
   double frequency() const; // estimated frequency; -1 for none

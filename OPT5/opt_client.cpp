@@ -95,7 +95,8 @@ public:
     sym->otype = type;
     sym->cpp_type = cpp_type;
     sym->type = normalized_underlying_type(type);
-    if (int quals = type->qual_kind(true)) sym->type = tp->mk_qual(sym->type, quals);
+    if (int quals = type->qual_kind(true))
+      sym->type = tp->mk_qual(sym->type, static_cast<unsigned char>(quals));
     sym->size = size;
     sym->align = static_cast<unsigned>(align);
     if (!type->is_func() && !type->is_unknown() && size != type->size)

@@ -25,8 +25,8 @@ short float_micro_ops_to_op[16];
 namespace {
 
 struct MICRO_ROW {
-  int op;
-  int micro;
+  short op;
+  unsigned char micro;
 };
 const MICRO_ROW micro_rows[] = {
     {FEQ, MICRO_EQ},

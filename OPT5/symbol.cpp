@@ -173,8 +173,7 @@ void GLOBAL_SYM::set_bitnum(short v) {
   own_marks().bitnum = v;
 }
 void GLOBAL_SYM::inc_bitnum() {
-  short& number = own_marks().bitnum;
-  number += number < 32767;
+  count_up(own_marks().bitnum);
 }
 void GLOBAL_SYM::set_depnum(long v) {
   own_marks().depnum = v;

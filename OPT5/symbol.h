@@ -4,6 +4,7 @@
 #include "OPT5/node.h"
 #include "ifile/i_symtab.h"
 
+#include <climits>
 #include <list>
 
 enum STORAGE_CLASS {
@@ -30,6 +31,11 @@ enum CQUAL {
   CQ_MUST_STAY = 0xC000,
   CQ_TOP = 0x8000
 };
+
+// Counts of bit numbers stick at the largest value.
+inline void count_up(short& number) {
+  if (number < SHRT_MAX) number++;
+}
 
 class SYMTAB : public I_SYMTAB {
 public:
@@ -88,7 +94,7 @@ public:
   bool is_under_ARGREF() const override { return under_ARGREF; }
   void set_is_aliased(bool v) override;
   void set_bitnum(short v) override { bit_number = v; }
-  void inc_bitnum() override { bit_number += bit_number < 32767; } // counts stick at the top
+  void inc_bitnum() override { count_up(bit_number); }
   void set_depnum(long v) override { dep_number = v; }
   void inc_depnum() override { dep_number++; }
   void set_is_under_ARGREF(bool v) override { under_ARGREF = v; }

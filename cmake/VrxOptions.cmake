@@ -5,7 +5,7 @@ target_compile_features(vrx-options INTERFACE cxx_std_20)
 target_compile_options(
   vrx-options
   INTERFACE -fno-strict-aliasing
-            $<BUILD_INTERFACE:-Wall;-Wextra;-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=>)
+            $<BUILD_INTERFACE:-Wall;-Wextra;-Wshadow;-Wconversion;-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=>)
 target_include_directories(vrx-options INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>
                                                  $<INSTALL_INTERFACE:include/vrx-mid>)
 if(VRX_CHECKS)

@@ -37,7 +37,7 @@ template <class T> std::string midpoint_text(T a, RANDOM& random) {
   mpfr_div_2ui(middle, middle, 1, MPFR_RNDN);
   mpfr_snprintf(text, sizeof text, "%.1200Rf", static_cast<mpfr_srcptr>(middle));
   std::string digits = text;
-  const unsigned kind = random() % 3;
+  const auto kind = random() % 3;
   if (kind == 1) digits += "1";
   if (kind == 2) {
     // just below: the last digit that isn't zero goes down by one, nines follow

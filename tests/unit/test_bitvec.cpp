@@ -51,7 +51,8 @@ TEST(BitVec, AgreesWithSets) {
     EXPECT_TRUE(a.bv_cmp_cpy(&r) == (sa != either));
     EXPECT_FALSE(a.bv_cmp_cpy(&r));
 
-    const unsigned first = random() % size, last = first + random() % (size - first);
+    const auto first = static_cast<unsigned>(random() % size),
+               last = static_cast<unsigned>(first + random() % (size - first));
     BITVEC all(size), none(size);
     all.bv_set_all();
     EXPECT_EQ(members(all).size(), size);

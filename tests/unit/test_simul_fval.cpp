@@ -37,7 +37,7 @@ void expect_same_as_host(const std::string& text) {
   ASSERT_TRUE(f_bit_eq(&v, &again)) << text << " " << f_hex_text(&v);
 }
 
-std::string digits(std::mt19937_64& random, int n, const char* alphabet, unsigned radix) {
+std::string digits(std::mt19937_64& random, uint64_t n, const char* alphabet, unsigned radix) {
   std::string s;
   for (; n; n--)
     s += alphabet[random() % radix];

@@ -9,7 +9,7 @@
 class Trees : public IrTest {
 protected:
   // An access to a bit-field of a new structure.
-  NODE* field(TYPE* type, unsigned long width) {
+  NODE* field(TYPE* type, unsigned width) {
     TYPE* record = tp->mk_struct("bits");
     record->csu_parts()->complete = true;
     fkMDATA member;
@@ -84,17 +84,17 @@ TEST_F(Trees, ConstantsOfAnyType) {
 }
 
 TEST_F(Trees, CopiesAreTheirOwn) {
-  NODE* one = alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT));
-  one->mk_fcon("1.5");
-  EXPECT_STREQ(one->fcon_value(), "0x1.8p+0");
-  NODE* copy = copy_tree(one, true);
+  NODE* original = alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT));
+  original->mk_fcon("1.5");
+  EXPECT_STREQ(original->fcon_value(), "0x1.8p+0");
+  NODE* copy = copy_tree(original, true);
   f_atof("2.0", copy->u.fval);
-  EXPECT_STREQ(one->fcon_value(), "0x1.8p+0");
+  EXPECT_STREQ(original->fcon_value(), "0x1.8p+0");
   EXPECT_STREQ(copy->fcon_value(), "0x1p+1");
   NODE* call = mk_ICALL("_abs", icon(3), tp->mk_plain_int());
   NODE* call_copy = copy_tree(call, false);
   EXPECT_NE(call->u.callee, call_copy->u.callee);
-  for (NODE* node : {one, copy, call, call_copy})
+  for (NODE* node : {original, copy, call, call_copy})
     erase_tree(node);
 }
 
@@ -404,13 +404,13 @@ TEST_F(Trees, DeclarationsLeadToTheDefinition) {
   SYMTAB* lonely = global("h", SC_EXTERN_DECL);
   EXPECT_EQ(get_sym_def_for_decl(lonely), lonely);
   // Statics of one name, two local to functions say, are definitions of their own.
-  SYMTAB *one = global("s", SC_STATIC), *two = global("s", SC_STATIC);
-  EXPECT_EQ(get_sym_def_for_decl(one), one);
-  EXPECT_EQ(get_sym_def_for_decl(two), two);
+  SYMTAB *first = global("s", SC_STATIC), *second = global("s", SC_STATIC);
+  EXPECT_EQ(get_sym_def_for_decl(first), first);
+  EXPECT_EQ(get_sym_def_for_decl(second), second);
   SYMTAB *visible = global("s", SC_EXTERN), *wanted = global("s", SC_EXTERN_DECL);
   EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
-  EXPECT_EQ(get_sym_def_for_decl(two), two);
-  note_function_body(two);
+  EXPECT_EQ(get_sym_def_for_decl(second), second);
+  note_function_body(second);
   EXPECT_EQ(get_sym_def_for_decl(wanted), visible);
   note_function_body(visible);
   EXPECT_EQ(get_sym_def_for_decl(visible), visible);
