@@ -441,7 +441,8 @@ void release_everything() {
     delete options;
   all_option_sets.clear();
   delete cmdline_options;
-  if (--TYPE_PKG::tp_count == 0) {
+  cmdline_options = file_options = nullptr;
+  if (TYPE_PKG::tp_count > 0 && --TYPE_PKG::tp_count == 0) {
     delete tp; // with the tree of all its types
     tp = nullptr;
   }
@@ -486,6 +487,15 @@ void prbbinfix() {
     for (const LIST* s = bb->statements; s; s = s->next)
       print_if_debug("  %s\n", tree_text(s->tree).c_str());
   }
+}
+
+void abandon_run() {
+  delete i_file;
+  delete o_file;
+  i_file = o_file = nullptr;
+  output_is_open = false;
+  release_everything();
+  DIAGNOSTIC::error_count_m = 0;
 }
 
 int run_compilation(int argc, char** argv) {

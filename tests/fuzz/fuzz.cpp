@@ -8,8 +8,9 @@
 //
 // Half of the cases change records of the decoded file ("records"), the others bytes within a
 // record, with lengths and offsets put right ("payload"), or any bytes ("bytes"); --kind asks for
-// one of them only. The end tells how far they got, and how often the two readers disagree on what
-// is a well-formed unit; --list names the disagreements, each with its first case.
+// one of them only, --as-is for the files as they are. The end tells how far they got, and how
+// often the two readers disagree on what is a well-formed unit; --list names the disagreements,
+// each with its first case.
 #include "OPT5/driver.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/opt_client.h"
@@ -116,12 +117,13 @@ struct PLAN {
   uint64_t seed = 1;
   long count = 1000, jobs = 2;
   int kind = KIND_COUNT; // KIND_COUNT for all of them
-  bool list = false;
+  bool list = false, as_is = false;
   std::string keep = ".";
   std::vector<BYTES> seeds;
 };
 
 BYTES case_bytes(long number, const PLAN& plan, KIND& kind) {
+  if (plan.as_is) return plan.seeds[static_cast<size_t>(number)];
   RANDOM random(plan.seed + static_cast<uint64_t>(number) * 7919);
   const std::vector<BYTES>& seeds = plan.seeds;
   BYTES bytes = seeds[random.below(seeds.size())];
@@ -269,7 +271,8 @@ std::string end_of_runner(int status, const PROGRESS& progress, const PATHS& pat
   if (progress.fault[0]) return progress.fault;
   if (WIFSIGNALED(status)) return "killed by signal " + std::to_string(WTERMSIG(status));
   const std::string text = log_text(paths);
-  for (const char* report : {"AddressSanitizer", "runtime error:", "INTERNAL ERROR: C/C++"})
+  for (const char* report :
+       {"AddressSanitizer", "runtime error:", "INTERNAL ERROR: C/C++", "VERIFY: after"})
     if (size_t at = text.find(report); at != std::string::npos) return text.substr(at, 600);
   return judge(progress.tool, WEXITSTATUS(status), now() - progress.start, paths);
 }
@@ -329,12 +332,31 @@ void print_stages(const PROGRESS* workers, const PLAN& plan) {
   }
 }
 
+// Where one of them means to take less than the other; docs/tools.md says why.
+bool is_intended(const std::string& kind) {
+  static const char* const leads[] = {
+      "vrx-mid accepts: the function main is not defined", // nothing to execute
+      "vrx-mid accepts: main has parameters",
+      "vrx-mid accepts: the initialiser of ... has", // what is no constant to icode-run
+      "vrx-mid accepts: the program is too large",
+      "vrx-mid accepts: the record has # bytes more", // a later version's fields
+      "vrx-mid accepts: a record of tag #",
+      "vrx-mid accepts: a section without its end mark",
+      "vrx-mid accepts: expected a file name",
+      "vrx-mid accepts: two sections overlap",
+      "icode-run accepts: option set", // which icode-run does not read
+  };
+  for (const char* lead : leads)
+    if (kind.starts_with(lead)) return true;
+  return kind.find("is larger than the memory") != std::string::npos;
+}
+
 void print_disagreements(const std::vector<FILE*>& files, bool list) {
   struct CASES {
     long count = 0, first = 0;
   };
   std::map<std::string, CASES> kinds;
-  long all = 0;
+  long real = 0, intended = 0;
   for (FILE* file : files) {
     rewind(file);
     char line[300];
@@ -345,10 +367,10 @@ void print_disagreements(const std::vector<FILE*>& files, bool list) {
       *tab = 0;
       CASES& cases = kinds[line];
       if (!cases.count++ || number < cases.first) cases.first = number;
-      all++;
+      (is_intended(line) ? intended : real)++;
     }
   }
-  printf("the readers disagree on %ld of them, in %zu ways\n", all, kinds.size());
+  printf("the readers disagree on %ld of them, and on %ld on purpose\n", real, intended);
   for (const auto& [kind, cases] : kinds)
     if (list) printf("%7ld %s (case %ld)\n", cases.count, kind.c_str(), cases.first);
 }
@@ -367,6 +389,8 @@ bool parse_arguments(int argc, char** argv, PLAN& plan) {
       plan.keep = argv[++k];
     else if (arg == "--list")
       plan.list = true;
+    else if (arg == "--as-is")
+      plan.as_is = true;
     else if (arg == "--kind" && has_value) {
       const std::string name = argv[++k];
       plan.kind = 0;
@@ -380,6 +404,7 @@ bool parse_arguments(int argc, char** argv, PLAN& plan) {
       return false;
     }
   }
+  if (plan.as_is) plan.count = static_cast<long>(plan.seeds.size());
   return !plan.seeds.empty();
 }
 
@@ -411,9 +436,9 @@ int main(int argc, char** argv) {
     waitpid(child, &status, 0);
     failed |= status;
   }
-  print_stages(workers, plan);
+  if (!plan.as_is) print_stages(workers, plan);
   print_disagreements(disagreements, plan.list);
-  printf("%ld mutated files, seed %llu: %s\n", plan.count,
-         static_cast<unsigned long long>(plan.seed), failed ? "FAULTS" : "no faults");
+  printf("%ld files, seed %llu: %s\n", plan.count, static_cast<unsigned long long>(plan.seed),
+         failed ? "FAULTS" : "no faults");
   return failed ? 1 : 0;
 }
