@@ -320,6 +320,28 @@ void order_depth_first(BBLK* entry) {
   fi->bb_list = chain;
 }
 
+bool names_a_lost_label(const NODE* tree) {
+  return tree_contains_matching_node(tree, [](const NODE* node) {
+    return node->op == LABEL && (!node->label || !node->label->bb);
+  });
+}
+
+// The marks of a repeat block name labels without leading there.
+void drop_marks_of_lost_labels() {
+  for (BBLK* bb = currfuninfo->uon_list; bb; bb = bb->uon_link)
+    for (LIST** place = &bb->statements; *place;) {
+      LIST* cell = *place;
+      const bool is_mark = cell->tree->op == LOOP_OP || cell->tree->op == ENDLOOP;
+      if (!is_mark || !names_a_lost_label(cell->tree)) {
+        place = &cell->next;
+        continue;
+      }
+      *place = cell->next;
+      cell->next = nullptr;
+      erase_tree_list(cell);
+    }
+}
+
 void drop_unreached() {
   FUNINFO* fi = currfuninfo;
   int count = 0;
@@ -350,6 +372,7 @@ void drop_unreached() {
     erase_bblock(bb);
   }
   fi->bb_count = count;
+  drop_marks_of_lost_labels();
   mark_dominators_stale();
 }
 

@@ -449,7 +449,8 @@ void release_everything() {
     delete options;
   all_option_sets.clear();
   delete cmdline_options;
-  if (--TYPE_PKG::tp_count == 0) {
+  cmdline_options = file_options = nullptr;
+  if (TYPE_PKG::tp_count > 0 && --TYPE_PKG::tp_count == 0) {
     delete tp; // with the tree of all its types
     tp = nullptr;
   }
@@ -482,6 +483,15 @@ void open_debug_file(int fatal, const char* name, const char* mode) {
           path.c_str());
   if (fatal) end_failing_run();
   if (!FDEBUG) FDEBUG = stderr;
+}
+
+void abandon_run() {
+  delete i_file;
+  delete o_file;
+  i_file = o_file = nullptr;
+  output_is_open = false;
+  release_everything();
+  DIAGNOSTIC::error_count_m = 0;
 }
 
 int run_compilation(int argc, char** argv) {

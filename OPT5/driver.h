@@ -13,6 +13,9 @@ extern std::mutex abort_lock;
 
 // main's body. Never returns on failure.
 int run_compilation(int argc, char** argv);
+// Clears what a run leaves that ended in its middle, for programs in which that does not end the
+// process. Another run may follow.
+void abandon_run();
 // Next process argument, or null when none is left.
 const char* next_arg();
 // Opens the input's name, less its extension, plus "." and `name` if any, plus ".odb", as this

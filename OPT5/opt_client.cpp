@@ -66,6 +66,32 @@ std::vector<TYPE*> types_by_number() {
   if_die(INVALID_RECORD);
 }
 
+constexpr unsigned long UNIT_BITS = 16;
+
+unsigned long units_of(const TYPE* type) {
+  return (type->size + UNIT_BITS - 1) / UNIT_BITS;
+}
+
+// Whether what the trees of an initialiser fill, one behind the other, is within its object.
+bool initialiser_fits(const SYMTAB* sym) {
+  unsigned long room = (sym->size + UNIT_BITS - 1) / UNIT_BITS;
+  auto take = [&room](unsigned long units) {
+    if (units > room) return false;
+    room -= units;
+    return true;
+  };
+  for (const NODE* tree : sym->init_list) {
+    for (; tree->op == SKIP; tree = tree->left)
+      if (!take(static_cast<unsigned>(tree->skip_count()))) return false;
+    if (tree->op == NOP || tree->op == ENDINIT) continue;
+    const unsigned long units = tree->op == COMPLEX
+                                    ? units_of(tree->left->type) + units_of(tree->right->type)
+                                    : units_of(tree->type);
+    if (!take(units)) return false;
+  }
+  return true;
+}
+
 class OPT_CLIENT : public IF_CLIENT {
 public:
   bool cl_magic(int, int) override { return true; }
@@ -74,6 +100,7 @@ public:
   BASE_NODE* cl_new_node(int op, TYPE* type) override { return new_node(op, type); }
 
   void cl_merge_type_defs() override {
+    lex = 0; // a run before this one may have ended within a function
     tp->walk_types(
         [](TYPE* type, void*) {
           if (type->kind == TYPE::K_UNION) any_unions_in_program = true;
@@ -167,6 +194,9 @@ public:
       if (const char* fault = verify_tree(tree)) reject(tree, fault);
       scan_for_funinfo(tree, 1, file_funinfo, 0);
     }
+    if (initialiser_fits(sym)) return;
+    fprintf(stderr, ">> the initialiser of %s has more than the object has room for\n", sym->name);
+    if_die(INVALID_RECORD);
   }
 
   void cl_preprocess_statics() override {
@@ -179,6 +209,10 @@ public:
   void cl_begin_func(I_SYMTAB* func, PSN* psn) override {
     auto* sym = static_cast<SYMTAB*>(func);
     if (!sym->type->is_func() || sym->is_defined) if_die(INVALID_RECORD);
+    // Statics of one name are several functions; outside there is one of a name.
+    const SYMTAB* other = find_global_symbol(sym->name);
+    if (other && other->is_defined && other->sclass != SC_STATIC && sym->sclass != SC_STATIC)
+      if_die(INVALID_RECORD);
     note_function_body(sym);
     currfunc = sym;
     currfuninfo = make_FUNINFO(sym);

@@ -133,8 +133,10 @@ private:
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op != NAME) return true;
       auto use = uses.find(node->u.sym);
+      // What takes it for a function, or nothing, cannot take a member for it.
+      const bool is_object = !node->type->is_void() && !node->type->is_func();
       if (use != uses.end() && use->second != OUTSIDE)
-        use->second = is_inside(use->first) ? IN_BLOCK : OUTSIDE;
+        use->second = is_object && is_inside(use->first) ? IN_BLOCK : OUTSIDE;
       return true;
     });
   }

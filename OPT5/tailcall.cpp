@@ -87,7 +87,7 @@ bool find_parameter_homes(const FUNINFO* fi, std::vector<SYMTAB*>& homes) {
 // A jump back to a setjmp() of one activation must find that activation's values.
 bool may_be_jumped_into(const FUNINFO* fi) {
   auto names_setjmp = [](const NODE* node) {
-    if (node->op != NAME || !node->u.sym->type->is_func()) return false;
+    if (node->op != NAME || !node->u.sym || !node->u.sym->type->is_func()) return false;
     const char* name = node->u.sym->name;
     name += strspn(name, "_");
     return strcmp(name, "setjmp") == 0 || strcmp(name, "sigsetjmp") == 0;

@@ -125,6 +125,10 @@ const char* check_result(const NODE* node) {
     return has_integer_constants(type->is_vector() ? type->underlying_type()->elem_type() : type)
                ? nullptr
                : "ICON of that type";
+  case NAME: // what a label is called is no variable
+    return node->u.sym && node->u.sym->is_local() && node->u.sym->sclass == SC_LABEL
+               ? "value of a label"
+               : nullptr;
   case FCON: return type->is_float() && node->u.fval ? nullptr : "FCON of that type";
   case CALL:
   case UCALL: return arguments_fit_prototype(node) ? nullptr : "wrong number of arguments";

@@ -40,6 +40,25 @@ def execute(unit, max_steps=None):
     return done.stdout, done.returncode
 
 
+def refusal(unit):
+    """Why icode-run takes a unit for a bad file, or "". Status 1 may be the program's own too."""
+    done = run([BIN / "icode-run", "--max-steps", 0, unit])
+    return done.stderr.strip() if done.returncode == 1 and done.stderr.startswith("icode-run: ") else ""
+
+
+def check_readers(unit, out):
+    """Raises a Fault unless icode-run and vrx-mid agree on whether the unit is well-formed."""
+    refused = refusal(unit)
+    done = run([BIN / "vrx-mid", "--opt_level=0", unit, out])
+    if refused and done.returncode == 0:
+        raise Fault(f"icode-run refuses what vrx-mid accepts: {refused}\n    {BIN / 'icode-run'} {unit}")
+    if not refused and done.returncode != 0:
+        raise Fault(f"vrx-mid refuses what icode-run accepts: {' '.join(done.stderr.split())[:300]}\n"
+                    f"    {BIN / 'vrx-mid'} {unit} {out}")
+    if refused:
+        raise Fault(f"the unit is refused: {refused}")
+
+
 def optimise(unit, out, options):
     done = run([BIN / "vrx-mid", *options, unit, out])
     if done.returncode != 0:

@@ -142,6 +142,9 @@ TEST_F(FoldTest, MixedTreesKeepTheirOtherParts) {
   EXPECT_EQ(fold(op(ASG, name(x), op(PLUS, icon(2), icon(3)))), "ASG(x, 5)");
   EXPECT_EQ(fold(op(QUEST, op(LT, icon(1), icon(2)), op(COLON, icon(7), icon(8)))), "7");
   EXPECT_EQ(fold(op(QUEST, icon(0), op(COLON, icon(7), name(x)))), "QUEST(0, COLON(7, x))");
+  // An arm of another type than the choice's is not its value.
+  EXPECT_EQ(fold(maketree(QUEST, icon(1), op(COLON, icon(7), icon(8)), tp->mk_long())),
+            "QUEST:long(1, COLON(7, 8))");
   EXPECT_EQ(fold(op(ANDAND, icon(2), op(EXCLAIM, icon(0)))), "1");
   // In the left one's type 5 would be "true", and equal.
   EXPECT_EQ(fold(op(EQ, name(x), constant(1, basic(T::I_BOOL)))), "EQ(x, 1:bool)");

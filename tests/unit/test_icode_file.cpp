@@ -9,7 +9,7 @@
 namespace {
 
 // Writes down what it is told.
-struct LOG_CLIENT : TYPE_CLIENT {
+struct LOG_CLIENT : IDLE_CLIENT {
   std::string log;
 
   template <class... VALUES> void note(const char* format, VALUES... values) {
@@ -77,7 +77,7 @@ protected:
   std::unique_ptr<TYPE_PKG> pkg{TYPE_PKG::init_type_pkg()};
   LOG_CLIENT client;
   std::string path = test_path(), second_path = test_path() + "_2";
-  std::vector<std::unique_ptr<TYPED_SYMBOL>> symbols;
+  std::vector<std::unique_ptr<IDLE_SYMBOL>> symbols;
 
   void TearDown() override {
     remove(path.c_str());
@@ -88,8 +88,8 @@ protected:
     return FILE_PTR{I_FILE::if_create(fopen(name.c_str(), "w+b"), pkg.get(), "t.c", 0)};
   }
 
-  TYPED_SYMBOL* symbol(const char* name, PSN* psn = nullptr) {
-    symbols.push_back(std::make_unique<TYPED_SYMBOL>(pkg->mk_plain_int(), name, psn));
+  IDLE_SYMBOL* symbol(const char* name, PSN* psn = nullptr) {
+    symbols.push_back(std::make_unique<IDLE_SYMBOL>(pkg->mk_plain_int(), name, psn));
     return symbols.back().get();
   }
 
@@ -125,10 +125,10 @@ PSN* at(unsigned line) {
 
 TEST_F(ICODE_FILE, EveryRecordOfAFunction) {
   FILE_PTR out = create(path);
-  TYPED_SYMBOL* f = symbol("f");
+  IDLE_SYMBOL* f = symbol("f");
   out->if_enter_global(f);
   out->if_write_begin_func(f, at(1));
-  TYPED_SYMBOL* p = symbol("p");
+  IDLE_SYMBOL* p = symbol("p");
   out->if_enter_local(p);
   out->if_write_symbol(p);
   out->if_write_end_args(at(2));
@@ -469,8 +469,8 @@ protected:
     EXPECT_NE(tools_message().find(in_tools), std::string::npos) << tools_message();
   }
 
-  TYPED_SYMBOL* symbol_of(TYPE* type) {
-    symbols.push_back(std::make_unique<TYPED_SYMBOL>(type, "x", nullptr));
+  IDLE_SYMBOL* symbol_of(TYPE* type) {
+    symbols.push_back(std::make_unique<IDLE_SYMBOL>(type, "x", nullptr));
     return symbols.back().get();
   }
 };
@@ -484,9 +484,9 @@ TEST_F(ICODE_FILE_FORMS, AFileNameInTheFunctionStream) {
 }
 
 TEST_F(ICODE_FILE_FORMS, APragmaWithoutASymbolAmongTheGlobals) {
-  struct HAS_MORE_PRAGMAS : TYPED_SYMBOL {
+  struct HAS_MORE_PRAGMAS : IDLE_SYMBOL {
     PRAGMA more;
-    explicit HAS_MORE_PRAGMAS(TYPE* t) : TYPED_SYMBOL(t, "x", nullptr) { more.kind = 7; }
+    explicit HAS_MORE_PRAGMAS(TYPE* t) : IDLE_SYMBOL(t, "x", nullptr) { more.kind = 7; }
     PRAGMA* sym_pragma() const override { return const_cast<PRAGMA*>(&more); }
   };
   FILE_PTR out = create(path);

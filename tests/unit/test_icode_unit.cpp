@@ -65,6 +65,7 @@ init tab = { 1, SKIP[1](NOP), "ab":int[1] }
 func f @2:1 {
   param a: int
   auto i: word
+  pragma 5 "once"
   ASG(i, a) @3:1
 L5:
   CBRANCH(LT(i, STREF(head, .val)), L5) @4:2
@@ -275,7 +276,7 @@ TEST(IcodeUnit, TreesMayBeAMillionDeep) {
 TEST(IcodeUnit, WhatNoFileHoldsIsRefused) {
   std::string bytes, error;
   UNIT unit = unit_of(SAMPLE);
-  unit.nodes[unit.items[5].index].right = NONE;
+  unit.nodes[unit.items[6].index].right = NONE;
   EXPECT_FALSE(encode_unit(unit, bytes, error));
   EXPECT_EQ(error, "an operator lacks an operand");
   unit = unit_of(SAMPLE);
@@ -284,4 +285,10 @@ TEST(IcodeUnit, WhatNoFileHoldsIsRefused) {
   std::string twice = "icode -71 \"a.c\"\ntype 1 int = int\ntype 1 long = long\n";
   EXPECT_FALSE(parse_text(twice, "t", unit, error));
   EXPECT_EQ(error, "t:3:8: error: type 1 is defined twice");
+  unit = unit_of(SAMPLE);
+  TYPE_RECORD early;
+  early.number = 1000;
+  early.code = TC_ENUMERATOR;
+  EXPECT_FALSE(add_type_record(unit, early, error));
+  EXPECT_EQ(error, "an element of type 1000 ahead of its record");
 }

@@ -169,6 +169,11 @@ TEST_F(Trees, Congruence) {
   EXPECT_TRUE(same(op(LT, name(x), name(y)), op(GT, name(y), name(x))));
   EXPECT_FALSE(same(op(LT, name(x), name(y)), op(ULT, name(x), name(y))));
   EXPECT_FALSE(same(icon(1), mk_ICON(1, tp->mk_long())));
+  // Pointers of one size are alike, a pointer and an integer of its size are not.
+  TYPE* const pointer = tp->mk_ptr(tp->mk_plain_int());
+  EXPECT_TRUE(same(mk_ICON(1, pointer), mk_ICON(1, tp->mk_ptr(tp->mk_long()))));
+  EXPECT_FALSE(same(mk_ICON(1, pointer), mk_ICON(1, tp->mk_long())));
+  EXPECT_FALSE(same(mk_ICON(1, tp->mk_long()), mk_ICON(1, pointer)));
   auto call = [&] {
     return maketree(UCALL, maketree(UAND, mk_NAME(func), nullptr, tp->mk_ptr(func->type)), nullptr,
                     tp->mk_plain_int());

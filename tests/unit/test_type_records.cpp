@@ -9,7 +9,7 @@ using T = TYPE;
 class TypeRecords : public testing::Test {
 protected:
   std::unique_ptr<TYPE_PKG> pkg{TYPE_PKG::init_type_pkg()};
-  TYPE_CLIENT client;
+  IDLE_CLIENT client;
   std::string path = test_path();
 
   void TearDown() override { remove(path.c_str()); }
@@ -17,9 +17,9 @@ protected:
   // A file whose globals have those types.
   void write(const std::vector<TYPE*>& roots, bool named = false) {
     FILE_PTR out{I_FILE::if_create(fopen(path.c_str(), "w+b"), pkg.get(), "t.c", 0)};
-    std::vector<std::unique_ptr<TYPED_SYMBOL>> symbols;
+    std::vector<std::unique_ptr<IDLE_SYMBOL>> symbols;
     for (TYPE* t : roots) {
-      symbols.push_back(std::make_unique<TYPED_SYMBOL>(t));
+      symbols.push_back(std::make_unique<IDLE_SYMBOL>(t));
       out->globals.push_back(symbols.back().get());
     }
     ASSERT_EQ(out->if_close(named, false), 0);

@@ -1,6 +1,7 @@
 // The command icode-run: its options, and a run from the file to the exit status.
 #include "tools/run/command.h"
 
+#include "tools/run/check.h"
 #include "tools/run/data.h"
 #include "tools/run/exec.h"
 #include "tools/run/stats.h"
@@ -169,6 +170,7 @@ int run(const OPTIONS& o) {
   UNIT unit;
   if (!decode_unit({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}, unit, error))
     return complain(o.file + ": " + error);
+  if (!check_unit(unit, error)) return complain(o.file + ": " + error);
   PROGRAM program(unit);
   program.with_stats = o.stats;
   if (!build_data(program, error) || !translate(program, error))

@@ -99,6 +99,8 @@ struct INITIALISER {
       if (!address(x.op == UAND ? x.left : n, l.value, depth)) return false;
       out.value = convert(l.value, POINTER, out.type);
       return true;
+    case DDNODE:
+    case EPVAL: return constant(x.left, out, depth); // they say nothing of the value
     case PCONV:
     case SCONV:
     case ACONV:

@@ -322,7 +322,8 @@ bool PARSER::parse_symbol(bool in_stream) {
     fields.uint("opt", &SYMBOL::option_set);
     fields.u8("keep", &SYMBOL::retention);
     check_used(attributes);
-    while (take_word("pragma")) {
+    // One on a line of its own is an item of the function.
+    while (!token().starts_line && take_word("pragma")) {
       PRAGMA_RECORD p;
       expect('(', "before the pragma's kind");
       p.kind = take_uint("the pragma's kind");

@@ -62,6 +62,11 @@ bool add_type_record(UNIT& unit, TYPE_RECORD r, std::string& error) {
     return false;
   }
   if (!is_definition_code(r.code)) {
+    // Whether an enumerator's value is signed is what its enumeration says.
+    if (!find_type(unit, r.number)) {
+      error = "an element of type " + std::to_string(r.number) + " ahead of its record";
+      return false;
+    }
     if (is_element_code(r.code)) enter_element(unit, r, record);
     unit.types.push_back(std::move(r));
     return true;

@@ -331,7 +331,7 @@ inline bool encode_unit(const UNIT& unit, std::string& bytes, std::string& error
 }
 
 // Appends a type record and enters it in the look-ups. Gives false, with a message, for a second
-// definition of a type number.
+// definition of a type number and for an element ahead of its type.
 bool add_type_record(UNIT& unit, TYPE_RECORD record, std::string& error);
 
 // Whether a type record of this code is an element of a type (a member, a parameter, ...), and
