@@ -109,7 +109,7 @@ int count_items(const NODE* list, int op) {
 
 // A node without its operands and type.
 std::string head_text(const NODE* node, const NODE* access) {
-  const std::string name = node_operator_name[node->op] ? node_operator_name[node->op] : "?";
+  std::string name = node_operator_name[node->op] ? node_operator_name[node->op] : "?";
   auto with = [&name](const std::string& payload) { return name + "[" + payload + "]"; };
   switch (node->op) {
   case NAME: return node->u.sym ? symbol_text(node->u.sym) : "NAME[0,0]";

@@ -83,7 +83,7 @@ enum TYPE_CODE : unsigned char {
 };
 
 // Lists of elements of a type.
-enum TYPE_LIST_KIND : signed char {
+enum TYPE_LIST_KIND {
   TL_PARAMS,
   TL_ENUMERATORS,
   TL_BASES,

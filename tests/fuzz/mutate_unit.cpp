@@ -347,8 +347,8 @@ struct MUTATOR {
     };
     static const uint8_t tags[] = {
         TAG_BEGIN_BLOCK, TAG_END_BLOCK, TAG_END_ARGS, TAG_END_LOCALS, TAG_LABEL,  TAG_FUNC_INFO,
-        TAG_ASM,         TAG_COMMENT,   TAG_LIR,       TAG_EXPR,       TAG_PRAGMA, TAG_LOOP_DEF,
-        TAG_IN_LOOP,    TAG_MBANK,     TAG_DD_EDGE,     TAG_DD_VECTOR,     TAG_LDSPEC, TAG_EHT};
+        TAG_ASM,         TAG_COMMENT,   TAG_LIR,      TAG_EXPR,       TAG_PRAGMA, TAG_LOOP_DEF,
+        TAG_IN_LOOP,     TAG_MBANK,     TAG_DD_EDGE,  TAG_DD_VECTOR,  TAG_LDSPEC, TAG_EHT};
     item.tag = tags[random.below(sizeof tags)];
     switch (item.tag) {
     case TAG_LABEL:

@@ -25,5 +25,7 @@ static inline uint32_t next_random(void) {
   return work_seed >> 8;
 }
 
-static int finish(void) { return work_faults != 0; }
+static int finish(void) {
+  return work_faults != 0;
+}
 #endif

@@ -177,12 +177,14 @@ struct TYPE_CHECKER {
       return stands_on(r, r.ref, owner.depth) && (r.count <= UINT32_MAX || fail(r, "flags"));
     const bool has_type = r.code != TC_ENUMERATOR && r.code != TC_ACCESS_DECL;
     if (has_type && !refers(r, r.ref)) return false;
-    const bool has_access = r.code == TC_MEMBER || r.code == TC_BASE_CLASS || r.code == TC_ACCESS_DECL ||
-                            r.code == TC_STATIC_MEMBER || r.code == TC_MEMBER_FUNC;
+    const bool has_access = r.code == TC_MEMBER || r.code == TC_BASE_CLASS ||
+                            r.code == TC_ACCESS_DECL || r.code == TC_STATIC_MEMBER ||
+                            r.code == TC_MEMBER_FUNC;
     if (has_access && r.kind > MAX_ACCESS) return fail(r, "has an element of unknown access");
     if ((r.code == TC_ACCESS_DECL || r.code == TC_PARAM) && r.count > UINT32_MAX)
       return fail(r, "has an impossible element");
-    if (r.code == TC_BASE_CLASS && kind(r.ref) < K_CLASS) return fail(r, "has a base that is no class");
+    if (r.code == TC_BASE_CLASS && kind(r.ref) < K_CLASS)
+      return fail(r, "has a base that is no class");
     return r.code != TC_MEMBER || member(r, owner);
   }
 

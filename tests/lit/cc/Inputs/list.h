@@ -1,5 +1,11 @@
-struct node { struct node* next; int value; };
-struct stats { long sum; int count; };
+struct node {
+  struct node* next;
+  int value;
+};
+struct stats {
+  long sum;
+  int count;
+};
 enum mode { UP = 1, DOWN };
 extern int table[4];
 extern int shared;
