@@ -145,7 +145,7 @@ public:
           auto place = label_mapping.find(ref->label_id());
           LBL* label = place != label_mapping.end() ? place->second : find_label(ref->label_id());
           ref->label = label->chain ? label->chain : label;
-          if (ref->label->refcount < 32767) ref->label->refcount++;
+          count_up(ref->label->refcount);
           return true;
         });
   }
@@ -200,7 +200,7 @@ private:
 
   static void bind(NODE* ref, BBLK* bb) {
     ref->label = bb->label;
-    if (ref->label->refcount < 32767) ref->label->refcount++;
+    count_up(ref->label->refcount);
   }
 
   void append(LIST* cell) {

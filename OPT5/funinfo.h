@@ -32,9 +32,10 @@ enum FUNC_PROPERTY : unsigned {
   FP_MUST_KEEP = 0x2,       // kept though it could be suppressed
   FP_ON_UNSUPPRESSED = 0x4, // is or has been on unsuppressed_functions
   FP_NO_RETURN = 0x8,
-  FP_SUPPRESSED = 0x40,    // no body is written
-  FP_REFERENCED = 0x200,   // its address is known to more than the calls of it
-  FP_OUT_OF_ORDER = 0x800, // left out of the call-graph order
+  FP_TAKES_RESULT_PLACE = 0x40020, // has a parameter for the place of its result
+  FP_SUPPRESSED = 0x40,            // no body is written
+  FP_REFERENCED = 0x200,           // its address is known to more than the calls of it
+  FP_OUT_OF_ORDER = 0x800,         // left out of the call-graph order
   FP_ANONYMOUS = 0x1000,
   FP_INTERRUPT = 0x2000,
   FP_MAIN = 0x40000000

@@ -117,15 +117,18 @@ void NODE::mk_field(int kind, fkMDATA* member, TYPE* csu) {
 // What a constant of the type holds of an integer: an integer type its width, a pointer its bits, a
 // vector those of one lane, which is each lane's value. A floating constant is the integer's value,
 // and keeps the 64 bits that a file has room for.
+static constexpr int WIDEST_INTEGER = 64; // bits
+
 static INT65 truncate_constant(INT65 value, TYPE* type) {
   if (type->is_int_or_enum()) {
-    if (type->size > 64) if_die(INVALID_RECORD);
+    if (type->size > WIDEST_INTEGER) if_die(INVALID_RECORD);
     return truncate_to_type(value, type);
   }
   if (type->is_signed()) return (value << 1) >> 1;
   const TYPE* held = type->is_vector() ? type->underlying_type()->elem_type() : type;
-  const bool has_width = (held->is_int_or_enum() || held->is_pointer()) && held->size <= 64;
-  return value & ((INT65(1) << (has_width ? static_cast<int>(held->size) : 64)) - 1);
+  const bool has_width =
+      (held->is_int_or_enum() || held->is_pointer()) && held->size <= WIDEST_INTEGER;
+  return value & ((INT65(1) << (has_width ? static_cast<int>(held->size) : WIDEST_INTEGER)) - 1);
 }
 
 void NODE::mk_icon(long value) {
@@ -275,8 +278,8 @@ NODE* mk_EXCLAIM(NODE* x) {
 }
 
 static void add_label_refs(LBL* label, unsigned refs) {
-  for (; refs && label->refcount < 32767; refs--)
-    label->refcount++;
+  for (; refs && !is_stuck(label->refcount); refs--)
+    count_up(label->refcount);
 }
 
 NODE* mk_LABELREF(INT65 number, unsigned refs) {
@@ -507,7 +510,7 @@ NODE* copy_node_if_changed(NODE* node, NODE* left, NODE* right) {
   CHECK(!currfuninfo || currfuninfo == file_funinfo || node->owner.is(&current_memory()));
   if (node->dd_info()) erase_tree(node->dd_info()->tree);
   if (node->op == LABEL && node->label && node->label->refcount > 0 &&
-      node->label->refcount < 32767)
+      !is_stuck(node->label->refcount))
     node->label->refcount--;
   node->op = ILLOP;
   node->left = node->right = nullptr;

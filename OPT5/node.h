@@ -11,6 +11,7 @@
 #include "support/int65.h"
 #include "support/simul_fval.h"
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,14 @@ inline NODE* pair_left_child(const NODEPAIRLIST* cell) {
 }
 inline NODE* list_left_child(const LIST* cell) {
   return cell->tree;
+}
+
+// Counts of references stick at the largest value, from where they are only known to be many.
+inline bool is_stuck(short number) {
+  return number == SHRT_MAX;
+}
+inline void count_up(short& number) {
+  if (!is_stuck(number)) number++;
 }
 
 // A label and its block. Owned by the function.

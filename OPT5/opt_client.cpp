@@ -143,7 +143,7 @@ public:
     if (policy == I_SYMTAB::ALWAYS) sym->cqual |= CQ_MUST_STAY | CQ_ADDRESS_TAKEN;
     if (sclass == SC_RESULT) {
       sym->sclass = SC_ARG;
-      if (currfunc) currfuninfo->set_properties(0x40022);
+      if (currfunc) currfuninfo->set_properties(FP_MUST_KEEP | FP_TAKES_RESULT_PLACE);
     }
     if (is_global) {
       enter_global_symbol(sym);
@@ -340,7 +340,6 @@ public:
 
 private:
   static constexpr unsigned EHT_ROOT_ID = 0;
-  static constexpr int PRAGMA_SYNONYM = 'N'; // of a function: names the one that it stands for
 
   static void require_function() {
     if (!currfunc) if_die(INVALID_RECORD);

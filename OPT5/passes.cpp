@@ -72,10 +72,9 @@ bool ip_mvp() {
   return do_IP_MVP;
 }
 bool stack_sharing_wanted() {
-  // 10 and 11 are the floating-point units: with one, and without optimisation, variables keep
-  // their places.
+  // With a floating-point unit, and without optimisation, variables keep their places.
   const long fpu = file_options ? file_options->getnumarg(OPT_float_support, 0) : 0;
-  return level_1() || (fpu | 1) != 11;
+  return level_1() || (fpu != FLOAT_FPU32 && fpu != FLOAT_FPU64);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -291,7 +291,9 @@ private:
     for (const SYMTAB* list : lists_of_locals(fi))
       for (const SYMTAB* sym = list; sym; sym = sym->next)
         symbols.push_back(sym);
-    auto rank = [](const SYMTAB* sym) { return sym->level == 1 && sym->in_interface ? 0 : 1; };
+    auto rank = [](const SYMTAB* sym) {
+      return sym->level == PARAMETER_LEVEL && sym->in_interface ? 0 : 1;
+    };
     std::stable_sort(symbols.begin(), symbols.end(), [rank](const SYMTAB* a, const SYMTAB* b) {
       if (rank(a) != rank(b)) return rank(a) < rank(b);
       return rank(a) == 0 && a->serial < b->serial;

@@ -15,8 +15,6 @@
 #include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
 
-static const int PRAGMA_RETURNS_BY_CCTOR = 'Q';
-
 // Statements were read newest first.
 static void seq_trees() {
   LIST* done = nullptr;
@@ -31,7 +29,7 @@ static void seq_trees() {
 // Locals of inner blocks join the outermost one; register hints lose what the hint makes void.
 static void reduce_local_storage(FUNINFO* fi) {
   for (SYMTAB* sym = fi->incoming; sym; sym = sym->next) {
-    if (sym->level > 2) sym->level = 2;
+    sym->level = std::min<unsigned>(sym->level, OUTER_LEVEL);
     if ((sym->sclass == SC_REGISTER || sym->sclass == SC_REGPARM_COPY) && sym->type->is_volatile())
       sym->type = tp->remove_known_qual(sym->type, TYPE::Q_VOLATILE);
   }
@@ -59,7 +57,9 @@ static void mark_copy_constructor_result(FUNINFO* fi) {
   if (asg->op != ASG || asg->left->op != NAME || asg->right->op != NAME) return;
   SYMTAB* local = asg->left->u.sym;
   SYMTAB* param = asg->right->u.sym;
-  if (!local || !param || local->level != 2 || param->level != 1 || param->index != 0) return;
+  if (!local || !param || local->level != OUTER_LEVEL || param->level != PARAMETER_LEVEL ||
+      param->index != 0)
+    return;
   if (std::string(local->name) != param->name || !local->type->is_pointer()) return;
   if (!local->type->underlying_type()->elem_type()->is_csu()) return;
   if (!compatible_types(local->type, param->type)) return;

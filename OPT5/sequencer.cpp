@@ -333,7 +333,7 @@ void unsuppress_inline_function(FUNINFO* fi) {
   if (!fi->has_property(FP_SUPPRESSED) || fi->has_property(FP_MUST_KEEP)) return;
   const SYMTAB* sym = fi->symbol;
   const bool needs_no_body = sym->sclass == SC_EXTERN_DECL || sym->sclass == SC_EXTERN;
-  if (needs_no_body && !no_outside_callers && !symbol_has_pragma(sym, 'E')) return;
+  if (needs_no_body && !no_outside_callers && !symbol_has_pragma(sym, PRAGMA_COMDAT_GROUP)) return;
   fi->set_properties(FP_MUST_KEEP);
   print_info("\nInlineable function %s() was marked for suppression,", fi->name.c_str());
   print_info("\nbut it cannot be because of a problematic use in %s().\n\n",

@@ -315,8 +315,8 @@ void sym_split(FUNINFO* fi) {
         continue;
       }
       if (list->sclass == SC_REGISTER || list->sclass == SC_REGPARM_COPY) list->sclass = SC_AUTO;
-      bool candidate = list->sclass == SC_AUTO && list->level != 1 && list->type->is_scalar() &&
-                       !list->type->is_volatile();
+      bool candidate = list->sclass == SC_AUTO && list->level != PARAMETER_LEVEL &&
+                       list->type->is_scalar() && !list->type->is_volatile();
       (candidate ? scalars : others).push_back(list);
     }
   }

@@ -4,8 +4,21 @@
 #include "OPT5/node.h"
 #include "ifile/i_symtab.h"
 
-#include <climits>
 #include <list>
+
+// Lexical levels: of a symbol, of a scope.
+enum LEVEL : unsigned {
+  FILE_LEVEL = 0,
+  PARAMETER_LEVEL = 1,
+  OUTER_LEVEL = 2
+}; // inner blocks: above
+
+// Pragmas of symbols that passes ask for.
+enum SYMBOL_PRAGMA {
+  PRAGMA_COMDAT_GROUP = 'E',
+  PRAGMA_SYNONYM = 'N', // of a function: names the one that it stands for
+  PRAGMA_RETURNS_BY_CCTOR = 'Q',
+};
 
 enum STORAGE_CLASS {
   SC_AUTO = 1,
@@ -31,11 +44,6 @@ enum CQUAL {
   CQ_MUST_STAY = 0xC000,
   CQ_TOP = 0x8000
 };
-
-// Counts of bit numbers stick at the largest value.
-inline void count_up(short& number) {
-  if (number < SHRT_MAX) number++;
-}
 
 class SYMTAB : public I_SYMTAB {
 public:
@@ -100,10 +108,10 @@ public:
   void set_is_under_ARGREF(bool v) override { under_ARGREF = v; }
   void set_init_list(std::list<BASE_NODE*> roots) override;
 
-  bool is_local() const { return level != 0; }
+  bool is_local() const { return level != FILE_LEVEL; }
   // What holds as long as nothing is known of a function: data of file scope may be reached by way
   // of pointers unless its address is never taken, a local may not.
-  bool aliased_by_default() const { return level == 0 && !(cqual & CQ_NO_ADDRESS); }
+  bool aliased_by_default() const { return level == FILE_LEVEL && !(cqual & CQ_NO_ADDRESS); }
 
 private:
   bool alias_exception = false, under_ARGREF = false;

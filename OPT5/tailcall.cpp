@@ -63,7 +63,7 @@ bool find_parameter_homes(const FUNINFO* fi, std::vector<SYMTAB*>& homes) {
   std::vector<SYMTAB*> params;
   for (SYMTAB* list : {fi->reg_candidates, fi->symbols, fi->incoming})
     for (SYMTAB* sym = list; sym; sym = sym->next)
-      if (sym->level == 1) params.push_back(sym);
+      if (sym->level == PARAMETER_LEVEL) params.push_back(sym);
   std::sort(params.begin(), params.end(),
             [](const SYMTAB* a, const SYMTAB* b) { return a->serial < b->serial; });
 

@@ -60,7 +60,8 @@ bool are_parameter_and_copy(const NODE* a, const NODE* b) {
   if (a->op != NAME || b->op != NAME || !a->u.sym || !b->u.sym) return false;
   const SYMTAB* x = a->u.sym;
   const SYMTAB* y = b->u.sym;
-  if (x->level + y->level != 3 || x->level == 0 || y->level == 0) return false;
+  const unsigned outer = std::min(x->level, y->level), inner = std::max(x->level, y->level);
+  if (outer != PARAMETER_LEVEL || inner != OUTER_LEVEL) return false;
   return x->type->is_const() && y->type->is_const() && strcmp(x->name, y->name) == 0 &&
          equiv_mtypes(x->type, y->type); // else the copy may have lost bits
 }

@@ -133,7 +133,8 @@ bool tree_is_arg_prolog(const NODE* tree) {
   auto is_copy_of_parameter = [](const NODE* node) {
     return (node->op == ASG || node->op == STASG) && node->left && node->right &&
            node->left->op == NAME && node->right->op == NAME && node->left->u.sym &&
-           node->right->u.sym && node->left->u.sym->level >= 2 && node->right->u.sym->level == 1 &&
+           node->right->u.sym && node->left->u.sym->level >= OUTER_LEVEL &&
+           node->right->u.sym->level == PARAMETER_LEVEL &&
            strcmp(node->left->u.sym->name, node->right->u.sym->name) == 0;
   };
   for (; tree->op == PCOMMA; tree = tree->left)

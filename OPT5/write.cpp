@@ -394,7 +394,7 @@ void write_func_body() {
   FUNINFO* fi = currfuninfo;
   std::vector<SYMTAB*> params;
   for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
-    if (sym->level == 1 && sym->in_interface) params.push_back(sym);
+    if (sym->level == PARAMETER_LEVEL && sym->in_interface) params.push_back(sym);
   std::sort(params.begin(), params.end(),
             [](const SYMTAB* a, const SYMTAB* b) { return a->serial < b->serial; });
   for (SYMTAB* sym : params)
@@ -404,11 +404,11 @@ void write_func_body() {
 
   for (SYMTAB* list : {fi->incoming, fi->reg_candidates, fi->inlined_params})
     for (SYMTAB* sym = list; sym; sym = sym->next) {
-      CHECK(sym->level == 2);
+      CHECK(sym->level == OUTER_LEVEL);
       write_local(sym);
     }
   for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
-    if (sym->level == 2) write_local(sym);
+    if (sym->level == OUTER_LEVEL) write_local(sym);
   log_control("I_EL", TAG_END_LOCALS, fi->end_locals_psn);
   wrstcr(TAG_END_LOCALS, fi->end_locals_psn);
 
@@ -442,17 +442,18 @@ static bool sym_appears_in_EHT(const SYMTAB* sym, const SYMBOL_SET& named) {
 // Locals of the general list that no statement names.
 static void drop_unused_locals(FUNINFO* fi) {
   for (SYMTAB* sym = fi->symbols; sym; sym = sym->next)
-    if (sym->level == 2) sym->set_bitnum(0);
+    if (sym->level == OUTER_LEVEL) sym->set_bitnum(0);
   for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
     for (const LIST* s = bb->statements; s; s = s->next)
       walk_preorder(s->tree, [](const NODE* node) {
-        if (node->op == NAME && node->u.sym && node->u.sym->level == 2) node->u.sym->inc_bitnum();
+        if (node->op == NAME && node->u.sym && node->u.sym->level == OUTER_LEVEL)
+          node->u.sym->inc_bitnum();
         return true;
       });
   const SYMBOL_SET named_in_EHT = symbols_named_in_EHT(fi);
   for (SYMTAB** place = &fi->symbols; *place;) {
     SYMTAB* sym = *place;
-    if (sym->level == 2 && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, named_in_EHT)) {
+    if (sym->level == OUTER_LEVEL && sym->bitnum() == 0 && !sym_appears_in_EHT(sym, named_in_EHT)) {
       *place = sym->next;
       sym->next = nullptr;
       unused_locals.count();
