@@ -17,10 +17,12 @@ namespace {
 SYMTAB* needed;                // what user() finds a use of; may be null
 std::vector<std::string> runs; // by user(): the functions in their order
 std::mutex runs_lock;
+std::vector<int> modes; // what each step saw of the file's modes
 
 void user() {
   std::lock_guard<std::mutex> hold(runs_lock);
   runs.push_back(currfunc->name);
+  modes.insert(modes.end(), {chars_alias_other_types, no_outside_callers, no_outside_writers});
   if (needed && currfunc != needed) {
     unsuppress_inline_function(find_FUNINFO(needed));
     unsuppress_inline_function(find_FUNINFO(needed)); // once is enough
@@ -40,6 +42,7 @@ protected:
       add_function(text);
     needed = nullptr;
     runs.clear();
+    modes.clear();
     finfo = tmpfile();
     write_opt_info = 1;
   }
@@ -149,4 +152,13 @@ TEST_F(SUPPRESSION, SomeFunctionsStayAway) {
   needed = find_global_symbol("inlined");
   make_FUNINFO(needed)->set_properties(FP_SUPPRESSED | FP_OUT_OF_ORDER);
   EXPECT_EQ(written(0), (NAMES{"first", "last"}));
+}
+
+// A worker sees the modes of the file as the thread that started it does.
+TEST_F(SUPPRESSION, WorkersTakeOverTheModesOfTheFile) {
+  no_outside_callers = 1;
+  no_outside_writers = 0;
+  EXPECT_EQ(written(2).size(), 3u);
+  EXPECT_EQ(modes, (std::vector<int>{1, 1, 0, 1, 1, 0, 1, 1, 0}));
+  no_outside_callers = 0;
 }

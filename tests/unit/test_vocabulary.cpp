@@ -51,6 +51,12 @@ TEST_F(Vocabulary, LabelsCountTheirReferences) {
   NODE* place = mk_LABELDEF(target->label);
   EXPECT_EQ(place->label_id(), number);
   EXPECT_EQ(target->label->refcount, before + 2); // a place is no reference
+  NODE* branch = mk_BRANCH(target, nullptr);
+  NODE* copy = copy_tree(branch, true);
+  EXPECT_EQ(target->label->refcount, before + 4); // a copy refers to it, too
+  erase_tree(copy);
+  erase_tree(branch);
+  EXPECT_EQ(target->label->refcount, before + 2);
   two->op = place->op = NOP;
   erase_tree(two);
   erase_tree(place);
