@@ -69,7 +69,7 @@ std::vector<TYPE*> types_by_number() {
 constexpr unsigned long UNIT_BITS = 16;
 
 unsigned long units_of(const TYPE* type) {
-  return (type->size + UNIT_BITS - 1) / UNIT_BITS;
+  return type->storage_size() / UNIT_BITS;
 }
 
 // Whether what the trees of an initialiser fill, one behind the other, is within its object.

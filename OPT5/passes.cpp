@@ -134,11 +134,6 @@ void pass_2_inits() {
   simpcfg(false, false);
 }
 
-void stack_sharing() {
-  reset_alias_info();
-  build_stack_sharing_type();
-}
-
 void disclose_vectors() {
   disclose_vector_operations(false);
 }
@@ -193,7 +188,8 @@ const STEP_ROW early_steps[] = {
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},
     {"pass 2 inits", PASS, step<always, pass_2_inits, GRAPH, GRAPH>},
-    {"stack sharing", PASS, step<stack_sharing_wanted, stack_sharing, GRAPH | ALIASES, SHAPE>},
+    {"stack sharing", PASS,
+     step<stack_sharing_wanted, build_stack_sharing_type, GRAPH | ALIASES, SHAPE>},
     {"CPS", PASS, step<own_gate, to_be_built>},
     {"early LIR", PASS, step<always, empty_on_purpose>},
     {"early fast_CP(4,1)", PASS, step<always, fast_CP_4_1, GRAPH, GRAPH>},

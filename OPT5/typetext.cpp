@@ -125,10 +125,10 @@ void name_types_of_input(const std::vector<TYPE*>& by_number) {
   for (const bool is_derived : {false, true})
     for (unsigned number = 0; number < by_number.size(); number++) {
       TYPE* type = by_number[number];
-      const bool has_own_name = type && type->kind != TYPE::K_POINTER &&
-                                (type->kind == TYPE::K_ENUM || type->kind == TYPE::K_CLASS ||
-                                 type->kind == TYPE::K_STRUCT || type->kind == TYPE::K_UNION ||
-                                 type->kind == TYPE::K_TYPEDEF || type->base == type);
+      const bool has_own_name =
+          type && (type->kind == TYPE::K_ENUM || type->kind == TYPE::K_CLASS ||
+                   type->kind == TYPE::K_STRUCT || type->kind == TYPE::K_UNION ||
+                   type->kind == TYPE::K_TYPEDEF || type->base == type);
       if (has_own_name != is_derived) give_name(number, type);
     }
 }

@@ -13,23 +13,6 @@
 // Walkers of trees loop on the left operand and recurse on the right one, so a path's number of
 // right steps is bounded here and the length of left spines is not.
 
-// The front end knows the integer comparisons only; on floating operands they mean these.
-static int floating_comparison(int op) {
-  switch (op) {
-  case EQ: return FEQ;
-  case NEQ: return FNEQN; // true for an unordered pair, as C's != is
-  case LE:
-  case ULE: return FLE;
-  case LT:
-  case ULT: return FLT;
-  case GE:
-  case UGE: return FGE;
-  case GT:
-  case UGT: return FGT;
-  default: return op;
-  }
-}
-
 static bool is_floating(const BASE_NODE* node) {
   return node && node->type && node->type->is_float();
 }

@@ -20,23 +20,6 @@ constexpr unsigned long MAX_INT_SIZE = 64;     // bits
 constexpr unsigned long OLD_POINTER_SIZE = 22; // stands for a 32-bit pointer
 constexpr unsigned long POINTER_SIZE = 32;
 
-// The list that an element of that code belongs to, -1 if the code is no element's.
-int list_of_element(int code) {
-  switch (code) {
-  case TC_PARAM: return TL_PARAMS;
-  case TC_ENUMERATOR: return TL_ENUMERATORS;
-  case TC_BASE_CLASS: return TL_BASES;
-  case TC_ACCESS_DECL: return TL_ACCESS_DECLS;
-  case TC_FRIEND_FUNC: return TL_FRIEND_FUNCS;
-  case TC_FRIEND_CLASS: return TL_FRIEND_CLASSES;
-  case TC_NESTED_TYPE: return TL_NESTED_TYPES;
-  case TC_MEMBER: return TL_MEMBERS;
-  case TC_STATIC_MEMBER: return TL_STATIC_MEMBERS;
-  case TC_MEMBER_FUNC: return TL_MEMBER_FUNCS;
-  default: return -1;
-  }
-}
-
 bool can_have_list(const TYPE_INFO& owner, int kind) {
   if (kind == TL_PARAMS) return owner.unfinished || (owner.type && owner.type->is_csu());
   if (!owner.type) return false;

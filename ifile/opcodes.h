@@ -129,3 +129,20 @@ inline bool is_integer_comparison(int op) {
 inline bool is_floating_comparison(int op) {
   return op >= FEQ && op <= FUNO;
 }
+// The front end knows the integer comparisons only; on floating operands they mean these. Any other
+// operator is itself.
+inline int floating_comparison(int op) {
+  switch (op) {
+  case EQ: return FEQ;
+  case NEQ: return FNEQN; // true for an unordered pair, as C's != is
+  case LE:
+  case ULE: return FLE;
+  case LT:
+  case ULT: return FLT;
+  case GE:
+  case UGE: return FGE;
+  case GT:
+  case UGT: return FGT;
+  default: return op;
+  }
+}

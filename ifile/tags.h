@@ -97,5 +97,22 @@ enum TYPE_LIST_KIND {
   TL_COUNT
 };
 
+// The list that an element of that code belongs to, -1 if the code is no element's.
+constexpr int list_of_element(int code) {
+  switch (code) {
+  case TC_PARAM: return TL_PARAMS;
+  case TC_ENUMERATOR: return TL_ENUMERATORS;
+  case TC_BASE_CLASS: return TL_BASES;
+  case TC_ACCESS_DECL: return TL_ACCESS_DECLS;
+  case TC_FRIEND_FUNC: return TL_FRIEND_FUNCS;
+  case TC_FRIEND_CLASS: return TL_FRIEND_CLASSES;
+  case TC_NESTED_TYPE: return TL_NESTED_TYPES;
+  case TC_MEMBER: return TL_MEMBERS;
+  case TC_STATIC_MEMBER: return TL_STATIC_MEMBERS;
+  case TC_MEMBER_FUNC: return TL_MEMBER_FUNCS;
+  default: return -1;
+  }
+}
+
 // The name of a member with a fixed-type id, whatever its record calls it.
 inline constexpr const char* FIXED_TYPE_NAME = "fti:%x";

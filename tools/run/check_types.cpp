@@ -18,21 +18,6 @@ constexpr uint64_t MAX_SCALAR = 64;               // bits
 constexpr uint32_t MAX_DEPTH = 1000;              // derivations, and values within values
 constexpr uint8_t MAX_ACCESS = 2;
 
-int list_of_element(uint8_t code) {
-  switch (code) {
-  case TC_PARAM: return TL_PARAMS;
-  case TC_ENUMERATOR: return TL_ENUMERATORS;
-  case TC_BASE_CLASS: return TL_BASES;
-  case TC_ACCESS_DECL: return TL_ACCESS_DECLS;
-  case TC_FRIEND_FUNC: return TL_FRIEND_FUNCS;
-  case TC_FRIEND_CLASS: return TL_FRIEND_CLASSES;
-  case TC_NESTED_TYPE: return TL_NESTED_TYPES;
-  case TC_MEMBER: return TL_MEMBERS;
-  case TC_STATIC_MEMBER: return TL_STATIC_MEMBERS;
-  default: return TL_MEMBER_FUNCS;
-  }
-}
-
 bool is_class(uint8_t code) {
   return code == TC_CSU_SHORT || code == TC_CSU_LONG;
 }
@@ -171,7 +156,8 @@ struct TYPE_CHECKER {
       owner.open_list = -1;
       return true;
     }
-    if (owner.open_list != list_of_element(r.code) || !can_have_list(owner, owner.open_list))
+    const int list = list_of_element(r.code);
+    if (list < 0 || owner.open_list != list || !can_have_list(owner, list))
       return fail(r, "has an element outside of its list");
     if (r.code == TC_PARAM && owner.code == TC_FUNC)
       return stands_on(r, r.ref, owner.depth) && (r.count <= UINT32_MAX || fail(r, "flags"));

@@ -68,22 +68,6 @@ bool is_comparison(int op) {
   return is_integer_comparison(op) || is_floating_comparison(op);
 }
 
-int float_comparison(int op) {
-  switch (op) {
-  case EQ: return FEQ;
-  case NEQ: return FNEQN;
-  case LE:
-  case ULE: return FLE;
-  case LT:
-  case ULT: return FLT;
-  case GE:
-  case UGE: return FGE;
-  case GT:
-  case UGT: return FGT;
-  default: return op;
-  }
-}
-
 // --- Pieces that work on operands ---
 
 SCALAR_VALUE FUNCTION_TRANSLATOR::snapshot(SCALAR_VALUE v, bool wanted) {
@@ -191,7 +175,7 @@ std::pair<int, SCALAR> comparison_type(int op, SCALAR left, SCALAR right) {
     SCALAR type = left.cls != C_FLOAT    ? right
                   : right.cls != C_FLOAT ? left
                                          : (left.bits >= right.bits ? left : right);
-    return {float_comparison(op), type};
+    return {floating_comparison(op), type};
   }
   SCALAR type = left.bits >= right.bits ? left : right;
   if (left.is_pointer || right.is_pointer) op = signless(op);

@@ -197,7 +197,6 @@ struct FUNCTION_TRANSLATOR {
 };
 
 // The FEQ family's member for a comparison that may name an integer operator.
-int float_comparison(int op);
 bool is_comparison(int op);
 
 } // namespace icode::run

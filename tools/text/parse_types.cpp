@@ -168,20 +168,6 @@ void add_list(PARSER& p, uint32_t number, int8_t kind, std::vector<TYPE_RECORD>&
   p.add_record(mark, at);
 }
 
-int8_t list_of_element(uint8_t code) {
-  switch (code) {
-  case TC_PARAM: return TL_PARAMS;
-  case TC_BASE_CLASS: return TL_BASES;
-  case TC_ACCESS_DECL: return TL_ACCESS_DECLS;
-  case TC_FRIEND_FUNC: return TL_FRIEND_FUNCS;
-  case TC_FRIEND_CLASS: return TL_FRIEND_CLASSES;
-  case TC_NESTED_TYPE: return TL_NESTED_TYPES;
-  case TC_STATIC_MEMBER: return TL_STATIC_MEMBERS;
-  case TC_MEMBER_FUNC: return TL_MEMBER_FUNCS;
-  default: return TL_MEMBERS;
-  }
-}
-
 // An element of a class: "name: type ...", or one of another list behind its word.
 TYPE_RECORD take_element(PARSER& p, const TYPE_RECORD& owner, const TYPE_RECORD* before) {
   TYPE_RECORD r;
@@ -262,7 +248,7 @@ void take_class_body(PARSER& p, TYPE_RECORD r, bool lists_given, uint32_t short_
   p.add_record(r, at);
   if (is_new) declare_type(p.names, r, "t" + std::to_string(r.number));
   for (size_t i = 0; i < elements.size();) {
-    int8_t kind = list_of_element(elements[i].code);
+    const auto kind = static_cast<int8_t>(list_of_element(elements[i].code));
     size_t end = i;
     while (end < elements.size() && list_of_element(elements[end].code) == kind)
       ++end;
