@@ -138,10 +138,69 @@ TEST_F(Graph, CriticalEdgesAreSplit) {
   BBLK* to = from->successors->first;
   from->successors->prob = 0.25;
   BBLK* middle = split_cfg_edge(from, to);
+  // A block in a chain is between blocks, too, and no split edge.
+  EXPECT_FALSE(bb_is_split_critical_edge(split_cfg_edge(middle, to)));
+  to = middle->successors->first;
   EXPECT_EQ(edge_memberp(middle, from->successors)->prob, 0.25);
   EXPECT_EQ(middle->successors->prob, -1.0);
   rebuildcfg();
   verify_function("rebuilding");
+}
+
+// Without loops, the edges that lead forwards are split, and those that lead back are not.
+TEST_F(Graph, OnlyForwardCriticalEdgesAreSplit) {
+  SYMTAB* x = variable("x");
+  stmt(op(ASG, name(x), icon(1)));
+  label(1);
+  cbranch(name(x), 2);
+  stmt(op(PLUSASG, name(x), icon(1)));
+  cbranch(op(GT, name(x), icon(5)), 1);
+  label(2);
+  stmt(op(PLUSASG, name(x), icon(2)));
+  buildcfg();
+  split_critical_edges(false);
+  verify_function("splitting");
+  int back = 0, split = 0;
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    split += bb_is_split_critical_edge(bb);
+    if (!bb->successors || !bb->successors->rest) continue;
+    for (EDGE* e = bb->successors; e; e = e->rest)
+      if (edge_length(e->first->predecessors) > 1) {
+        EXPECT_GE(bb->dfn, e->first->dfn);
+        back++;
+      }
+  }
+  EXPECT_EQ(back, 1);
+  EXPECT_EQ(split, 2);
+}
+
+TEST_F(Graph, EveryControlStatementEndsItsBlock) {
+  SYMTAB* x = variable("x");
+  auto leads_to = [&](int code, int number) {
+    NODE* target = label_ref(number);
+    if (code == BRANCH) return maketree(code, target, nullptr, tp->mk_void());
+    if (code == CBRANCH) return maketree(code, name(x), target, tp->mk_void());
+    NODE* by_default = maketree(DEFAULT, target, nullptr, tp->mk_void());
+    return maketree(code, name(x), by_default, tp->mk_void());
+  };
+  int number = 1;
+  for (int code : {BRANCH, CBRANCH, SWITCH, URETURN}) {
+    stmt(code == URETURN ? maketree(code, nullptr, nullptr, tp->mk_void())
+                         : leads_to(code, number));
+    stmt(op(ASG, name(x), icon(100 + number)));
+    label(number++);
+    stmt(op(ASG, name(x), icon(200 + number)));
+  }
+  buildcfg();
+  for (BBLK* bb = currfuninfo->uon_list; bb; bb = bb->uon_link)
+    for (LIST* s = bb->statements; s && s->next; s = s->next)
+      EXPECT_FALSE(s->tree->op == BRANCH || s->tree->op == CBRANCH || s->tree->op == SWITCH ||
+                   s->tree->op == RETURN || s->tree->op == URETURN);
+  // What a statement that is none of them refers to is no target.
+  NODE* plain =
+      maketree(NOP, mk_LABELREF_to_bb(currfuninfo->bb_list, nullptr), nullptr, tp->mk_void());
+  EXPECT_EQ(list_branch_targets(plain, nullptr), nullptr);
+  erase_tree(plain);
 }
 
 // The control statement of a block is changed, a statement inserted, and a block that nothing leads

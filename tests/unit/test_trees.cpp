@@ -199,6 +199,9 @@ TEST_F(Trees, Congruence) {
   }
   NODE* once = call();
   EXPECT_TRUE(trees_are_congruent(once, once));
+  EXPECT_FALSE(trees_are_congruent(once, nullptr));
+  EXPECT_FALSE(trees_are_congruent(nullptr, once));
+  EXPECT_TRUE(trees_are_congruent(nullptr, nullptr));
   erase_tree(once);
   TYPE* volatile_int = tp->mk_qual(tp->mk_plain_int(), TYPE::Q_VOLATILE);
   auto load = [&](TYPE* type) {
@@ -257,10 +260,16 @@ TEST_F(Trees, ListsOfStatements) {
   LIST* list = nullptr;
   for (int k = 3; k > 0; k--)
     list = mkelist(op(ASG, name(x), icon(k)), list, nullptr);
+  list->info[0] = 4;
+  list->info[1] = 5;
   LIST* copy = copy_statements(list, true);
   EXPECT_TRUE(tree_lists_are_congruent(list, copy));
   LIST* shared = copy_shared_statements(list);
   EXPECT_EQ(shared->next->tree, list->next->tree);
+  for (const LIST* made : {copy, shared}) {
+    EXPECT_EQ(made->info[0], 4);
+    EXPECT_EQ(made->info[1], 5);
+  }
   erase_tree_list_only(shared);
   copy->next->tree->right->ival = 7;
   EXPECT_FALSE(tree_lists_are_congruent(list, copy));
@@ -630,6 +639,22 @@ TEST_F(Trees, WhatNobodyChanges) {
   add(with_const, "d", plain, 16, 0, false);
   EXPECT_TRUE(bits_of_var_are_immutable(with_const, 0, 16, true));
   EXPECT_FALSE(bits_of_var_are_immutable(with_const, 0, 32, true));
+  // The object of a base lies within, wherever that is.
+  TYPE* heir = tp->mk_struct("heir");
+  heir->csu_parts()->complete = true;
+  heir->size = 64;
+  heir->csu_parts()->bases.push_back({with_const, 16, 0, false});
+  add(heir, "last", plain, 48, 0, false);
+  TYPE* fixed_heir = tp->mk_qual(heir, TYPE::Q_CONST);
+  EXPECT_TRUE(bits_of_var_are_immutable(fixed_heir, 0, 64, true));
+  EXPECT_TRUE(bits_of_var_are_immutable(fixed_heir, 48, 16, true)); // all of it behind the base
+  with_const->csu_parts()->members[1]->flags[1] = true;             // its d changes
+  EXPECT_FALSE(bits_of_var_are_immutable(fixed_heir, 32, 16, true));
+  EXPECT_FALSE(bits_of_var_are_immutable(fixed_heir, 0, 64, true));
+  EXPECT_TRUE(bits_of_var_are_immutable(fixed_heir, 16, 16, true));
+  EXPECT_TRUE(bits_of_var_are_immutable(fixed_heir, 48, 16, true));
+  heir->csu_parts()->bases.back().is_virtual = true; // it may lie anywhere
+  EXPECT_FALSE(bits_of_var_are_immutable(fixed_heir, 48, 16, true));
 
   SYMTAB* object = local("object", constant);
   auto member = [&](fkMDATA* which) {
@@ -691,6 +716,8 @@ TEST_F(Trees, TypeQuestions) {
   heir->csu_parts()->bases.emplace_back();
   heir->csu_parts()->bases.back().type = inner;
   EXPECT_TRUE(type_may_contain_volatile(heir));
+  EXPECT_TRUE(type_is_contained_in_type(inner, heir)); // a base is a part, too
+  EXPECT_TRUE(is_type_component_of_type(tp->mk_long(), heir));
   EXPECT_TRUE(type_may_alias_type(tp->mk_long(), outer));
   EXPECT_FALSE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), outer));
   // Nothing is known of what an object of unknown kind holds.

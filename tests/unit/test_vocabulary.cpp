@@ -274,7 +274,8 @@ TEST_F(Vocabulary, Members) {
   fkMDATA* plain = member("plain", tp->mk_plain_int(), 0, 0);
   fkMDATA* bits = member("bits", tp->mk_plain_int(), 16, 3);
   fkMDATA* uneven = member("uneven", tp->mk_long(), 48, 0);
-  csu->size = 96;
+  fkMDATA* even = member("even", tp->mk_long(), 96, 0);
+  csu->size = 128;
   csu->align = 16;
   SYMTAB* x = local("x", csu);
   auto access = [&](fkMDATA* which) {
@@ -285,7 +286,8 @@ TEST_F(Vocabulary, Members) {
   const struct {
     fkMDATA* which;
     bool preserved, packed;
-  } rows[] = {{plain, false, false}, {bits, true, true}, {uneven, false, true}};
+  } rows[] = {
+      {plain, false, false}, {bits, true, true}, {uneven, false, true}, {even, false, false}};
   for (const auto& row : rows) {
     NODE* tree = access(row.which);
     EXPECT_EQ(must_preserve_STDOT(tree), row.preserved) << row.which->name;
@@ -294,4 +296,63 @@ TEST_F(Vocabulary, Members) {
     EXPECT_FALSE(is_field_member_of_type(tree->right, tp->mk_struct("other")));
     erase_tree(tree);
   }
+}
+
+TEST_F(Vocabulary, WhatBelongsToAnOperatorsNodeIsCompared) {
+  SYMTAB* x = variable("x");
+  auto call_with = [&](unsigned eh_entry, unsigned vargs) {
+    NODE* node = call(function("g"), icon(1));
+    node->eh_entry = eh_entry;
+    node->vargs = vargs;
+    return node;
+  };
+  auto bare_call = [&](unsigned eh_entry) {
+    NODE* place = maketree(UAND, name(func), nullptr, tp->mk_ptr(func->type));
+    NODE* node = maketree(UCALL, place, nullptr, tp->mk_plain_int());
+    node->eh_entry = eh_entry;
+    return node;
+  };
+  auto mark = [&](int bits, int locale) {
+    NODE* node = maketree(DDNODE, name(x), nullptr, x->type);
+    node->ival = 1;
+    node->dd_flags = bits;
+    node->dd_locale = locale;
+    return node;
+  };
+  const struct {
+    NODE *a, *b;
+    bool congruent;
+  } rows[] = {{bare_call(1), bare_call(1), true},
+              {bare_call(1), bare_call(2), false},
+              {mark(1, 2), mark(1, 2), true},
+              {mark(1, 2), mark(1, 3), false},
+              {mark(1, 2), mark(2, 2), false}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(trees_are_congruent_se_ok(row.a, row.b), row.congruent) << tree_text(row.b);
+    erase_tree(row.a);
+    erase_tree(row.b);
+  }
+  NODE* call_tree = call_with(1, 1);
+  for (unsigned which = 0; which < 4; which++) {
+    NODE* other = copy_tree(call_tree, false);
+    if (which & 1) other->eh_entry = 2;
+    if (which & 2) other->vargs = 0;
+    EXPECT_EQ(trees_are_congruent_se_ok(call_tree, other), which == 0) << which;
+    erase_tree(other);
+  }
+  erase_tree(call_tree);
+}
+
+TEST_F(Vocabulary, ConstantsOfEachKind) {
+  NODE* leaves[] = {icon(3), alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT)),
+                    alloc_node(SCON, tp->mk_plain_int()), name(variable("x"))};
+  for (NODE* leaf : leaves) {
+    EXPECT_EQ(expr_is_constant(leaf), leaf->op != NAME) << leaf->op;
+    erase_node(leaf);
+  }
+  NODE* sum = op(PLUS, icon(1), op(UMINUS, icon(2)));
+  EXPECT_TRUE(expr_is_constant(sum));
+  sum = op(PLUS, sum, op(ASG, name(variable("y")), icon(2)));
+  EXPECT_FALSE(expr_is_constant(sum));
+  erase_tree(sum);
 }

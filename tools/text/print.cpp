@@ -563,7 +563,8 @@ struct PRINTER {
   bool is_symbol(size_t i) { return i < unit.items.size() && unit.items[i].tag == TAG_SYMBOL; }
 
   // Whether the end of arguments and the end of locals stand where the parser would put them:
-  // behind the parameters, and behind the other symbols.
+  // behind the parameters, and behind the other symbols; a second end of locals would be taken for
+  // the one that is left out.
   bool has_usual_marks(size_t begin) {
     auto plain_symbol = [&](size_t i) {
       bool is_plain_symbol = is_symbol(i) && !function->locals[unit.items[i].index].raw;
@@ -582,7 +583,7 @@ struct PRINTER {
     }
     while (plain_symbol(i))
       ++i;
-    return is_plain(i, TAG_END_LOCALS) && !is_symbol(i + 1);
+    return is_plain(i, TAG_END_LOCALS) && !is_symbol(i + 1) && !is_plain(i + 1, TAG_END_LOCALS);
   }
 
   // The beginning of a function or block: " exact" if its marks are all written, raw bytes,
