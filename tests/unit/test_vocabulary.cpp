@@ -290,6 +290,7 @@ TEST_F(Vocabulary, Members) {
       {plain, false, false}, {bits, true, true}, {uneven, false, true}, {even, false, false}};
   for (const auto& row : rows) {
     NODE* tree = access(row.which);
+    EXPECT_EQ(tree_text(tree), std::string("STDOT(x, .") + row.which->name + ")");
     EXPECT_EQ(must_preserve_STDOT(tree), row.preserved) << row.which->name;
     EXPECT_EQ(tree_points_to_packed(tree), row.packed) << row.which->name;
     EXPECT_TRUE(is_field_member_of_type(tree->right, csu));
