@@ -389,11 +389,13 @@ void I_FILE::tp_make_param(TYPE_INFO& owner) {
   TYPE_PARAM param;
   // A class stands on nothing, its forward references would not end; and its parameter may be a
   // type, which has none.
-  param.type = owner.unfinished ? read_target(owner.depth) : i_read_typeref();
+  const bool is_func = owner.unfinished != nullptr;
+  param.type = is_func ? read_target(owner.depth) : i_read_typeref();
+  if (is_func && !owner.unfinished) if_die(INVALID_RECORD); // it named itself, and so was finished
   i_read_bool();
   param.flags = i_read_uint32();
   param.name = intern_text(i_read_string());
-  (owner.unfinished ? owner.unfinished->params : owner.type->csu_parts()->params).push_back(param);
+  (is_func ? owner.unfinished->params : owner.type->csu_parts()->params).push_back(param);
 }
 
 void I_FILE::tp_make_etor(TYPE* enumeration) {

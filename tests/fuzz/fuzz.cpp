@@ -1,4 +1,5 @@
-// fuzz [--seed S] [--count N] [--jobs J] [--keep DIR] [--kind KIND] [--list] FILE.icode...
+// fuzz [--seed S] [--count N] [--jobs J] [--keep DIR] [--kind KIND] [--list] [--case N]
+// FILE.icode...
 //
 // Sends mutated copies of the given files through icode-dis, icode-run and vrx-mid in child
 // processes, and checks how they end: status 0 or 1 (125 too for icode-run, a program's own fault),
@@ -10,7 +11,7 @@
 // record, with lengths and offsets put right ("payload"), or any bytes ("bytes"); --kind asks for
 // one of them only, --as-is for the files as they are. The end tells how far they got, and how
 // often the two readers disagree on what is a well-formed unit; --list names the disagreements,
-// each with its first case.
+// each with its first case, and --case only keeps the case of that number.
 #include "OPT5/driver.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/opt_client.h"
@@ -115,7 +116,7 @@ struct PROGRESS {
 
 struct PLAN {
   uint64_t seed = 1;
-  long count = 1000, jobs = 2;
+  long count = 1000, jobs = 2, only_case = -1;
   int kind = KIND_COUNT; // KIND_COUNT for all of them
   bool list = false, as_is = false;
   std::string keep = ".";
@@ -266,6 +267,12 @@ std::string log_text(const PATHS& paths) {
   _exit(0);
 }
 
+void keep_case(long number, const PLAN& plan) {
+  KIND kind;
+  write_bytes(plan.keep + "/case-" + std::to_string(number) + ".icode",
+              case_bytes(number, plan, kind));
+}
+
 // How the runner's process ended: what is wrong with the case at work, or an empty text.
 std::string end_of_runner(int status, const PROGRESS& progress, const PATHS& paths) {
   if (progress.fault[0]) return progress.fault;
@@ -304,9 +311,7 @@ int run_worker(PROGRESS& progress, const PLAN& plan, long first, FILE* disagreem
            progress.tool < TOOL_COUNT ? tool_names[progress.tool] : "start", fault.c_str());
     if (progress.case_number != number) printf("    behind other cases since %ld\n", number);
     fflush(stdout);
-    KIND kind;
-    write_bytes(plan.keep + "/case-" + std::to_string(progress.case_number) + ".icode",
-                case_bytes(progress.case_number, plan, kind));
+    keep_case(progress.case_number, plan);
   }
   for (const std::string& path : {paths.in, paths.out, paths.in + ".log"})
     unlink(path.c_str());
@@ -387,6 +392,8 @@ bool parse_arguments(int argc, char** argv, PLAN& plan) {
       plan.jobs = std::max(1l, strtol(argv[++k], nullptr, 0));
     else if (arg == "--keep" && has_value)
       plan.keep = argv[++k];
+    else if (arg == "--case" && has_value)
+      plan.only_case = strtol(argv[++k], nullptr, 0);
     else if (arg == "--list")
       plan.list = true;
     else if (arg == "--as-is")
@@ -414,8 +421,12 @@ int main(int argc, char** argv) {
   PLAN plan;
   if (!parse_arguments(argc, argv, plan)) {
     fprintf(stderr, "usage: fuzz [--seed S] [--count N] [--jobs J] [--keep DIR] [--list]\n"
-                    "            [--kind records|payload|bytes] FILE.icode...\n");
+                    "            [--kind records|payload|bytes] [--case N] FILE.icode...\n");
     return 1;
+  }
+  if (plan.only_case >= 0) {
+    keep_case(plan.only_case, plan);
+    return 0;
   }
   void* shared = mmap(nullptr, sizeof(PROGRESS) * static_cast<size_t>(plan.jobs),
                       PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);

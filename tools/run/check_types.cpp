@@ -159,6 +159,8 @@ struct TYPE_CHECKER {
     const int list = list_of_element(r.code);
     if (list < 0 || owner.open_list != list || !can_have_list(owner, list))
       return fail(r, "has an element outside of its list");
+    if (r.code == TC_PARAM && owner.code == TC_FUNC && r.ref == r.number)
+      return fail(r, "has itself as a parameter");
     if (r.code == TC_PARAM && owner.code == TC_FUNC)
       return stands_on(r, r.ref, owner.depth) && (r.count <= UINT32_MAX || fail(r, "flags"));
     const bool has_type = r.code != TC_ENUMERATOR && r.code != TC_ACCESS_DECL;
@@ -166,6 +168,9 @@ struct TYPE_CHECKER {
     const bool has_access = r.code == TC_MEMBER || r.code == TC_BASE_CLASS ||
                             r.code == TC_ACCESS_DECL || r.code == TC_STATIC_MEMBER ||
                             r.code == TC_MEMBER_FUNC;
+    if ((r.code == TC_MEMBER || r.code == TC_BASE_CLASS) &&
+        (r.offset < INT32_MIN || r.offset > INT32_MAX))
+      return fail(r, "has an element out of reach");
     if (has_access && r.kind > MAX_ACCESS) return fail(r, "has an element of unknown access");
     if ((r.code == TC_ACCESS_DECL || r.code == TC_PARAM) && r.count > UINT32_MAX)
       return fail(r, "has an impossible element");

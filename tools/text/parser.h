@@ -170,6 +170,7 @@ template <class R> struct FIELD_SETTER {
   template <class F> void sint(const char* name, F R::*f) {
     if (ATTRIBUTE* a = find(name)) r.*f = F(p.to_sint(value(*a), "a number"));
   }
+  template <class F> void wide_sint(const char* name, F R::*f) { sint(name, f); }
   template <class F> void s8(const char* name, F R::*f) {
     ATTRIBUTE* a = find(name);
     if (!a) return;

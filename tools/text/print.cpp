@@ -93,6 +93,7 @@ struct PRINTER {
     template <class F> void u16(const char* name, F R::*f) { number(name, f); }
     template <class F> void uint(const char* name, F R::*f) { number(name, f); }
     template <class F> void sint(const char* name, F R::*f) { number(name, f); }
+    template <class F> void wide_sint(const char* name, F R::*f) { number(name, f); }
     template <class F> void value(const char* name, F R::*f) {
       if (shows(name, r.*f != defaults.*f)) text += " " + (name + ("=" + to_string(int64_t(r.*f))));
     }

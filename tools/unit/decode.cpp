@@ -27,6 +27,7 @@ template <class R> struct FIELD_READER {
   template <class F> void boolean(const char*, F R::*f) { to.*f = r.boolean(); }
   template <class F> void uint(const char*, F R::*f) { to.*f = r.uint(); }
   template <class F> void sint(const char*, F R::*f) { to.*f = r.sint(); }
+  template <class F> void wide_sint(const char*, F R::*f) { to.*f = r.wide_sint(); }
   template <class F> void ref(const char*, F R::*f) { to.*f = r.uint_32(); }
   template <class F> void str(const char*, F R::*f) { to.*f = r.str(); }
   template <class F> void psn(F R::*f) { to.*f = get_psn(r); }
@@ -286,6 +287,7 @@ void decode_symbol(READER& r, UNIT& unit, std::vector<SYMBOL>& symbols) {
   s.source_type = r.uint_32();
   s.align = r.uint();
   int pragmas = r.s8();
+  if (pragmas < 0) r.fail("a symbol with a negative number of pragmas");
   s.location = r.uint();
   s.option_set = r.uint();
   s.psn = get_psn(r);

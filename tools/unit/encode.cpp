@@ -25,6 +25,7 @@ template <class R> struct FIELD_WRITER {
   template <class F> void boolean(const char*, F R::*f) { w.boolean(r.*f); }
   template <class F> void uint(const char*, F R::*f) { w.uint(r.*f); }
   template <class F> void sint(const char*, F R::*f) { w.sint(r.*f); }
+  template <class F> void wide_sint(const char*, F R::*f) { w.sint(r.*f); }
   template <class F> void ref(const char*, F R::*f) { w.uint(r.*f); }
   template <class F> void str(const char*, F R::*f) { w.str(r.*f); }
   template <class F> void psn(F R::*f) { put_psn(w, r.*f); }

@@ -191,7 +191,7 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     v.str("name", &T::name);
     v.ref("type", &T::ref);
     v.u8("access", &T::kind);
-    v.sint("at", &T::offset);
+    v.wide_sint("at", &T::offset);
     if (version > -75) v.u8("fti", &T::fixed_type_id);
     if (version < -85) {
       v.boolean("flag1", &T::flag1);
@@ -207,7 +207,7 @@ template <class V> void type_fields(V& v, uint8_t code, int version) {
     break;
   case TC_BASE_CLASS:
     v.ref("type", &T::ref);
-    v.sint("at", &T::offset);
+    v.wide_sint("at", &T::offset);
     v.u8("access", &T::kind);
     v.boolean("virtual", &T::flag1);
     break;
