@@ -174,6 +174,28 @@ TEST_F(Graph, OnlyForwardCriticalEdgesAreSplit) {
   EXPECT_EQ(split, 2);
 }
 
+// What two edges lead to, or what leads on in two ways, stands on no edge.
+TEST_F(Graph, AJoinIsNoSplitEdge) {
+  SYMTAB* x = variable("x");
+  cbranch(op(LT, name(x), icon(1)), 3);
+  cbranch(op(LT, name(x), icon(2)), 2);
+  cbranch(op(LT, name(x), icon(3)), 2);
+  stmt(op(ASG, name(x), icon(1)));
+  branch(3);
+  label(2);
+  stmt(op(ASG, name(x), icon(2)));
+  label(3);
+  stmt(op(ASG, name(x), icon(3)));
+  buildcfg();
+  int joins = 0, split = 0;
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+    joins += edge_length(bb->predecessors) > 1;
+    split += bb_is_split_critical_edge(bb);
+  }
+  EXPECT_EQ(joins, 2);
+  EXPECT_EQ(split, 1); // the block of the first assignment looks like one
+}
+
 TEST_F(Graph, EveryControlStatementEndsItsBlock) {
   SYMTAB* x = variable("x");
   auto leads_to = [&](int code, int number) {

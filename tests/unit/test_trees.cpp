@@ -228,6 +228,8 @@ TEST_F(Trees, ConditionsAndTheirOpposites) {
   EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GE, name(x), name(y))), OPPOSITE);
   EXPECT_EQ(relate(op(LT, name(x), name(y)), op(LE, name(y), name(x))), OPPOSITE);
   EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GE, name(y), name(x))), NEITHER);
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(GE, name(x), name(x))), NEITHER);
+  EXPECT_EQ(relate(op(LT, name(x), name(y)), op(LE, name(y), name(y))), NEITHER);
   EXPECT_EQ(relate(mk_EXCLAIM(name(x)), name(x)), OPPOSITE);
   EXPECT_EQ(relate(mk_EXCLAIM(mk_EXCLAIM(name(x))), name(x)), SAME);
   EXPECT_EQ(relate(mk_EXCLAIM(op(EQ, name(x), name(y))), op(NEQ, name(y), name(x))), SAME);
@@ -251,6 +253,10 @@ TEST_F(Trees, SubstitutionInAllPlaces) {
   NODE *product = op(MULT, name(z), name(y)), *value = op(MINUS, copy_tree(product, true), icon(1));
   sum = subst_tree_for_lvalue_in_tree(value, product, sum);
   EXPECT_EQ(tree_text(sum), "PLUS(MINUS(MULT(z, y), 1), MINUS(MULT(z, y), 1))");
+  NODE* other = op(MULT, name(y), name(y)); // the same operator of something else
+  other = subst_tree_for_lvalue_in_tree(value, product, other);
+  EXPECT_EQ(tree_text(other), "MULT(y, y)");
+  erase_tree(other);
   for (NODE* tree : {sum, product, value})
     erase_tree(tree);
 }
@@ -720,6 +726,16 @@ TEST_F(Trees, TypeQuestions) {
   EXPECT_TRUE(is_type_component_of_type(tp->mk_long(), heir));
   EXPECT_TRUE(type_may_alias_type(tp->mk_long(), outer));
   EXPECT_FALSE(type_may_alias_type(tp->mk_fltpt(TYPE::F_FLOAT), outer));
+  // Two types alias by a union that holds both, once the file's types are known.
+  TYPE* either = tp->mk_union("either");
+  either->csu_parts()->complete = true;
+  member.type = tp->mk_fltpt(TYPE::F_FLOAT);
+  tp->add_member(either, member);
+  member.type = tp->mk_ptr(tp->mk_long());
+  tp->add_member(either, member);
+  init_types();
+  EXPECT_TRUE(types_contained_in_union(tp->mk_fltpt(TYPE::F_FLOAT), tp->mk_ptr(tp->mk_long())));
+  EXPECT_FALSE(types_contained_in_union(tp->mk_long(), outer)); // which is no union
   // Nothing is known of what an object of unknown kind holds.
   TYPE* dark = tp->mk_struct("dark");
   dark->csu_parts()->complete = true;

@@ -344,6 +344,26 @@ TEST_F(Vocabulary, WhatBelongsToAnOperatorsNodeIsCompared) {
   erase_tree(call_tree);
 }
 
+TEST_F(Vocabulary, Names) {
+  EXPECT_STREQ(skip_name_prefix("_main"), "main");
+  EXPECT_STREQ(skip_name_prefix(".main"), "main");
+  EXPECT_STREQ(skip_name_prefix("main"), "main");
+  std::string calls;
+  for (int code = 0; code < OPCODE_COUNT; code++)
+    if (op_is_call(code)) calls += std::string(node_operator_name[code]) + " ";
+  EXPECT_EQ(calls, "CALL UCALL ICALL UICALL MCALL UMCALL ");
+  // The address of what changes by itself stays as it is.
+  SYMTAB* port = local("port", tp->mk_qual(tp->mk_plain_int(), TYPE::Q_VOLATILE));
+  auto address = [&](SYMTAB* sym) {
+    return maketree(UAND, name(sym), nullptr, tp->mk_ptr(sym->type));
+  };
+  NODE *place = address(port), *again = address(port), *other = address(local("other", port->type));
+  EXPECT_TRUE(trees_are_congruent(place, again));
+  EXPECT_FALSE(trees_are_congruent(place, other));
+  for (NODE* t : {place, again, other})
+    erase_tree(t);
+}
+
 TEST_F(Vocabulary, ConstantsOfEachKind) {
   NODE* leaves[] = {icon(3), alloc_node(FCON, tp->mk_fltpt(TYPE::F_FLOAT)),
                     alloc_node(SCON, tp->mk_plain_int()), name(variable("x"))};
