@@ -110,13 +110,13 @@ BYTES put_together(RECORDS& file) {
     bytes.push_back(static_cast<uint8_t>(rest));
     bytes.insert(bytes.end(), record.payload.begin(), record.payload.end());
   }
-  if (file.records.empty()) return bytes;
+  if (file.records.empty() || file.records[0].tag == TAG_EOF) return bytes;
   const size_t length = file.records[0].payload.size();
   size_t field = HEADER_OFFSETS + 1; // behind the tag and the length
   for (size_t rest = length; rest; rest >>= 7)
     field++;
   for (size_t s = 0; s < SECTIONS && length >= HEADER_OFFSETS + 4 * SECTIONS; s++)
-    if (const size_t k = file.sections[s]; k != 0)
+    if (const size_t k = file.sections[s]; k != 0 && k < begins.size())
       for (size_t byte = 0; byte < 4; byte++)
         bytes[field + 4 * s + byte] = static_cast<uint8_t>(begins[k] >> 8 * byte);
   return bytes;
