@@ -27,7 +27,11 @@ void drop_alias_info() {
 }
 
 const char* alias_fault() {
-  for (const SYMTAB* sym : locals_with_address_taken(currfuninfo))
-    if (!sym->is_aliased()) return "a local whose address is taken isn't marked as reachable";
+  const auto exposed = locals_with_address_taken(currfuninfo);
+  for (const SYMTAB* list : lists_of_locals(currfuninfo))
+    for (const SYMTAB* sym = list; sym; sym = sym->next)
+      if (sym->is_aliased() != (exposed.count(sym) != 0))
+        return sym->is_aliased() ? "a local is marked as reachable whose address nobody takes"
+                                 : "a local whose address is taken isn't marked as reachable";
   return nullptr;
 }

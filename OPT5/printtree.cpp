@@ -22,6 +22,9 @@ namespace {
 // What the symbols of the function that is being printed are called, where their own names don't
 // tell them apart.
 thread_local const std::unordered_map<const SYMTAB*, std::string>* local_names;
+// While a function is printed: of a class, the first member of each name.
+using MEMBERS_BY_NAME = std::unordered_map<std::string, const fkMDATA*>;
+thread_local std::unordered_map<const TYPE*, MEMBERS_BY_NAME>* members_by_name;
 
 void append_quoted(const char* bytes, size_t length, char quote, std::string& out) {
   out += quote;
@@ -74,19 +77,30 @@ std::string symbol_text(const SYMTAB* sym) {
   return shown(sym->name);
 }
 
+const fkMDATA* first_member_of_name(const TYPE* owner, const std::string& name) {
+  const auto& members = owner->csu_parts()->members;
+  if (!members_by_name) {
+    const auto first = std::find_if(members.begin(), members.end(),
+                                    [&](const fkMDATA* m) { return name == m->name; });
+    return first == members.end() ? nullptr : *first;
+  }
+  const auto [place, is_new] = members_by_name->try_emplace(owner);
+  if (is_new)
+    for (const fkMDATA* m : members)
+      place->second.try_emplace(m->name, m);
+  const auto found = place->second.find(name);
+  return found == place->second.end() ? nullptr : found->second;
+}
+
 // A member by its name where that leads back to it.
 std::string member_text(const NODE* node, const NODE* access) {
   const fkMDATA* member = node->mval;
   if (!member) return ".0";
   const TYPE* owner = node->u.csu ? node->u.csu->underlying_type() : nullptr;
   std::string text = "." + std::to_string(member->number);
-  if (owner && owner->is_csu() && is_text_identifier(member->name)) {
-    const auto& members = owner->csu_parts()->members;
-    const auto first = std::find_if(members.begin(), members.end(), [member](const fkMDATA* m) {
-      return strcmp(m->name, member->name) == 0;
-    });
-    if (first != members.end() && *first == member) text = std::string(".") + member->name;
-  }
+  if (owner && owner->is_csu() && is_text_identifier(member->name) &&
+      first_member_of_name(owner, member->name) == member)
+    text = std::string(".") + member->name;
   TYPE* from = access ? access->left->type->underlying_type() : nullptr;
   if (access && access->op == STREF && from->is_pointer())
     from = from->elem_type()->underlying_type();
@@ -255,6 +269,7 @@ public:
   void print() {
     collect_symbols();
     local_names = &names;
+    members_by_name = &members;
     for (const SYMTAB* sym : symbols)
       declare_type(sym->type);
     line("func " + symbol_text(fi->symbol) + position(fi->begin_psn) + " {");
@@ -265,6 +280,7 @@ public:
       print_block(bb);
     line("}" + position(fi->end_psn));
     local_names = nullptr;
+    members_by_name = nullptr;
   }
 
 private:
@@ -272,6 +288,7 @@ private:
   FUNINFO* fi;
   std::vector<const SYMTAB*> symbols; // parameters first, in order
   std::unordered_map<const SYMTAB*, std::string> names;
+  std::unordered_map<const TYPE*, MEMBERS_BY_NAME> members;
   std::unordered_set<std::string> taken;
   std::unordered_set<const TYPE*> declared;
   const char* last_file = nullptr; // interned

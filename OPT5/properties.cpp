@@ -2,6 +2,8 @@
 
 #include "OPT5/properties.h"
 
+#include "DIAG/abort.h"
+
 #include "OPT5/alias.h"
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
@@ -39,6 +41,9 @@ void drop_loops() {
     bb->loop = nullptr; // the records stay with the function's memory
 }
 
+const char* nobody_can_judge() {
+  return "a property is claimed that nothing here computes anew";
+}
 const char* form_outlives_its_step() {
   return "trees are in a form that lives within a step only";
 }
@@ -54,9 +59,9 @@ struct PROPERTY_ROW {
 const PROPERTY_ROW rows[] = {
     // The graph is verified together with the trees.
     {GRAPH, has_graph, nullptr, nullptr, nullptr},
-    {DOMINATORS, has_dominators, nullptr, mark_dominators_stale, nullptr},
-    {LOOPS, has_loops, nullptr, drop_loops, nullptr},
-    {LIVE_SETS, has_live_sets, nullptr, lva_cleanup, nullptr},
+    {DOMINATORS, has_dominators, nullptr, mark_dominators_stale, nobody_can_judge},
+    {LOOPS, has_loops, nullptr, drop_loops, nobody_can_judge},
+    {LIVE_SETS, has_live_sets, nullptr, lva_cleanup, nobody_can_judge},
     {ALIASES, has_aliases, reset_alias_info, drop_alias_info, alias_fault},
     {NORMAL_FORM, is_normalized, nullptr, nullptr, form_outlives_its_step},
     {SSA, is_in_SSA_form, nullptr, nullptr, form_outlives_its_step},
@@ -72,8 +77,12 @@ unsigned claimed_properties() {
 }
 
 void assure_properties(unsigned needed) {
-  for (const PROPERTY_ROW& row : rows)
-    if ((needed & row.property) && row.build && !row.is_claimed()) row.build();
+  for (const PROPERTY_ROW& row : rows) {
+    if (!(needed & row.property) || row.is_claimed()) continue;
+    if (row.build) row.build();
+    // A function without statements has no graph; nothing else may be missing.
+    CHECK(row.build || row.property == GRAPH);
+  }
 }
 
 void drop_properties(unsigned lost) {

@@ -3,7 +3,7 @@
 // The row of a step tells what the step needs and what it keeps. What it needs and the function
 // lacks is built before its action; what it doesn't keep is dropped after it, so that nobody meets
 // an answer about trees that are no longer there. Test builds compute anew what is left, and
-// scribble over what is dropped.
+// make of what is dropped an answer that shows.
 #pragma once
 
 enum PROPERTY : unsigned {

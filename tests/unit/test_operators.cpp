@@ -78,6 +78,10 @@ TEST(Operators, Families) {
             words("ANDAND OROR EXCLAIM EQ NEQ LE LT GE GT ULE ULT UGE UGT FEQ FNEQ FLE FLT "
                   "FGE FGT FEQN FNEQN FLEN FLTN FGEN FGTN FORD FUNO"));
   EXPECT_EQ(with_trait(PLACE), words("NAME UMULT STDOT STREF VREG"));
+  EXPECT_EQ(with_trait(READS),
+            words("NAME PLUSASG MINUSASG MULTASG UMULT ANDBASG ORBASG XORBASG DIVASG MODASG SLLASG "
+                  "SRLASG STDOT STREF CALL UCALL PLUSPLUS MINMIN STFIELD STASG ARASG MEMCPY MCALL "
+                  "UMCALL ASM DFG_FETCH ILLOP"));
   // Whatever writes has an effect, and what has one in a file writes, branches or marks.
   for (int op = 0; op < OPCODE_COUNT; op++) {
     const OPERATOR_ROW& row = operator_rows[op];

@@ -1,5 +1,7 @@
 #include "tools/cc/command.h"
 
+#include "tools/unit/tool_main.h"
+
 #include <filesystem>
 #include <getopt.h>
 #include <sstream>
@@ -56,10 +58,8 @@ bool read_command(int argc, char** argv, COMMAND& command, std::string& fault) {
   auto pass = [&](const std::string& text) { command.parser.push_back(text); };
   bool has_output = false;
   opterr = 0;
-  int before = 1;
   for (int c;
-       (c = getopt_long_only(argc, argv, "I:D:U:O:o:W:wEcg::f:", long_options, nullptr)) != -1;
-       before = optind) {
+       (c = getopt_long_only(argc, argv, "I:D:U:O:o:W:wEcg::f:", long_options, nullptr)) != -1;) {
     const std::string text = optarg ? optarg : "";
     switch (c) {
     case 'I':
@@ -94,7 +94,7 @@ bool read_command(int argc, char** argv, COMMAND& command, std::string& fault) {
     case IGNORED: break;
     case HELP_OPTION: command.help = true; return true;
     default:
-      fault = std::string("unknown or incomplete option ") + argv[before] + "; try --help";
+      fault = "unknown or incomplete option " + icode::refused_option(argv) + "; try --help";
       return false;
     }
   }

@@ -47,6 +47,14 @@ bool write_file(const std::string& name, const std::string& bytes, std::string& 
   return false;
 }
 
+std::string refused_option(char* const* argv) {
+  const std::string word = argv[optind - 1];
+  const bool is_letter = optopt > 0 && optopt <= UINT8_MAX && !word.starts_with("--");
+  // In the middle of a word of letters the word isn't passed yet.
+  const bool is_passed = !is_letter || (word[0] == '-' && word.back() == char(optopt));
+  return is_passed || !argv[optind] ? word : argv[optind];
+}
+
 namespace {
 
 int complain(const CONVERTER& converter, const std::string& message) {
@@ -60,16 +68,16 @@ int run(const CONVERTER& converter, int argc, char** argv) {
   std::string output_name;
   optind = 0;
   opterr = 0;
-  for (int c, at = 1; (c = getopt_long(argc, argv, "o:", long_options, nullptr)) != -1;
-       at = optind) {
+  for (int c; (c = getopt_long(argc, argv, "o:", long_options, nullptr)) != -1;) {
     if (c == 'h') {
       fputs(converter.help, stdout);
       return 0;
     }
     if (c != 'o')
       return complain(converter,
-                      std::string("unknown or incomplete option ") + argv[at] + "; try --help");
+                      "unknown or incomplete option " + refused_option(argv) + "; try --help");
     output_name = optarg;
+    if (output_name.empty()) return complain(converter, "-o expects the name of a file");
   }
   if (optind == argc) return complain(converter, "expected an input file; try --help");
   if (optind + 1 < argc)
