@@ -63,7 +63,8 @@ uint32_t free_number(const PARSER& p) {
 }
 
 // Adds a type that the text uses without declaring it.
-uint32_t declare_implied(PARSER& p, TYPE_RECORD layer, const std::string& name, const LEXEME& at) {
+uint32_t declare_implied(PARSER& p, const TYPE_RECORD& layer, const std::string& name,
+                         const LEXEME& at) {
   bool is_vector = layer.is_vector;
   TYPE_RECORD r = default_record(p.unit, layer);
   r.is_vector = is_vector;

@@ -409,7 +409,7 @@ void decode_item(READER& r, UNIT& unit, STREAM_STATE& state) {
     FIELD_READER<LOAD_SPEC> fields{r, spec};
     speculation_fields(fields, spec.form);
     if (r.ok() && !is_region_label(spec.label)) r.fail("a region's label of more than 31 bits");
-    item.index = append(unit.speculations, std::move(spec));
+    item.index = append(unit.speculations, spec);
     break;
   }
   case TAG_EHT: item.index = append(unit.exception_tables, get_exception_table(r, unit)); break;
