@@ -342,6 +342,7 @@ bool is_intended(const std::string& kind) {
   static const char* const leads[] = {
       "vrx-mid accepts: the function main is not defined", // nothing to execute
       "vrx-mid accepts: main has parameters",
+      "vrx-mid accepts: main takes parameters",
       "vrx-mid accepts: the initialiser of ... has", // what is no constant to icode-run
       "vrx-mid accepts: the program is too large",
       "vrx-mid accepts: the record has # bytes more", // a later version's fields
