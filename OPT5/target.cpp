@@ -1,10 +1,14 @@
 // Built-in functions of the target, and vector operations hidden from passes that know none.
 
 #include "OPT5/target.h"
+
+#include "OPT5/counters.h"
 #include "OPT5/treewalk.h"
 
 #include <set>
 #include <string>
+
+static COUNTER marked_calls("built-ins", "calls marked as using hidden state");
 
 // Built-ins whose descriptor says that they read or write hidden state.
 static std::set<std::string> stateful_builtins;
@@ -22,8 +26,9 @@ void fix_BIF_types(NODE*&) {} // built-ins are generic in their operand types
 void promote_ICALLs_with_state(FUNINFO* fi) {
   visit_all_trees(fi, [](NODE*& tree) {
     walk_postorder(tree, [](NODE*& node) {
-      if ((node->op == ICALL || node->op == UICALL) && builtin_has_state(node->u.callee))
-        node->op = node->op == ICALL ? MCALL : UMCALL;
+      if ((node->op != ICALL && node->op != UICALL) || !builtin_has_state(node->u.callee)) return;
+      node->op = node->op == ICALL ? MCALL : UMCALL;
+      marked_calls.count();
     });
   });
 }
