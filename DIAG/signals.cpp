@@ -12,6 +12,15 @@
 #include <pthread.h>
 #include <unistd.h>
 
+// The sanitizer has a stack for signals, and reports faults better.
+#if defined(__SANITIZE_ADDRESS__)
+#define HAS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HAS_SANITIZER
+#endif
+#endif
+
 static void (*end_callback)();
 static thread_local const char* signal_note;
 
@@ -126,7 +135,7 @@ void common_signal_end(int signal) {
 }
 
 void give_thread_a_signal_stack() {
-#if !defined(__SANITIZE_ADDRESS__) // the sanitizer has its own
+#if !defined(HAS_SANITIZER)
   static thread_local char signal_stack[65536];
   stack_t stack{};
   stack.ss_sp = signal_stack;
@@ -145,8 +154,7 @@ void install_common_handlers(void (*handler)(int), void (*callback)()) {
   static const int signals[] = {SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM, SIGINT,
                                 SIGHUP, SIGTRAP, SIGBUS, SIGSYS,  SIGXCPU, SIGXFSZ};
   for (int signal : signals) {
-#if defined(__SANITIZE_ADDRESS__)
-    // The sanitizer reports faults better.
+#if defined(HAS_SANITIZER)
     if (signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE || signal == SIGILL ||
         signal == SIGABRT)
       continue;

@@ -51,6 +51,9 @@ const char* check_place(const NODE* node, OPERAND place) {
     return nullptr;
   case POINTER:
     if (is_part(op)) return "operator in the place of a pointer";
+    if (!node->type->is_pointer()) return "operand is not a pointer";
+    while (node->op == DDNODE) // which the output leaves out
+      node = node->left;
     return node->type->is_pointer() ? nullptr : "operand is not a pointer";
   case LVALUE: return is_lvalue(node) ? nullptr : "operand is not an lvalue";
   case AGGREGATE:

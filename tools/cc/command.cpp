@@ -1,6 +1,6 @@
 #include "tools/cc/command.h"
 
-#include "tools/unit/tool_main.h"
+#include "tools/unit/command_line.h"
 
 #include <filesystem>
 #include <getopt.h>

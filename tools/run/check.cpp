@@ -98,7 +98,10 @@ struct UNIT_CHECKER {
       if (is_part(x.op)) return "an operator in the place of a value";
       return is_computable(k) ? nullptr : "an operand that is not a scalar";
     case POINTER:
-      return !is_part(x.op) && is_pointer(k) ? nullptr : "an operand that is not a pointer";
+      if (is_part(x.op) || !is_pointer(k)) return "an operand that is not a pointer";
+      while (node(n).op == DDNODE) // no operator of its own
+        n = unwrapped(node(n).left);
+      return is_pointer(kind(node(n).type)) ? nullptr : "an operand that is not a pointer";
     case LVALUE: return is_lvalue(n) ? nullptr : "an operand that is not an lvalue";
     case AGGREGATE:
       return !is_part(x.op) && is_aggregate(k) ? nullptr : "an operand that is not an aggregate";

@@ -1,5 +1,7 @@
 #include "tools/unit/tool_main.h"
 
+#include "tools/unit/command_line.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -45,14 +47,6 @@ bool write_file(const std::string& name, const std::string& bytes, std::string& 
   // Half a file must not pass for a whole one; but a device is not ours to remove.
   if (!is_stdout && std::filesystem::is_regular_file(name, ignored)) remove(name.c_str());
   return false;
-}
-
-std::string refused_option(char* const* argv) {
-  const std::string word = argv[optind - 1];
-  const bool is_letter = optopt > 0 && optopt <= UINT8_MAX && !word.starts_with("--");
-  // In the middle of a word of letters the word isn't passed yet.
-  const bool is_passed = !is_letter || (word[0] == '-' && word.back() == char(optopt));
-  return is_passed || !argv[optind] ? word : argv[optind];
 }
 
 namespace {

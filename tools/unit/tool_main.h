@@ -19,9 +19,6 @@ struct CONVERTER {
 // exit status: 0, or 1 after a message on standard error, in which case no output file is left.
 int run_converter(const CONVERTER& converter, int argc, char** argv);
 
-// The word of the command line that getopt_long() has just refused with '?'.
-std::string refused_option(char* const* argv);
-
 // First where exceptions are caught: a write that can't be done fails from now on, and raises no
 // signal; memory that can't be had is an exception, which before main ends the program with a
 // message and status 1.
