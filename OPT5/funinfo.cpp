@@ -3,6 +3,7 @@
 #include "OPT5/funinfo.h"
 
 #include "OPT5/dominator.h"
+#include "OPT5/loop.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/stackshare.h"
@@ -42,6 +43,8 @@ static void erase_body(FUNINFO* fi) {
   fi->scope = nullptr;
   delete fi->dominators;
   fi->dominators = nullptr;
+  fi->loops.clear();
+  fi->loop_root = nullptr;
   fi->memory.reset();
 }
 

@@ -8,6 +8,7 @@
 #include "support/bitvec.h"
 
 #include <array>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -68,6 +69,8 @@ public:
   LIST* global_assertions = nullptr;
   LS* scope = nullptr;
   Dominator* dominators = nullptr;
+  LOOP* loop_root = nullptr;                // null while no tree of loops has been built
+  std::vector<std::unique_ptr<LOOP>> loops; // all records, in order of making
 
   // The four lists of local symbols.
   SYMTAB* incoming = nullptr;       // read or made since the last sym_split

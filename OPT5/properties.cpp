@@ -8,6 +8,7 @@
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/livevars.h"
+#include "OPT5/loop.h"
 #include "OPT5/verify.h"
 
 constinit thread_local bool trees_are_normalized, function_is_in_SSA_form;
@@ -18,10 +19,11 @@ bool has_graph() {
   return currfuninfo->bb_list != nullptr;
 }
 bool has_dominators() {
-  return currfuninfo->dominators && !currfuninfo->dominators->stale;
+  const Dominator* dominators = currfuninfo->dominators;
+  return dominators && !dominators->stale && dominators->built_bb_count == currfuninfo->bb_count;
 }
 bool has_loops() {
-  return has_graph() && currfuninfo->bb_list->loop != nullptr;
+  return currfuninfo->loop_root != nullptr;
 }
 bool has_live_sets() {
   return lva_sym_count > 0;
@@ -36,13 +38,14 @@ bool is_in_SSA_form() {
   return function_is_in_SSA_form;
 }
 
-void drop_loops() {
-  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
-    bb->loop = nullptr; // the records stay with the function's memory
+void build_dominators() {
+  compute_dominators(false);
 }
-
-const char* nobody_can_judge() {
-  return "a property is claimed that nothing here computes anew";
+void build_loops() {
+  build_minimal_loop_hierarchy(false);
+}
+void build_live_sets() {
+  find_live_variables(0, false);
 }
 const char* form_outlives_its_step() {
   return "trees are in a form that lives within a step only";
@@ -59,9 +62,9 @@ struct PROPERTY_ROW {
 const PROPERTY_ROW rows[] = {
     // The graph is verified together with the trees.
     {GRAPH, has_graph, nullptr, nullptr, nullptr},
-    {DOMINATORS, has_dominators, nullptr, mark_dominators_stale, nobody_can_judge},
-    {LOOPS, has_loops, nullptr, drop_loops, nobody_can_judge},
-    {LIVE_SETS, has_live_sets, nullptr, lva_cleanup, nobody_can_judge},
+    {DOMINATORS, has_dominators, build_dominators, mark_dominators_stale, dominators_fault},
+    {LOOPS, has_loops, build_loops, erase_loop_hierarchy, loops_fault},
+    {LIVE_SETS, has_live_sets, build_live_sets, lva_cleanup, live_sets_fault},
     {ALIASES, has_aliases, reset_alias_info, drop_alias_info, alias_fault},
     {NORMAL_FORM, is_normalized, nullptr, nullptr, form_outlives_its_step},
     {SSA, is_in_SSA_form, nullptr, nullptr, form_outlives_its_step},

@@ -1,0 +1,307 @@
+// Dominators, loops and live variables of random graphs, held against their definitions.
+#include "tests/unit/ir_fixture.h"
+
+#include "OPT5/dominator.h"
+#include "OPT5/livevars.h"
+#include "OPT5/loop.h"
+#include "OPT5/properties.h"
+#include "OPT5/verify.h"
+
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <set>
+
+namespace {
+
+using BLOCK_SET = std::set<const BBLK*>;
+
+// What can be reached over `edges` from the blocks of `from`, these included, past all but `barrier`.
+BLOCK_SET reached(const std::vector<const BBLK*>& from, EDGE* BBLK::* edges,
+                  const BBLK* barrier = nullptr) {
+  BLOCK_SET found;
+  std::vector<const BBLK*> pending;
+  auto meet = [&](const BBLK* bb) {
+    if (bb != barrier && found.insert(bb).second) pending.push_back(bb);
+  };
+  for (const BBLK* bb : from)
+    meet(bb);
+  while (!pending.empty()) {
+    const BBLK* bb = pending.back();
+    pending.pop_back();
+    for (const EDGE* e = bb->*edges; e; e = e->rest)
+      meet(e->first);
+  }
+  return found;
+}
+
+std::vector<BBLK*> blocks_in_order() {
+  std::vector<BBLK*> blocks{nullptr}; // by dfn
+  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+    blocks.push_back(bb);
+  return blocks;
+}
+
+// Which blocks no way from `roots` to a block misses: [above][below], by dfn.
+std::vector<std::vector<bool>> dominance(const std::vector<const BBLK*>& roots,
+                                         EDGE* BBLK::* edges) {
+  const std::vector<BBLK*> blocks = blocks_in_order();
+  const BLOCK_SET all = reached(roots, edges);
+  std::vector<std::vector<bool>> result(blocks.size(), std::vector<bool>(blocks.size()));
+  for (size_t a = 1; a < blocks.size(); a++) {
+    const BLOCK_SET others = reached(roots, edges, blocks[a]);
+    for (size_t b = 1; b < blocks.size(); b++)
+      result[a][b] = all.count(blocks[b]) && !others.count(blocks[b]);
+  }
+  return result;
+}
+
+// The strict dominator of b below all its others; `none` if there isn't one.
+int nearest(const std::vector<std::vector<bool>>& dominates, size_t b, int none) {
+  size_t best = 0;
+  for (size_t a = 1; a < dominates.size(); a++)
+    if (a != b && dominates[a][b] && (!best || dominates[best][a])) best = a;
+  return best ? static_cast<int>(best) : none;
+}
+
+// An environment variable may ask for more cases, or for others.
+long setting(const char* variable, long usual) {
+  const char* text = getenv(variable);
+  return text ? atol(text) : usual;
+}
+
+} // namespace
+
+class Loops : public IrTest {
+protected:
+  std::mt19937 random;
+  size_t roll(size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random); }
+
+  void drop_function() {
+    lva_cleanup();
+    erase_trees();
+    EXPECT_EQ(currfuninfo->memory.live_nodes, 0);
+    erase_all();
+    currfuninfo->scope = LS::init(nullptr, func);
+  }
+
+  NODE* any_condition() { return op(LT, name(x), icon(static_cast<long>(roll(3)))); }
+
+  // Any graph that a front end could write, and many that it wouldn't.
+  void make_random_function(size_t blocks, bool entry_may_be_target) {
+    if (!entry_may_be_target) stmt(mk_ASG(name(x), icon(0)));
+    auto target = [&] { return label_ref(static_cast<int>(roll(blocks)) + 1); };
+    auto near_target = [&](size_t k) { // as of structured code
+      const size_t low = k > 2 ? k - 2 : 0, high = std::min(blocks, k + 3);
+      return label_ref(static_cast<int>(low + roll(high - low)) + 1);
+    };
+    const bool is_near = roll(2);
+    for (size_t k = 0; k < blocks; k++) {
+      label(static_cast<int>(k) + 1);
+      if (roll(2)) stmt(mk_ASG(name(roll(2) ? x : y), op(PLUS, name(roll(2) ? x : y), icon(1))));
+      auto to = [&] { return is_near ? near_target(k) : target(); };
+      switch (roll(8)) {
+      case 0: stmt(maketree(RETURN, name(func), name(x), tp->mk_void())); break;
+      case 1: stmt(maketree(BRANCH, to(), nullptr, tp->mk_void())); break;
+      case 2: {
+        NODE* cases = nullptr;
+        for (size_t n = roll(4); n-- > 0;) {
+          NODE* item = maketree(CASE, icon(static_cast<long>(n)), to(), tp->mk_void());
+          cases = cases ? maketree(COMMA, cases, item, tp->mk_void()) : item;
+        }
+        NODE* last = maketree(DEFAULT, to(), nullptr, tp->mk_void());
+        stmt(maketree(SWITCH, name(x), cases ? maketree(COMMA, cases, last, tp->mk_void()) : last,
+                      tp->mk_void()));
+        break;
+      }
+      case 3: break; // falls through
+      default: stmt(maketree(CBRANCH, any_condition(), to(), tp->mk_void()));
+      }
+    }
+    buildcfg();
+  }
+
+  void check_dominators() {
+    compute_dominators(false);
+    Dominator& found = *currfuninfo->dominators;
+    const std::vector<BBLK*> blocks = blocks_in_order();
+    const int exit = currfuninfo->bb_count + 1;
+    std::vector<const BBLK*> ends, ways_round;
+    for (size_t b = 1; b < blocks.size(); b++) {
+      const EDGE* e = blocks[b]->successors;
+      if (!e) ends.push_back(blocks[b]);
+      if (e && !e->rest && e->first->dfn <= blocks[b]->dfn) ways_round.push_back(blocks[b]);
+    }
+    const auto dom = dominance({currfuninfo->bb_list}, &BBLK::successors);
+    const auto post = dominance(ends.empty() ? ways_round : ends, &BBLK::predecessors);
+    for (int b = 1; b < exit; b++) {
+      ASSERT_EQ(found.immediate_dominator(b), nearest(dom, b, 0)) << "of BB" << b;
+      ASSERT_EQ(found.immediate_post_dominator(b), nearest(post, b, exit)) << "of BB" << b;
+      for (int a = 1; a < exit; a++) {
+        ASSERT_EQ(found.dominates(a, b), dom[a][b]) << a << ", " << b;
+        ASSERT_EQ(found.post_dominates(a, b), a == b || post[a][b]) << a << ", " << b;
+      }
+    }
+    ASSERT_EQ(found.depth_first_doms().size(), blocks.size() - 1);
+    std::set<const BBLK*> met;
+    for (const BBLK* bb : found.depth_first_doms()) {
+      ASSERT_TRUE(bb->dfn == 1 || met.count(blocks[found.immediate_dominator(bb)]));
+      met.insert(bb);
+    }
+    ASSERT_STREQ(dominators_fault(), nullptr);
+  }
+
+  // The targets of each block that was there from the first, looking through those that weren't.
+  static std::map<size_t, std::set<size_t>> original_edges() {
+    std::map<size_t, std::set<size_t>> edges;
+    for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
+      if (bb->uon < 0) continue;
+      for (const EDGE* e = bb->successors; e; e = e->rest) {
+        const BBLK* to = e->first;
+        while (to->uon < 0)
+          to = to->successors->first;
+        edges[bb->serial()].insert(to->serial());
+      }
+    }
+    return edges;
+  }
+
+  // Of the graph as it stands: does some way round have no block that all ways to it pass?
+  static bool is_irreducible() {
+    const auto dom = dominance({currfuninfo->bb_list}, &BBLK::successors);
+    for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+      for (const EDGE* e = bb->successors; e; e = e->rest)
+        if (e->first->dfn <= bb->dfn && !dom[e->first->dfn][bb->dfn]) return true;
+    return false;
+  }
+
+  static void collect(const LOOP* loop, BLOCK_SET& members) {
+    for (const EDGE* e = loop->contents; e; e = e->rest)
+      if (e->first->loop == loop)
+        members.insert(e->first);
+      else
+        collect(e->first->loop, members);
+  }
+
+  // Is it what its definition says? Every loop is held against the blocks that reach its latch.
+  static void check_loop(const LOOP* loop, std::set<const BBLK*>& headers) {
+    ASSERT_TRUE(headers.insert(loop->head).second);
+    std::vector<const BBLK*> latches;
+    for (const EDGE* e = loop->head->predecessors; e; e = e->rest)
+      if (e->first != loop->preheader) latches.push_back(e->first);
+    ASSERT_EQ(latches, std::vector<const BBLK*>{loop->tail});
+    BLOCK_SET body = reached(latches, &BBLK::predecessors, loop->head);
+    body.insert(loop->head);
+    BLOCK_SET members, exits, claimed;
+    collect(loop, members);
+    ASSERT_EQ(members, body);
+    ASSERT_EQ(loop->tail->loop, loop);
+    ASSERT_FALSE(body.count(loop->preheader));
+    ASSERT_EQ(loop->preheader->loop, loop->parent);
+    ASSERT_EQ(edge_length(loop->preheader->successors), 1);
+    ASSERT_EQ(loop->preheader->successors->first, loop->head);
+    bool is_improper = false;
+    for (const BBLK* bb : body)
+      for (const EDGE* e = bb->successors; e; e = e->rest)
+        if (!body.count(e->first)) {
+          exits.insert(e->first);
+          is_improper |= bb != loop->tail;
+        }
+    for (const EDGE* e = loop->exitBBs; e; e = e->rest) {
+      claimed.insert(e->first);
+      for (const EDGE* from = e->first->predecessors; from; from = from->rest)
+        ASSERT_TRUE(body.count(from->first));
+    }
+    ASSERT_EQ(claimed, exits);
+    ASSERT_EQ(loop->has_improper_exit, is_improper);
+    ASSERT_EQ(loop->level, loop->parent->level + 1);
+    for (LOOP* inner : inner_loops(loop))
+      check_loop(inner, headers);
+  }
+
+  void check_loops() {
+    const auto edges = original_edges();
+    const bool expect_none = currfuninfo->bb_list->predecessors != nullptr;
+    const bool expect_irreducible = is_irreducible();
+    build_minimal_loop_hierarchy(false);
+    verify_function("loops");
+    ASSERT_EQ(original_edges(), edges);
+    const LOOP* root = currfuninfo->loop_root;
+    if (expect_none) {
+      ASSERT_EQ(root, nullptr);
+      return;
+    }
+    ASSERT_EQ(root->irreducible, expect_irreducible);
+    ASSERT_STREQ(loops_fault(), nullptr);
+    ASSERT_EQ(root->uid, 0);
+    ASSERT_EQ(root->level, 0);
+    if (expect_irreducible) {
+      ASSERT_EQ(currfuninfo->loops.size(), 1u);
+      return;
+    }
+    std::set<const BBLK*> headers, targets;
+    for (LOOP* loop : inner_loops(root))
+      check_loop(loop, headers);
+    for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+      for (const EDGE* e = bb->successors; e; e = e->rest)
+        if (e->first->dfn <= bb->dfn) targets.insert(e->first);
+    ASSERT_EQ(headers, targets);
+  }
+
+  // x is live where some way leads to a read of it past no assignment.
+  void check_live_variables() {
+    sym_split(currfuninfo);
+    find_live_variables(0, false);
+    if (lva_sym_count == 0) return;
+    ASSERT_STREQ(live_sets_fault(), nullptr);
+    for (SYMTAB* sym : {x, y}) {
+      const int k = lva_index(sym);
+      ASSERT_GE(k, 0);
+      for (const BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink)
+        ASSERT_EQ(bb->live_in->bv_test(k), is_live(sym, bb)) << sym->name << " in BB" << bb->dfn;
+    }
+  }
+
+  static bool is_live(const SYMTAB* sym, const BBLK* start) {
+    BLOCK_SET met{start};
+    std::vector<const BBLK*> pending{start};
+    while (!pending.empty()) {
+      const BBLK* bb = pending.back();
+      pending.pop_back();
+      bool is_written = false;
+      for (const LIST* s = bb->statements; s && !is_written; s = s->next) {
+        const bool writes = s->tree->op == ASG && s->tree->left->u.sym == sym;
+        if (sym_appears_in_tree(sym, s->tree->op == ASG ? s->tree->right : s->tree)) return true;
+        is_written = writes;
+      }
+      if (is_written) continue;
+      for (const EDGE* e = bb->successors; e; e = e->rest)
+        if (met.insert(e->first).second) pending.push_back(e->first);
+    }
+    return false;
+  }
+
+  SYMTAB *x = nullptr, *y = nullptr;
+};
+
+TEST_F(Loops, OfRandomGraphs) {
+  x = variable("x");
+  y = variable("y");
+  const long first = setting("VRX_GRAPHS_SEED", 1), count = setting("VRX_GRAPHS", 20000);
+  for (long seed = first; seed < first + count && !HasFatalFailure(); seed++) {
+    SCOPED_TRACE("VRX_GRAPHS=1 VRX_GRAPHS_SEED=" + std::to_string(seed));
+    random.seed(static_cast<unsigned>(seed));
+    make_random_function(1 + roll(12), roll(20) == 0);
+    verify_function("building");
+    check_live_variables();
+    check_dominators();
+    check_loops();
+    check_dominators();
+    if (currfuninfo->loop_root && roll(4) == 0) {
+      split_critical_edges(roll(2));
+      verify_function("splitting");
+      check_dominators();
+    }
+    drop_function();
+  }
+}
