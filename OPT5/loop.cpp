@@ -136,7 +136,9 @@ public:
   }
   // Edges out of the blocks, and the branches that they stand for.
   void apply() {
-    for (auto& [from, targets] : blocks) {
+    for (const auto& block : blocks) {
+      BBLK* from = block.first;
+      const TARGETS& targets = block.second;
       for (EDGE* e = from->successors; e; e = e->rest)
         if (auto found = targets.find(e->first); found != targets.end()) e->first = found->second;
       NODE*& branch = from->last_statement()->tree;

@@ -76,10 +76,9 @@ protected:
 
   // Statements are put down in order.
   void stmt(NODE* tree) {
-    LIST** tail = &currfuninfo->stmts;
-    while (*tail)
-      tail = &(*tail)->next;
-    *tail = mkelist(tree, nullptr, nullptr);
+    LIST* cell = mkelist(tree, nullptr, nullptr);
+    (currfuninfo->stmts ? last_stmt->next : currfuninfo->stmts) = cell;
+    last_stmt = cell;
   }
   void label(int number) {
     NODE* node = alloc_node(LABELDEF, tp->mk_void());
@@ -97,4 +96,5 @@ protected:
   }
 
   SYMTAB* func = nullptr;
+  LIST* last_stmt = nullptr; // of the current function's list, unless that is empty
 };
