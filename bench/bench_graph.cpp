@@ -61,10 +61,9 @@ public:
   void switch_over(int first, int last) {
     NODE* cases = maketree(DEFAULT, reference(first), nullptr, tp->mk_void());
     for (int k = first + 1; k <= last; k++)
-      cases = maketree(
-          COMMA, cases,
-          maketree(CASE, mk_ICON(k, tp->mk_plain_int()), reference(k), tp->mk_void()),
-          tp->mk_void());
+      cases = maketree(COMMA, cases,
+                       maketree(CASE, mk_ICON(k, tp->mk_plain_int()), reference(k), tp->mk_void()),
+                       tp->mk_void());
     put(maketree(SWITCH, mk_ICON(1, tp->mk_plain_int()), cases, tp->mk_void()));
   }
 
@@ -167,9 +166,9 @@ GRAPH graph_of_blocks(bool backward) {
 std::vector<size_t> immediate_dominators(const GRAPH& graph, size_t root) {
   constexpr size_t none = static_cast<size_t>(-1);
   std::vector<size_t> above(boost::num_vertices(graph), none);
-  boost::lengauer_tarjan_dominator_tree(graph, root,
-                                        boost::make_iterator_property_map(
-                                            above.begin(), boost::get(boost::vertex_index, graph)));
+  boost::lengauer_tarjan_dominator_tree(
+      graph, root,
+      boost::make_iterator_property_map(above.begin(), boost::get(boost::vertex_index, graph)));
   return above;
 }
 

@@ -4,6 +4,7 @@
 #include "OPT5/alias.h"
 #include "OPT5/dominator.h"
 #include "OPT5/livevars.h"
+#include "OPT5/loop.h"
 #include "OPT5/properties.h"
 #include "OPT5/treewalk.h"
 #include "OPT5/verify.h"
@@ -142,14 +143,26 @@ TEST_F(Verifier, PropertiesAreBuiltDroppedAndJudged) {
   drop_properties(LIVES_BETWEEN_STEPS & ~ALIASES); // the others only
   EXPECT_EQ(claimed_properties(), GRAPH | ALIASES);
 
-  currfuninfo->dominators = new Dominator;
-  currfuninfo->dominators->stale = false;
-  lva_sym_count = 1;
-  entry()->live_in = new BITVEC(1);
-  EXPECT_EQ(claimed_properties(), GRAPH | DOMINATORS | LIVE_SETS | ALIASES);
-  drop_properties(DOMINATORS | LIVE_SETS);
+  statements = mkelist(name(variable("z")), statements, nullptr);
+  sym_split(currfuninfo);
+  constexpr unsigned OTHERS = DOMINATORS | LOOPS | LIVE_SETS;
+  assure_properties(OTHERS);
+  assure_properties(DOMINATORS); // which the preheaders of loops made stale
+  EXPECT_EQ(claimed_properties(), GRAPH | OTHERS | ALIASES);
+  verify_properties("building");
+  auto breaking = [](auto damage, const char* told) {
+    EXPECT_EXIT((damage(), verify_properties("breaking")), ::testing::ExitedWithCode(1), told);
+  };
+  Dominator& dominators = *currfuninfo->dominators;
+  breaking([&] { dominators.idom.back()++; }, "f.*dominators are out of date");
+  breaking([&] { dominators.ipostdom[1] = 1; }, "f.*post-dominators are out of date");
+  breaking([] { currfuninfo->loop_root->level = 3; },
+           "f.*Loop 0 has incorrect level \\(3 --> 0\\)");
+  breaking([&] { entry()->live_out->bv_set_all(); }, "f.*live sets are out of date");
+  drop_properties(OTHERS);
   EXPECT_EQ(claimed_properties(), GRAPH | ALIASES);
   EXPECT_EQ(entry()->live_in, nullptr);
+  EXPECT_EQ(entry()->loop, nullptr);
 
   for (bool* form : {&trees_are_normalized, &function_is_in_SSA_form}) {
     *form = true;
