@@ -17,6 +17,7 @@
 #include "OPT5/printtree.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
+#include "OPT5/surgery_trigger.h"
 #include "OPT5/verify.h"
 #include "options/option_obj.h"
 #include "options/register_option.h"
@@ -110,6 +111,9 @@ void pass::run() {
   banner("\n\n\n", "EXITING", this);
   print_graph();
   if (currfunc) verify_after(name().c_str());
+#ifdef VRX_CHECKS
+  change_graph_if_asked(name().c_str());
+#endif
 }
 
 // ---------------------------------------------------------------------------------------------
