@@ -3,6 +3,7 @@
 #include "OPT5/printtree.h"
 
 #include "OPT5/funinfo.h"
+#include "OPT5/infix.h"
 #include "OPT5/optables.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
@@ -23,8 +24,7 @@ namespace {
 // tell them apart.
 thread_local const std::unordered_map<const SYMTAB*, std::string>* local_names;
 // While a function is printed: of a class, the first member of each name.
-using MEMBERS_BY_NAME = std::unordered_map<std::string, const fkMDATA*>;
-thread_local std::unordered_map<const TYPE*, MEMBERS_BY_NAME>* members_by_name;
+thread_local std::unordered_map<const TYPE*, LOCAL_NAMES::MEMBERS_BY_NAME>* members_by_name;
 
 void append_quoted(const char* bytes, size_t length, char quote, std::string& out) {
   out += quote;
@@ -70,12 +70,16 @@ std::string shown(const std::string& name) {
   return is_text_identifier(name) && !is_reserved_word(name) ? name : in_quotes(name, '\'');
 }
 
+} // namespace
+
 std::string symbol_text(const SYMTAB* sym) {
   if (local_names)
     if (const auto place = local_names->find(sym); place != local_names->end())
       return shown(place->second);
   return shown(sym->name);
 }
+
+namespace {
 
 const fkMDATA* first_member_of_name(const TYPE* owner, const std::string& name) {
   const auto& members = owner->csu_parts()->members;
@@ -121,7 +125,8 @@ int count_items(const NODE* list, int op) {
   return count + (op == COMMA || list->op == op);
 }
 
-// A node without its operands and type.
+} // namespace
+
 std::string head_text(const NODE* node, const NODE* access) {
   std::string name = node_operator_name[node->op] ? node_operator_name[node->op] : "?";
   auto with = [&name](const std::string& payload) { return name + "[" + payload + "]"; };
@@ -170,6 +175,8 @@ std::string head_text(const NODE* node, const NODE* access) {
   default: return name;
   }
 }
+
+namespace {
 
 const TYPE* returned_type(const TYPE* callee) {
   const TYPE* func = callee->underlying_type();
@@ -254,6 +261,35 @@ std::string tree_text(const NODE* tree) {
 // ---------------------------------------------------------------------------------------------
 // Functions
 
+LOCAL_NAMES::LOCAL_NAMES(const FUNINFO* fi) {
+  for (const SYMTAB* list : lists_of_locals(fi))
+    for (const SYMTAB* sym = list; sym; sym = sym->next)
+      symbols.push_back(sym);
+  auto rank = [](const SYMTAB* sym) {
+    return sym->level == PARAMETER_LEVEL && sym->in_interface ? 0 : 1;
+  };
+  std::stable_sort(symbols.begin(), symbols.end(), [rank](const SYMTAB* a, const SYMTAB* b) {
+    if (rank(a) != rank(b)) return rank(a) < rank(b);
+    return rank(a) == 0 && a->serial < b->serial;
+  });
+  std::unordered_set<std::string> taken;
+  for (size_t k = 0; k < symbols.size(); k++) {
+    std::string name = symbols[k]->name;
+    if (!taken.insert(name).second || find_global_symbol(name.c_str()))
+      name += "." + std::to_string(k);
+    while (name != symbols[k]->name && !taken.insert(name).second)
+      name += ".x";
+    names[symbols[k]] = name;
+  }
+  local_names = &names;
+  members_by_name = &members;
+}
+
+LOCAL_NAMES::~LOCAL_NAMES() {
+  local_names = nullptr;
+  members_by_name = nullptr;
+}
+
 namespace {
 
 std::string storage_text(int sclass) {
@@ -264,32 +300,24 @@ std::string storage_text(int sclass) {
 
 class FUNCTION_PRINTER {
 public:
-  explicit FUNCTION_PRINTER(FILE* stream) : to(stream), fi(currfuninfo) {}
+  explicit FUNCTION_PRINTER(FILE* stream) : to(stream), fi(currfuninfo), names(currfuninfo) {}
 
   void print() {
-    collect_symbols();
-    local_names = &names;
-    members_by_name = &members;
-    for (const SYMTAB* sym : symbols)
+    for (const SYMTAB* sym : names.symbols)
       declare_type(sym->type);
     line("func " + symbol_text(fi->symbol) + position(fi->begin_psn) + " {");
-    for (const SYMTAB* sym : symbols)
+    for (const SYMTAB* sym : names.symbols)
       line("  " + declaration(sym));
     print_exception_table();
     for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
       print_block(bb);
     line("}" + position(fi->end_psn));
-    local_names = nullptr;
-    members_by_name = nullptr;
   }
 
 private:
   FILE* to;
   FUNINFO* fi;
-  std::vector<const SYMTAB*> symbols; // parameters first, in order
-  std::unordered_map<const SYMTAB*, std::string> names;
-  std::unordered_map<const TYPE*, MEMBERS_BY_NAME> members;
-  std::unordered_set<std::string> taken;
+  LOCAL_NAMES names;
   std::unordered_set<const TYPE*> declared;
   const char* last_file = nullptr; // interned
 
@@ -302,27 +330,6 @@ private:
     if (psn->file != last_file) text += in_quotes(psn->file) + ":";
     last_file = psn->file;
     return text + std::to_string(psn->line) + ":" + std::to_string(psn->column);
-  }
-
-  void collect_symbols() {
-    for (const SYMTAB* list : lists_of_locals(fi))
-      for (const SYMTAB* sym = list; sym; sym = sym->next)
-        symbols.push_back(sym);
-    auto rank = [](const SYMTAB* sym) {
-      return sym->level == PARAMETER_LEVEL && sym->in_interface ? 0 : 1;
-    };
-    std::stable_sort(symbols.begin(), symbols.end(), [rank](const SYMTAB* a, const SYMTAB* b) {
-      if (rank(a) != rank(b)) return rank(a) < rank(b);
-      return rank(a) == 0 && a->serial < b->serial;
-    });
-    for (size_t k = 0; k < symbols.size(); k++) {
-      std::string name = symbols[k]->name;
-      if (!taken.insert(name).second || find_global_symbol(name.c_str()))
-        name += "." + std::to_string(k);
-      while (name != symbols[k]->name && !taken.insert(name).second)
-        name += ".x";
-      names[symbols[k]] = name;
-    }
   }
 
   static std::string declaration(const SYMTAB* sym) {
@@ -409,5 +416,6 @@ void print_function(FILE* to) {
 void prbbinfix() {
   if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees)) return;
   print_if_debug("\n");
-  print_function(FDEBUG);
+  if (pass_debug_dump_infix) print_infix(FDEBUG);
+  if (pass_debug_dump_trees) print_function(FDEBUG);
 }

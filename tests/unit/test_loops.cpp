@@ -2,6 +2,7 @@
 #include "tests/unit/ir_fixture.h"
 
 #include "OPT5/dominator.h"
+#include "OPT5/infix.h"
 #include "OPT5/livevars.h"
 #include "OPT5/loop.h"
 #include "OPT5/properties.h"
@@ -442,4 +443,38 @@ TEST_F(Loops, OfRandomGraphs) {
     }
     drop_function();
   }
+}
+
+// What is known of a block stands at its head, and its statements as deep as its loop.
+TEST_F(Loops, AreShownWithTheirNesting) {
+  x = variable("x");
+  stmt(icon(0));
+  label(1);
+  label(2);
+  cbranch(op(LT, name(x), icon(1)), 2);
+  cbranch(op(LT, name(x), icon(2)), 1);
+  NODE* sum = name(x);
+  for (int k = 0; k < 100000; k++)
+    sum = op(PLUS, sum, icon(1));
+  stmt(mk_ASG(name(x), sum));
+  buildcfg();
+  build_minimal_loop_hierarchy(true);
+  BBLK* head = inner_loops(inner_loops(currfuninfo->loop_root)[0])[0]->head;
+  head->dFreqIn = 12.5;
+  head->successors->prob = 0.25;
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* to = open_memstream(&text, &size);
+  print_infix(to);
+  fclose(to);
+  const std::string shown(text, size);
+  free(text);
+  const std::string at_head = head->str() + ": ";
+  const size_t place = shown.find("\n      " + at_head);
+  ASSERT_NE(place, std::string::npos) << shown.substr(0, 1000);
+  const std::string line = shown.substr(place + 7, shown.find('\n', place + 1) - place - 7);
+  EXPECT_NE(line.find("(0.25)"), std::string::npos) << line;
+  EXPECT_NE(line.find(", 12.5 times, loop 2 level 2 head"), std::string::npos) << line;
+  EXPECT_NE(shown.find("\n        if (x < 1) goto "), std::string::npos);
+  EXPECT_NE(shown.find("\n    x = x + 1 + 1 + 1"), std::string::npos);
 }
