@@ -21,16 +21,14 @@ const struct {
   int op;
   const char* sign;
 } binary_signs[] = {
-    {PLUS, " + "},      {MINUS, " - "},     {MULT, " * "},      {DIV, " / "},
-    {MOD, " % "},       {ANDB, " & "},      {ORB, " | "},       {XORB, " ^ "},
-    {SLL, " << "},      {SRL, " >> "},      {ANDAND, " && "},   {OROR, " || "},
-    {EQ, " == "},       {NEQ, " != "},      {LE, " <= "},       {LT, " < "},
-    {GE, " >= "},       {GT, " > "},        {ULE, " <=u "},     {ULT, " <u "},
-    {UGE, " >=u "},     {UGT, " >u "},      {ASG, " = "},       {STASG, " = "},
-    {ARASG, " = "},     {PLUSASG, " += "},  {MINUSASG, " -= "}, {MULTASG, " *= "},
-    {DIVASG, " /= "},   {MODASG, " %= "},   {ANDBASG, " &= "},  {ORBASG, " |= "},
-    {XORBASG, " ^= "},  {SLLASG, " <<= "},  {SRLASG, " >>= "},  {COMMAOP, ", "},
-    {PCOMMA, ", "},     {COMMA, ", "},
+    {PLUS, " + "},     {MINUS, " - "},     {MULT, " * "},     {DIV, " / "},      {MOD, " % "},
+    {ANDB, " & "},     {ORB, " | "},       {XORB, " ^ "},     {SLL, " << "},     {SRL, " >> "},
+    {ANDAND, " && "},  {OROR, " || "},     {EQ, " == "},      {NEQ, " != "},     {LE, " <= "},
+    {LT, " < "},       {GE, " >= "},       {GT, " > "},       {ULE, " <=u "},    {ULT, " <u "},
+    {UGE, " >=u "},    {UGT, " >u "},      {ASG, " = "},      {STASG, " = "},    {ARASG, " = "},
+    {PLUSASG, " += "}, {MINUSASG, " -= "}, {MULTASG, " *= "}, {DIVASG, " /= "},  {MODASG, " %= "},
+    {ANDBASG, " &= "}, {ORBASG, " |= "},   {XORBASG, " ^= "}, {SLLASG, " <<= "}, {SRLASG, " >>= "},
+    {COMMAOP, ", "},   {PCOMMA, ", "},     {COMMA, ", "},
 };
 
 const char* sign_of(int op) {
@@ -297,8 +295,8 @@ private:
   void print_head(const BBLK* bb) {
     std::string text = "  " + bb->str() + ":";
     if (bb->label && bb->label->refcount) text += " L" + std::to_string(bb->label->number);
-    text += " from" + block_list(bb->predecessors, false) + ", to" +
-            block_list(bb->successors, true);
+    text +=
+        " from" + block_list(bb->predecessors, false) + ", to" + block_list(bb->successors, true);
     if (bb->dFreqIn >= 0) text += ", " + number(bb->dFreqIn) + " times";
     if (const LOOP* loop = bb->loop; loop && loop->parent) {
       text += ", loop " + std::to_string(loop->uid) + " level " + std::to_string(loop->level);

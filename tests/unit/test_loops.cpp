@@ -450,6 +450,7 @@ TEST_F(Loops, AreShownWithTheirNesting) {
   x = variable("x");
   stmt(icon(0));
   label(1);
+  stmt(icon(0));
   label(2);
   cbranch(op(LT, name(x), icon(1)), 2);
   cbranch(op(LT, name(x), icon(2)), 1);
