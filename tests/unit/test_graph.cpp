@@ -43,6 +43,15 @@ TEST_F(Graph, SplittingKeepsTheOrderOfDeclaration) {
   EXPECT_EQ(param->next, nullptr);
 }
 
+TEST_F(Graph, SplittingKnowsItsStorageClasses) {
+  SYMTAB* odd = variable("odd");
+  for (const int sclass : {0, SC_RESULT + 1}) {
+    odd->sclass = static_cast<unsigned char>(sclass);
+    EXPECT_EXIT(sym_split(currfuninfo), ::testing::ExitedWithCode(1), "sclass");
+  }
+  odd->sclass = SC_AUTO;
+}
+
 TEST_F(Graph, GlobalsKeepMarksByFunction) {
   auto& global = *new GLOBAL_SYM; // owned by the table of all symbols
   global.name = strdup("g");
