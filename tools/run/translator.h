@@ -90,7 +90,12 @@ struct FUNCTION_TRANSLATOR {
   }
 
   // --- Emission ---
-  const NODE& node(uint32_t n) const { return unit.nodes[n]; }
+  // A profile value says nothing of what it wraps.
+  const NODE& node(uint32_t n) const {
+    while (unit.nodes[n].op == EPVAL)
+      n = unit.nodes[n].left;
+    return unit.nodes[n];
+  }
   const SHAPE& shape(uint32_t n) const { return p.shapes[unit.nodes[n].type]; }
   SCALAR scalar(uint32_t n) const; // fails for a node of another type
   void emit(unsigned op, uint32_t a = 0, uint32_t b = 0, uint32_t c = 0, unsigned aux = 0);
