@@ -60,7 +60,6 @@ BBLK* mkbblock(LIST* statements, BBLK* uon_next, FUNINFO* fi); // in the functio
 LBL* mklabel(int number, LBL* chain, BBLK* bb);
 LBL* find_label(int number); // ends the run if there is none
 void renumber_bblocks();
-void initialize_CFG_profiling_annotation(int renumber, int apply);
 
 // --- Blocks
 BBLK* insert_new_bb(int dfn, BBLK* after, LIST* statements);

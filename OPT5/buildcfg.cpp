@@ -9,12 +9,14 @@
 #include "OPT5/dominator.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/memory.h"
+#include "OPT5/profile.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/tailcall.h"
 #include "OPT5/treewalk.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -248,6 +250,9 @@ private:
     }
     case CBRANCH: { // c, L  -->  IF(c, (L, next))
       NODE* next = unresolved_label(0);
+      if (tree->left->profile_count != NO_COUNT && tree->right->profile_count != NO_COUNT)
+        next->profile_count = tree->left->profile_count -
+                              std::min(tree->left->profile_count, tree->right->profile_count);
       tree->op = IF;
       tree->right = maketree(COMMA, tree->right, next, tp->mk_void(), tree->ls);
       waiting.push_back(next);
@@ -438,15 +443,4 @@ void renumber_bblocks() {
   }
   fi->bb_list->rdflink = previous;
   fi->bb_count = dfn;
-}
-
-void initialize_CFG_profiling_annotation(int renumber, int) {
-  // No profile input reaches this tool: all that is left is the reset.
-  if (renumber) renumber_bblocks();
-  for (BBLK* bb = currfuninfo->bb_list; bb; bb = bb->dflink) {
-    bb->dFreqIn = bb->dFreqOut = -1.0;
-    for (EDGE* list : {bb->predecessors, bb->successors})
-      for (EDGE* e = list; e; e = e->rest)
-        e->prob = -1.0;
-  }
 }

@@ -152,6 +152,7 @@ void remap_labelrefs(NODE* tree, BBLK* from, BBLK* to) {
   walk_postorder(tree, [=](NODE*& node) {
     if (node->op != LABEL || !node->label || node->label->bb != from) return;
     NODE* ref = mk_LABELREF_to_bb(to, node->ls);
+    ref->profile_count = node->profile_count;
     erase_node(node);
     node = ref;
   });

@@ -85,8 +85,9 @@ public:
   STACK_SHARING_SCOPE* sharing_open = nullptr;
   TYPE* sharing_type = nullptr; // of the object that locals share, if any
 
-  unsigned time = 0; // microseconds spent in steps
-  bool cd_ok = true; // no built-in of the body forbids data-flow transformations
+  unsigned time = 0;          // microseconds spent in steps
+  unsigned entry_count = -1u; // calls that a profile tells of; all ones if there is none
+  bool cd_ok = true;          // no built-in of the body forbids data-flow transformations
   bool only_simple_calls = true;
   bool no_tail_recursion = false;
   bool is_leaf = true;              // no calls

@@ -147,6 +147,7 @@ public:
         auto found = targets.find(node->label->bb);
         if (found == targets.end()) return;
         NODE* ref = mk_LABELREF_to_bb(found->second, node->ls);
+        ref->profile_count = node->profile_count;
         erase_node(node);
         node = ref;
       });

@@ -16,6 +16,7 @@
 #include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
 #include "OPT5/printtree.h"
+#include "OPT5/profile.h"
 #include "OPT5/settings.h"
 #include "OPT5/simp1.h"
 #include "OPT5/simpcfg.h"
@@ -181,10 +182,12 @@ static LIST* lower_IF(NODE* tree, const BBLK* next, PSN* psn) {
       cond->op = boolean_inv[cond->op];
     } else if (cond->op == EXCLAIM) {
       tree->left = cond->left;
+      tree->left->profile_count = cond->profile_count;
       cond->left = nullptr;
       erase_node(cond);
     } else {
       tree->left = mk_EXCLAIM(cond);
+      std::swap(tree->left->profile_count, cond->profile_count);
     }
   }
   tree->op = CBRANCH;
