@@ -118,6 +118,7 @@ private:
     };
     for (const LIST* s = bb->statements; s; s = s->next) {
       const NODE* tree = s->tree;
+      if (k == 0 && s == bb->statements) take(tree);
       if (tree->op == RETURN) take(tree->right);
       if (s->next) continue;
       if (tree->op == IF || tree->op == SWITCH) take(tree->left);

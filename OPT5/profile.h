@@ -2,8 +2,8 @@
 //
 // The counts of a profile hang on the nodes of control statements (`profile_count`; EPVAL in a
 // file): on the LABEL that a branch leads to, how often it did; on the condition of a branch, the
-// selector of a switch or the value of a return, how often it was evaluated. What a count leaves
-// open follows from the others as far as it does.
+// selector of a switch, the value of a return or the function's first statement, how often it was
+// evaluated. What counts leave open follows from them as far as it does.
 #pragma once
 
 #include <climits>

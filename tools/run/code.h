@@ -71,7 +71,7 @@ namespace icode::run {
   X(COPY_COUNT)    /* as many units as register c says, likewise */                                \
   X(JUMP)          /* to c */                                                                      \
   X(COUNT)         /* nothing but its steps */                                                     \
-  X(STAT)          /* region c is executed */                                                      \
+  X(STAT)          /* region, or site of the profile, c is executed */                             \
   X(SWITCH)        /* by table c on register a */                                                  \
   X(CALL)          /* call site c, arguments from register b on, result to a */                    \
   X(RETURN)        /* register a */                                                                \
@@ -198,9 +198,9 @@ struct PROGRAM {
   const UNIT& unit;
   SHAPES shapes;
   MEMORY memory;
-  bool with_stats = false;
-  unsigned double_bits = 32; // size of the unit's double
-  uint64_t frame_units = 0;  // of all functions together
+  bool with_stats = false, with_profile = false; // not both
+  unsigned double_bits = 32;                     // size of the unit's double
+  uint64_t frame_units = 0;                      // of all functions together
 
   std::deque<FUNCTION_CODE> functions;                // with and without a body
   std::vector<FUNCTION_CODE*> by_address;             // address - FUNCTION_BEGIN
@@ -214,7 +214,8 @@ struct PROGRAM {
   std::vector<CONVERSION> conversions;
   std::vector<std::string> messages;
   std::vector<REGION> regions;
-  std::vector<uint64_t> region_counts; // executions
+  std::vector<uint64_t> region_counts; // executions of regions, or of the profile's sites
+  std::vector<uint32_t> profile_sites; // nodes that are counted
   std::unordered_map<std::string, uint32_t> signatures;
 
   FUNCTION_CODE* function_at(uint64_t address) const {

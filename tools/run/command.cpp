@@ -8,6 +8,7 @@
 #include "tools/run/translate.h"
 #include "tools/unit/tool_main.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -25,10 +26,12 @@ constexpr int64_t DEFAULT_STEPS = 20'000'000'000;
 constexpr size_t NATIVE_STACK = size_t(1) << 31;
 
 constexpr const char* HELP =
-    "usage: icode-run [--entry NAME] [--stats] [--max-steps N] UNIT.icode [ARG...]\n"
+    "usage: icode-run [--entry NAME] [--stats | --profile OUT] [--max-steps N] UNIT.icode "
+    "[ARG...]\n"
     "Executes a unit: its function main, with the arguments, or NAME without any.\n"
     "  --entry NAME    the function to call\n"
     "  --stats         print counts of what was executed, as JSON on standard error\n"
+    "  --profile OUT   write the unit with counts of its branches, for vrx-mid\n"
     "  --max-steps N   fault after N nodes; 20000000000 unless given\n"
     "The exit status is the low 8 bits of what the program returns or gives to exit().\n"
     "A program that does what has no meaning ends with a message and status 125; status 1 is a\n"
@@ -38,14 +41,15 @@ struct OPTIONS {
   std::string entry = "main";
   bool has_entry = false, stats = false, help = false;
   int64_t max_steps = DEFAULT_STEPS;
-  std::string file;
+  std::string file, profile;          // no profile if empty
   std::vector<std::string> arguments; // of the program, its name first
 };
 
 bool parse_options(int argc, char** argv, OPTIONS& o, std::string& error) {
-  enum { ENTRY = 256, STATS, MAX_STEPS, HELP_OPTION };
+  enum { ENTRY = 256, STATS, PROFILE, MAX_STEPS, HELP_OPTION };
   static const option long_options[] = {{"entry", required_argument, nullptr, ENTRY},
                                         {"stats", no_argument, nullptr, STATS},
+                                        {"profile", required_argument, nullptr, PROFILE},
                                         {"max-steps", required_argument, nullptr, MAX_STEPS},
                                         {"help", no_argument, nullptr, HELP_OPTION},
                                         {nullptr, 0, nullptr, 0}};
@@ -60,6 +64,13 @@ bool parse_options(int argc, char** argv, OPTIONS& o, std::string& error) {
       o.has_entry = true;
       break;
     case STATS: o.stats = true; break;
+    case PROFILE:
+      o.profile = optarg;
+      if (o.profile.empty()) {
+        error = "--profile expects the name of a file";
+        return false;
+      }
+      break;
     case MAX_STEPS: {
       const char* end = optarg + strlen(optarg);
       auto [stop, bad] = std::from_chars(optarg, end, o.max_steps);
@@ -77,6 +88,10 @@ bool parse_options(int argc, char** argv, OPTIONS& o, std::string& error) {
   }
   if (optind == argc) {
     error = "expected an input file; try --help";
+    return false;
+  }
+  if (o.stats && !o.profile.empty()) {
+    error = "--stats and --profile count different things: one of them a run";
     return false;
   }
   o.file = argv[optind];
@@ -164,6 +179,26 @@ int execute(PROGRAM& program, const FUNCTION_CODE& entry, const std::vector<uint
   return status;
 }
 
+// The unit with what was counted. A node that is counted goes into a wrapper in its place.
+bool write_profile(UNIT& unit, const PROGRAM& program, const std::string& file,
+                   std::string& error) {
+  constexpr uint64_t MOST = UINT32_MAX - 1; // all ones would be no count
+  for (size_t k = 0; k < program.profile_sites.size(); k++) {
+    const uint32_t n = program.profile_sites[k];
+    if (unit.nodes[n].op != EPVAL) {
+      NODE wrapper;
+      wrapper.op = EPVAL;
+      wrapper.type = unit.nodes[n].type;
+      wrapper.left = uint32_t(unit.nodes.size());
+      unit.nodes.push_back(unit.nodes[n]);
+      unit.nodes[n] = wrapper;
+    }
+    unit.nodes[n].a = std::min(program.region_counts[k], MOST);
+  }
+  std::string bytes;
+  return encode_unit(unit, bytes, error) && write_file(file, bytes, error);
+}
+
 int run(const OPTIONS& o) {
   std::string bytes, error;
   if (!read_file(o.file, bytes, error)) return complain(error);
@@ -173,6 +208,7 @@ int run(const OPTIONS& o) {
   if (!check_unit(unit, error)) return complain(o.file + ": " + error);
   PROGRAM program(unit);
   program.with_stats = o.stats;
+  program.with_profile = !o.profile.empty();
   if (!build_data(program, error) || !translate(program, error))
     return complain(o.file + ": " + error);
   const FUNCTION_CODE* entry = find_entry(program, o.entry);
@@ -181,8 +217,10 @@ int run(const OPTIONS& o) {
   if (!entry_arguments(program, *entry, o, arguments, error))
     return complain(o.file + ": " + error);
   program.memory.seal_data();
-  program.region_counts.assign(program.regions.size(), 0);
-  return execute(program, *entry, arguments, o);
+  program.region_counts.assign(std::max(program.regions.size(), program.profile_sites.size()), 0);
+  const int status = execute(program, *entry, arguments, o);
+  if (o.profile.empty() || write_profile(unit, program, o.profile, error)) return status;
+  return complain(error);
 }
 
 struct JOB {

@@ -317,21 +317,40 @@ uint32_t FUNCTION_TRANSLATOR::user_label(uint32_t n) {
   return it->second;
 }
 
+void FUNCTION_TRANSLATOR::count(uint32_t n) {
+  if (!p.with_profile || n == NONE) return;
+  emit(I_STAT, 0, 0, uint32_t(p.profile_sites.size()));
+  p.profile_sites.push_back(n);
+}
+
+void FUNCTION_TRANSLATOR::jump_counted(uint32_t label_node) {
+  count(label_node);
+  jump(user_label(label_node));
+}
+
 void FUNCTION_TRANSLATOR::switch_statement(const NODE& n) {
+  count(n.left);
   SCALAR type = scalar(n.left);
   if (type.cls != C_INT) fail(n, "on a value that is no integer");
   SWITCH_TABLE table;
   table.otherwise = NONE;
   std::vector<std::pair<int64_t, uint32_t>> cases;
+  std::vector<std::pair<uint32_t, uint32_t>> ways; // with a profile: places that count, and go on
+  auto way_to = [&](uint32_t label_node) {
+    const uint32_t label = user_label(label_node);
+    if (!p.with_profile) return label;
+    ways.emplace_back(new_label(), label_node);
+    return ways.back().first;
+  };
   for (uint32_t item : list_items(n.right)) {
     const NODE& c = node(item);
     if (c.op == DEFAULT) {
-      if (table.otherwise == NONE) table.otherwise = user_label(c.left);
+      if (table.otherwise == NONE) table.otherwise = way_to(c.left);
       continue;
     }
     if (c.op != CASE || (node(c.left).op != ICON && node(c.left).op != LCON))
       fail(n, "with something that is no case");
-    cases.emplace_back(int64_t(constant(node(c.left), type).imm), user_label(c.right));
+    cases.emplace_back(int64_t(constant(node(c.left), type).imm), way_to(c.right));
   }
   uint32_t end = new_label();
   if (table.otherwise == NONE) table.otherwise = end;
@@ -354,17 +373,30 @@ void FUNCTION_TRANSLATOR::switch_statement(const NODE& n) {
   uint32_t selector = reg(value(n.left));
   emit(I_SWITCH, selector, 0, uint32_t(p.switches.size()), take_steps());
   p.switches.push_back(std::move(table));
+  for (auto [place, label_node] : ways) {
+    bind(place);
+    jump_counted(label_node);
+  }
   bind(end);
 }
 
 void FUNCTION_TRANSLATOR::statement_body(uint32_t root) {
   const NODE& n = node(root);
   switch (n.op) {
-  case BRANCH: return jump(user_label(n.left));
-  case CBRANCH: return branch_if(n.left, true, user_label(n.right));
+  case BRANCH: return jump_counted(n.left);
+  case CBRANCH: {
+    if (!p.with_profile) return branch_if(n.left, true, user_label(n.right));
+    user_label(n.right); // or the statement is none
+    count(n.left);
+    const uint32_t next = new_label();
+    branch_if(n.left, false, next);
+    jump_counted(n.right);
+    return bind(next);
+  }
   case SWITCH: return switch_statement(n);
-  case URETURN: return emit(I_RETURN_NOTHING, 0, 0, 0, take_steps());
+  case URETURN: count(n.left); return emit(I_RETURN_NOTHING, 0, 0, 0, take_steps());
   case RETURN:
+    count(n.right);
     if (out.result.is_scalar()) {
       uint32_t r = reg(value_as(n.right, out.result.scalar));
       return emit(I_RETURN, r, 0, 0, take_steps());
@@ -408,6 +440,7 @@ void FUNCTION_TRANSLATOR::translate() {
   try {
     find_homes();
     out.signature = signature_of(p, out.params);
+    bool is_first = true; // of all statements: it tells of calls
     for (uint32_t i = function.begin; i < function.end; i++) {
       const ITEM& item = unit.items[i];
       if (item.tag == TAG_LABEL) {
@@ -417,6 +450,8 @@ void FUNCTION_TRANSLATOR::translate() {
         if (label_at[it->second] == NONE) bind(it->second);
       } else if (item.tag == TAG_EXPR && item.index != NONE) {
         if (item.psn.file) out.positions.push_back({uint32_t(out.code.size()), item.psn});
+        if (is_first) count(item.index);
+        is_first = false;
         statement(item.index);
       }
     }

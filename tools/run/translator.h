@@ -77,6 +77,8 @@ struct FUNCTION_TRANSLATOR {
   void statement(uint32_t root);
   void statement_body(uint32_t root);
   void switch_statement(const NODE& n);
+  void count(uint32_t node); // with a profile: how often control comes by here
+  void jump_counted(uint32_t label_node);
   uint32_t user_label(uint32_t node);
   uint32_t new_label();
   void bind(uint32_t label) { label_at[label] = uint32_t(out.code.size()); }
