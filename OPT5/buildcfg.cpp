@@ -251,7 +251,8 @@ private:
     }
     case CBRANCH: { // c, L  -->  IF(c, (L, next))
       NODE* next = unresolved_label(0);
-      if (tree->left->profile_count != NO_COUNT && tree->right->profile_count != NO_COUNT)
+      if (tree->left->profile_count != NO_COUNT && tree->right->profile_count != NO_COUNT &&
+          count_calls_in_tree(tree->left) == 0)
         next->profile_count = tree->left->profile_count -
                               std::min(tree->left->profile_count, tree->right->profile_count);
       tree->op = IF;

@@ -2,9 +2,10 @@
 //
 //   IF(c: 100 times, (BB2: 90 times, BB3))  -->  probability 0.9 to BB2, 0.1 to BB3
 //
-// A block runs as often as it is entered and as often as it is left. What of this leaves one number
-// open is its solution; each is found once, so that all takes time in step with the edges (Ball and
-// Larus, "Optimally profiling and tracing programs", 1994, section 3.1).
+// What enters a block over its edges begins it, what ends it leaves over its edges, and between the
+// two only calls may lose any. Where that leaves one number open it is found, each once, so that
+// all takes time in step with the edges (Ball and Larus, "Optimally profiling and tracing
+// programs", 1994, section 3.1).
 
 #include "OPT5/profile.h"
 
@@ -28,7 +29,7 @@ public:
   bool read_counts() {
     for (BBLK* bb = fi->bb_list; bb; bb = bb->dflink) {
       place_of.emplace(bb, blocks.size());
-      blocks.push_back({bb, UNKNOWN, {}, {}});
+      blocks.push_back({bb, true, {}, {}});
     }
     for (size_t k = 0; k < blocks.size(); k++)
       read_block(k);
@@ -47,14 +48,15 @@ public:
 
   void annotate() {
     const BLOCK& first = blocks[0];
-    if (first.count == UNKNOWN || first.in.unknown) return;
-    const int64_t entries = std::max<int64_t>(0, first.count - first.in.sum);
+    if (first.in.count == UNKNOWN || first.in.unknown) return;
+    const int64_t entries = std::max<int64_t>(0, first.in.count - first.in.sum);
     fi->entry_count = static_cast<unsigned>(std::min<int64_t>(entries, NO_COUNT - 1));
     std::vector<double> prob_from(blocks.size());
     for (const BLOCK& block : blocks) {
       BBLK* bb = block.bb;
-      if (block.count != UNKNOWN)
-        bb->dFreqIn = bb->dFreqOut = entries ? ratio(block.count, entries) : 0.0;
+      if (block.in.count != UNKNOWN) bb->dFreqIn = entries ? ratio(block.in.count, entries) : 0.0;
+      if (block.out.count != UNKNOWN)
+        bb->dFreqOut = entries ? ratio(block.out.count, entries) : 0.0;
       for (const size_t id : block.out.edges)
         links[id].edge->prob = probability(links[id]);
       for (const size_t id : block.in.edges)
@@ -65,15 +67,16 @@ public:
   }
 
 private:
-  // The edges on one side of a block.
+  // Where a block begins, or ends, and the edges there.
   struct SIDE {
+    int64_t count = UNKNOWN;
     std::vector<size_t> edges;
     size_t unknown = 0;
     int64_t sum = 0; // of what is known
   };
   struct BLOCK {
     BBLK* bb;
-    int64_t count;
+    bool is_left_as_often_as_entered; // no call in it that may not return
     SIDE in, out;
   };
   struct LINK {
@@ -94,7 +97,7 @@ private:
 
   // Where a block would have gone that never ran, nobody knows.
   double probability(const LINK& link) const {
-    const int64_t from = blocks[link.from].count;
+    const int64_t from = blocks[link.from].out.count;
     return from <= 0 || link.count == UNKNOWN ? -1.0 : std::min(1.0, ratio(link.count, from));
   }
 
@@ -111,17 +114,21 @@ private:
 
   void read_block(size_t k) {
     const BBLK* bb = blocks[k].bb;
+    BLOCK& block = blocks[k];
     COUNTS counts;
-    int64_t evaluated = UNKNOWN;
-    auto take = [&](const NODE* node) {
-      if (const int64_t count = count_of(node); count != UNKNOWN) evaluated = count;
-    };
+    bool has_called = false;
+    if (k == 0 && bb->statements) block.in.count = count_of(bb->statements->tree);
     for (const LIST* s = bb->statements; s; s = s->next) {
       const NODE* tree = s->tree;
-      if (k == 0 && s == bb->statements) take(tree);
-      if (tree->op == RETURN) take(tree->right);
+      const NODE* evaluated = tree->op == RETURN ? tree->right : nullptr;
+      if (!s->next && (tree->op == IF || tree->op == SWITCH)) evaluated = tree->left;
+      if (const int64_t count = count_of(evaluated); count != UNKNOWN) {
+        has_profile = true;
+        if (!has_called) block.in.count = count;
+        if (count_calls_in_tree(evaluated) == 0) block.out.count = count;
+      }
+      has_called |= count_calls_in_tree(tree) != 0;
       if (s->next) continue;
-      if (tree->op == IF || tree->op == SWITCH) take(tree->left);
       if (tree->op == BRANCH) add_label(counts, tree->left);
       if (tree->op == IF) {
         add_label(counts, tree->right->left);
@@ -133,8 +140,8 @@ private:
           add_label(counts, item->op == CASE ? item->right : item->left);
         }
     }
-    has_profile |= evaluated != UNKNOWN;
-    blocks[k].count = evaluated;
+    block.is_left_as_often_as_entered = !has_called;
+    has_profile |= block.in.count != UNKNOWN;
     for (EDGE* e = bb->successors; e; e = e->rest) {
       const auto found = counts.find(e->first);
       add_link(e, k, place_of[e->first], found == counts.end() ? UNKNOWN : found->second);
@@ -153,18 +160,18 @@ private:
     }
   }
 
-  // One edge is open on a side of a block of known count: it has the rest.
-  void solve_side(BLOCK& block, const SIDE& side) {
+  // One edge is open where the count is known: it has the rest.
+  void solve_edge(const SIDE& side) {
     for (const size_t id : side.edges) {
       LINK& link = links[id];
       if (link.count != UNKNOWN) continue;
-      link.count = std::max<int64_t>(0, block.count - side.sum);
-      for (auto [place, its_side] : {std::pair(link.from, &blocks[link.from].out),
-                                     std::pair(link.to, &blocks[link.to].in)}) {
-        its_side->unknown--;
-        its_side->sum += link.count;
-        pending.push_back(place);
+      link.count = std::max<int64_t>(0, side.count - side.sum);
+      for (SIDE* end : {&blocks[link.from].out, &blocks[link.to].in}) {
+        end->unknown--;
+        end->sum += link.count;
       }
+      pending.push_back(link.from);
+      pending.push_back(link.to);
       return;
     }
   }
@@ -172,16 +179,16 @@ private:
   void solve_block(size_t k) {
     BLOCK& block = blocks[k];
     const bool is_entry = k == 0; // which is entered from outside, too
-    if (block.count == UNKNOWN) {
-      if (!block.out.edges.empty() && block.out.unknown == 0)
-        block.count = block.out.sum;
-      else if (!is_entry && !block.in.edges.empty() && block.in.unknown == 0)
-        block.count = block.in.sum;
-      else
-        return;
+    for (SIDE* side : {&block.in, &block.out})
+      if (side->count == UNKNOWN && side->unknown == 0 && !side->edges.empty() &&
+          !(is_entry && side == &block.in))
+        side->count = side->sum;
+    if (block.is_left_as_often_as_entered) {
+      if (block.in.count == UNKNOWN) block.in.count = block.out.count;
+      if (block.out.count == UNKNOWN) block.out.count = block.in.count;
     }
-    if (block.out.unknown == 1) solve_side(block, block.out);
-    if (!is_entry && block.in.unknown == 1) solve_side(block, block.in);
+    if (block.out.count != UNKNOWN && block.out.unknown == 1) solve_edge(block.out);
+    if (block.in.count != UNKNOWN && block.in.unknown == 1 && !is_entry) solve_edge(block.in);
   }
 };
 
