@@ -520,6 +520,7 @@ int run_compilation(int argc, char** argv) {
     analyze_global_symbols();
   } else {
     run_all_steps();
+    dump_psnmap();
     dump_psnrefs();
   }
   currfunc = nullptr;

@@ -6,10 +6,14 @@
 
 #include "OPT5/opt_client.h"
 #include "OPT5/optables.h"
+#include "OPT5/scope.h"
+#include "OPT5/streams.h"
 #include "OPT5/treewalk.h"
 
+#include <algorithm>
 #include <cctype>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 std::vector<FUNINFO*> call_graph;
@@ -104,4 +108,138 @@ void set_up_and_build_call_graph() {
   for (SYMTAB* sym : functions)
     call_graph.push_back(make_FUNINFO(sym));
   std::vector<FUNINFO*>(call_graph.rbegin(), call_graph.rend()).swap(call_graph);
+}
+
+// ---------------------------------------------------------------------------------------------
+// What is known of functions, as text
+
+FUNLIST* list_callees(const FUNINFO* fi) {
+  FUNLIST *first = nullptr, **tail = &first;
+  std::unordered_map<const FUNINFO*, FUNLIST*> cells;
+  auto note = [&](const NODE* tree) {
+    walk_preorder(tree, [&](const NODE* node) {
+      SYMTAB* callee = op_is_call(node->op) ? get_callee_for_call(node) : nullptr;
+      if (!callee) return true;
+      FUNINFO* record = make_FUNINFO(get_sym_def_for_decl(callee));
+      FUNLIST*& cell = cells[record];
+      if (!cell) {
+        cell = *tail = mkFUNLIST(record, nullptr);
+        tail = &cell->next;
+      }
+      cell->ncalls++;
+      return true;
+    });
+  };
+  for (const BBLK* bb = fi->bb_list; bb; bb = bb->dflink)
+    for (const LIST* s = bb->statements; s; s = s->next)
+      note(s->tree);
+  for (const EHT_ITEM& item : fi->eht)
+    if (item.cleanup) note(item.cleanup);
+  return first;
+}
+
+static const char* const property_names[32] = {
+    "FUN_calls_anonymous", "FUN_cannot_suppress", "FUN_is_unsuppressed", "FUN_never_returns",
+    "FUN_calls_OUTSIDE",   "FUN_cannot_inline",   "FUN_is_suppressed",   "FUN_no_global_asg",
+    "FUN_no_global_use",   "FUN_is_referenced",   "FUN_calls_SYSTEM",    "FUN_is_processed",
+    "FUN_is_anonymous",    "FUN_is_interrupt",    "FUN_follows_call",    "FUN_value_needed",
+    "FUN_no_byref_asg",    "FUN_is_pure_fun",     "FUN_cannot_beta",     "FUN_no_RPT_loop",
+    nullptr,               "FUN_is_inlined",      "FUN_no_ind_asg",      "FUN_no_ind_use",
+    "FUN_is_cg_root",      nullptr,               "FUN_is_called",       "FUN_is_extern",
+    "FUN_is_SYSTEM",       "FUN_has_1_BB",        "FUN_is_main",         "FUN_is_cpp"};
+
+// Inner blocks with symbols of their own: how many, and how many of them lie in each other.
+static std::pair<unsigned, unsigned> non_trivial_scopes(const LS* root) {
+  unsigned count = 0, deepest = 0;
+  std::vector<std::pair<const LS*, unsigned>> pending{{root, 0}};
+  while (!pending.empty()) {
+    auto [scope, depth] = pending.back();
+    pending.pop_back();
+    if (scope->level > static_cast<int>(OUTER_LEVEL) && !scope->symbols.empty()) {
+      count++;
+      deepest = std::max(deepest, ++depth);
+    }
+    for (const LS* child = scope->first_child; child; child = child->sibling)
+      pending.emplace_back(child, depth);
+  }
+  return {count, deepest};
+}
+
+static void dump_properties(FILE* to, unsigned properties) {
+  for (int bit = 0; bit < 32; bit++)
+    if ((properties >> bit & 1) && property_names[bit])
+      print_checked(to, "\t%s\n", property_names[bit]);
+}
+
+static void dump_in_full(FILE* to, const FUNINFO* fi, const FUNLIST* all) {
+  print_checked(to, "\n%s() ", fi->name.c_str());
+  while (all && all->fi != fi)
+    all = all->next;
+  print_checked(to, " is called from %d sites in this file.\n", all ? all->ncalls : 0);
+  if (fi->entry_count != -1u)
+    print_checked(to, "    It has been profiled.    Entry count: %u\n", fi->entry_count);
+  if (fi->scope) {
+    const auto [scopes, depth] = non_trivial_scopes(fi->scope);
+    print_checked(to, "    It has %u non-trivial scope blocks nested %u deep.\n", scopes, depth);
+  }
+  print_checked(to, "    It calls these functions:\n");
+  FUNLIST* callees = list_callees(fi);
+  for (const FUNLIST* cell = callees; cell; cell = cell->next)
+    print_checked(to, "\t%s() (%d times)\n", cell->fi->name.c_str(), cell->ncalls);
+  if (!callees) print_checked(to, "\t<NONE>\n");
+  free_FUNLIST(callees);
+  if (fi->symbol && fi->symbol->type->is_func()) {
+    print_checked(to, "    It has these parameter types:\n");
+    const FUNC_PARTS* parts = fi->symbol->type->func_parts();
+    int number = 0;
+    for (const auto& param : parts->params)
+      print_checked(to, "\t#%d: %s\n", ++number, param.type->str().c_str());
+    if (!parts->is_prototyped) print_checked(to, "\t<UNKNOWN>\n");
+  }
+  bool any = false;
+  for (const SYMTAB* list : lists_of_locals(fi))
+    for (const SYMTAB* sym = list; sym; sym = sym->next) {
+      if (sym->sclass != SC_STATIC) continue;
+      if (!any) print_checked(to, "    It has these function-local static variables:\n");
+      any = true;
+      print_checked(to, "\t%s\n", sym->name);
+    }
+  print_checked(to, "    It has these properties: 0x%08lx\n",
+                static_cast<unsigned long>(fi->properties()));
+  dump_properties(to, fi->properties());
+}
+
+void dump_FUNINFO(const FUNINFO* fi, const FUNLIST* all) {
+  if (!all) {
+    if (!print_debug || !FDEBUG) return;
+    print_if_debug("\n%s() has these properties: 0x%08lx\n", fi->name.c_str(),
+                   static_cast<unsigned long>(fi->properties()));
+    dump_properties(FDEBUG, fi->properties());
+    return;
+  }
+  if (print_debug && FDEBUG) dump_in_full(FDEBUG, fi, all);
+  if (write_opt_info && finfo) dump_in_full(finfo, fi, all);
+}
+
+void dump_call_graph_debug() {
+  if (!(print_debug && FDEBUG) && !(write_opt_info && finfo)) return;
+  std::vector<FUNINFO*> records;
+  for (SYMTAB* sym : functions)
+    records.push_back(make_FUNINFO(sym));
+  std::stable_sort(records.begin(), records.end(),
+                   [](const FUNINFO* a, const FUNINFO* b) { return a->name > b->name; });
+  FUNLIST* all = nullptr;
+  std::unordered_map<const FUNINFO*, FUNLIST*> cells;
+  for (FUNINFO* fi : records)
+    all = cells[fi] = mkFUNLIST(fi, all);
+  for (const FUNINFO* fi : records) {
+    FUNLIST* callees = list_callees(fi);
+    for (const FUNLIST* cell = callees; cell; cell = cell->next)
+      if (const auto known = cells.find(cell->fi); known != cells.end())
+        known->second->ncalls += cell->ncalls;
+    free_FUNLIST(callees);
+  }
+  for (const FUNLIST* cell = all; cell; cell = cell->next)
+    dump_FUNINFO(cell->fi, cell);
+  free_FUNLIST(all);
 }

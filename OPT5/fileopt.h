@@ -21,4 +21,14 @@ void init_ipcp_for_fun();
 // The call graph's nodes, callers before callees as far as is known. Empty until it is set up.
 extern std::vector<FUNINFO*> call_graph;
 void set_up_and_build_call_graph();
+// What each of the given function's direct calls leads to, by the order of first calls. The
+// caller's.
+FUNLIST* list_callees(const FUNINFO* fi);
+// Writes, when debugging, the properties of a function: by their names alone without a list, and
+// together with all else that is known of it where `all` is the unit's list of functions,
+// from the function's own cell on, with the number of calls that lead to each. The information file
+// gets the long form, too.
+void dump_FUNINFO(const FUNINFO* fi, const FUNLIST* all);
+// That for all functions, by name.
+void dump_call_graph_debug();
 void forget_file_analysis(); // at the end of the run

@@ -37,6 +37,7 @@ static void erase_body(FUNINFO* fi) {
   fi->bb_count = 0;
   fi->stmts = fi->global_assertions = nullptr;
   fi->entry_tree = nullptr;
+  fi->symbol_maps.forget();
   fi->newest_label = nullptr;
   fi->eht.clear();
   LS::erase(fi->scope);
@@ -138,9 +139,16 @@ void init_FUNINFO_flags(FUNINFO* fi, int) {
   if (fi->name == "main") fi->set_properties(FP_MAIN);
 }
 
-void dump_FUNINFO(const FUNINFO* fi) {
-  print_if_debug("FUNINFO %s: properties 0x%x, %d blocks\n", fi->name.c_str(), fi->properties(),
-                 fi->bb_count);
+FUNLIST* mkFUNLIST(FUNINFO* fi, FUNLIST* next) {
+  return new FUNLIST{fi, 0, next};
+}
+
+void free_FUNLIST(FUNLIST* list) {
+  while (list) {
+    FUNLIST* next = list->next;
+    delete list;
+    list = next;
+  }
 }
 
 void erase_all_FUNINFOs() {

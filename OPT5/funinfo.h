@@ -3,6 +3,7 @@
 
 #include "OPT5/bblk.h"
 #include "OPT5/memory.h"
+#include "OPT5/snmap.h"
 #include "OPT5/symbol.h"
 #include "ifile/if_client.h"
 #include "support/bitvec.h"
@@ -81,6 +82,8 @@ public:
   SYMPAIRLIST* widened = nullptr;   // locals and their partners in a wider type, owned
   SYMPAIRLIST* shortened = nullptr; // and in a narrower type, owned
 
+  SYMBOL_MAPS symbol_maps; // cleared when the function is written
+
   STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
   STACK_SHARING_SCOPE* sharing_open = nullptr;
   TYPE* sharing_type = nullptr; // of the object that locals share, if any
@@ -130,8 +133,16 @@ FUNINFO* find_FUNINFO(const char* name);
 FUNINFO* find_FUNINFO_for_call(const NODE* call); // null for an indirect call
 bool function_is_defined(const FUNINFO* fi);
 void init_FUNINFO_flags(FUNINFO* fi, int level);
-void dump_FUNINFO(const FUNINFO* fi);
 void erase_all_FUNINFOs();
+
+// A list of functions, each with a number of calls.
+struct FUNLIST {
+  FUNINFO* fi;
+  int ncalls;
+  FUNLIST* next;
+};
+FUNLIST* mkFUNLIST(FUNINFO* fi, FUNLIST* next); // of no call
+void free_FUNLIST(FUNLIST* list);
 
 inline std::array<SYMTAB*, 4> lists_of_locals(const FUNINFO* fi) {
   return {fi->incoming, fi->inlined_params, fi->symbols, fi->reg_candidates};

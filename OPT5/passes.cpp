@@ -183,7 +183,7 @@ const STEP_ROW early_steps[] = {
     {"detect_recursion", BARRIER, step<always, to_be_built>},
     {"do_interprocedural_propagation", BARRIER, step<always, to_be_built>},
     {"auto_inline_call_sites", BARRIER, step<always, to_be_built>},
-    {"dump_call_graph_debug", BARRIER, step<always, to_be_built>},
+    {"dump_call_graph_debug", BARRIER, step<always, dump_call_graph_debug>},
     {"collect_clustered_symbols", BARRIER, step<always, to_be_built>},
     {"pass 2 header", BARRIER, step<always, pass_2_header>},
     {"set call-graph order", BARRIER, step<always, set_call_graph_order>},

@@ -5,6 +5,7 @@
 #include "OPT5/funinfo.h"
 #include "OPT5/infix.h"
 #include "OPT5/optables.h"
+#include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/streams.h"
 #include "OPT5/typetext.h"
@@ -414,8 +415,10 @@ void print_function(FILE* to) {
 }
 
 void prbbinfix() {
-  if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees)) return;
+  if (!print_debug || (!pass_debug_dump_infix && !pass_debug_dump_trees && !pass_debug_dump_scope))
+    return;
   print_if_debug("\n");
+  if (pass_debug_dump_scope && currfuninfo->scope) currfuninfo->scope->print(true, FDEBUG, 0, true);
   if (pass_debug_dump_infix) print_infix(FDEBUG);
   if (pass_debug_dump_trees) print_function(FDEBUG);
 }

@@ -35,5 +35,6 @@ std::string tree_text(const NODE* tree);
 // The current function: declarations of the classes that the optimiser made for it, then the
 // function with a label for each block, by its depth-first number.
 void print_function(FILE* to);
-// To the debug file the function in infix, as a tree, or both, as the debug options ask for it.
+// To the debug file the function's scopes, the function in infix, and as a tree, each if the debug
+// options ask for it.
 void prbbinfix();

@@ -3,10 +3,24 @@
 #include "OPT5/procint.h"
 
 #include "OPT5/fileopt.h"
+#include "OPT5/streams.h"
+#include "support/psn.h"
 
 int inline_blocks_limit = 700;
 
 void init_proc_integration() {}
+SYMTAB* psn_search(const PSN* psn) {
+  return static_cast<SYMTAB*>(find_psn_owner(psn));
+}
+
+void dump_psnmap() {
+  if (!print_debug) return;
+  for (const auto& [psn, owner] : psn_owners())
+    print_if_debug("%p:  PSN (%s,%ld,%ld)  -->  %s\n", static_cast<const void*>(psn),
+                   psn->file ? psn->file : "", static_cast<long>(psn->line),
+                   static_cast<long>(psn->column), owner ? owner->sym_name() : "?");
+}
+
 void dump_psnrefs() {}
 void check_for_synonym_function_in_pass_1() {}
 void check_integrable_definition(FUNINFO*) {}

@@ -2,6 +2,8 @@
 #pragma once
 
 class FUNINFO;
+class SYMTAB;
+struct PSN;
 
 // Blocks that a function may have to be copied into callers without being asked for.
 extern int inline_blocks_limit;
@@ -13,6 +15,10 @@ void check_for_synonym_function_in_pass_1();
 void check_integrable_definition(FUNINFO* fi);
 // Summaries for the inliner: calls and uses in the body.
 void preprocess_fundef(FUNINFO* fi);
+// The function that code at a position was copied from; null if none was.
+SYMTAB* psn_search(const PSN* psn);
+// Lists, when debugging, all positions that code was copied from, with their functions.
+void dump_psnmap();
 // Lists, when debugging, the functions that positions of inlined code belong to. Nothing is inlined
 // yet, so there are none.
 void dump_psnrefs();

@@ -7,6 +7,7 @@
 #include "OPT5/memory.h"
 #include "OPT5/streams.h"
 #include "OPT5/treewalk.h"
+#include "support/psn.h"
 
 // In the memory of the current function.
 static LS* new_scope() {
@@ -16,6 +17,7 @@ static LS* new_scope() {
 LS* LS::init(PSN* psn, SYMTAB* func) {
   auto* root = new_scope();
   root->opened = psn;
+  root->func = func;
   root->open_scopes.push_back(root);
   root->open(psn, func, 0); // parameters
   root->open(psn, func, 0); // outermost block
@@ -47,16 +49,17 @@ void LS::adopt(LS* child) {
   last_child = child;
 }
 
-LS* LS::common_open(PSN* psn) {
+LS* LS::common_open(PSN* psn, SYMTAB* function) {
   auto* scope = new_scope();
+  scope->func = function;
   scope->level = level + 1;
   scope->opened = psn;
   adopt(scope);
   return scope;
 }
 
-void LS::open(PSN* psn, SYMTAB*, unsigned) {
-  open_scopes.push_back(innermost_open()->common_open(psn));
+void LS::open(PSN* psn, SYMTAB* function, unsigned) {
+  open_scopes.push_back(innermost_open()->common_open(psn, function));
 }
 
 void LS::close(PSN* psn, SYMTAB*, unsigned) {
@@ -66,14 +69,12 @@ void LS::close(PSN* psn, SYMTAB*, unsigned) {
 }
 
 LS* LS::innermost_common_scope(LS* a, LS* b) {
-  if (!a || !b) return nullptr;
-  while (a->level > b->level)
-    a = a->parent;
-  while (b->level > a->level)
-    b = b->parent;
-  while (a != b)
-    a = a->parent, b = b->parent;
-  return a;
+  // Two trees have no common scope: at the top of one the walk ends.
+  while (a && b && a != b) {
+    LS*& deeper = a->level >= b->level ? a : b;
+    deeper = deeper->parent;
+  }
+  return a == b ? a : nullptr;
 }
 
 bool LS::encloses(const LS* inner) const {
@@ -118,16 +119,27 @@ LS* LS::copy_scope_tree(std::map<const LS*, LS*>& copies) const {
     copy->level = scope->level;
     copy->opened = scope->opened;
     copy->closed = scope->closed;
+    copy->func = scope->func;
     copies[scope] = copy;
     if (scope != this) copies[scope->parent]->adopt(copy);
   }
   return copies[this];
 }
 
+void LS::offset_scope(unsigned levels, int positions) {
+  CHECK(!parent);
+  for_each_scope(this, [levels, positions](LS* scope) {
+    scope->level += static_cast<int>(levels);
+    if (!positions) return;
+    for (const PSN* psn : {scope->opened, scope->closed})
+      if (psn) note_psn_owner(psn, scope->func);
+  });
+}
+
 void LS::splice_scope(LS* graft, int levels) {
   CHECK(!graft->parent && graft->level + levels == level + 1);
-  adopt(graft);
   for_each_scope(graft, [levels](LS* scope) { scope->level += levels; });
+  adopt(graft);
 }
 
 void LS::add_symbol(SYMTAB* sym) {
@@ -153,12 +165,14 @@ void LS::initialize_scopes_and_ptrs_from_tree(NODE* tree) {
 void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
   // Without recursion: blocks may be nested as deep as a file likes.
   const int own_level = level;
+  const SYMTAB* own_func = func;
   for (const LS* scope = this; scope;) {
     const int width = indent + 2 * (scope->level - own_level);
     print_checked(to, "%*sscope level %d", width, "", scope->level);
     if (scope->opened)
       print_checked(to, ", lines %u to %u", scope->opened->line,
                     scope->closed ? scope->closed->line : 0);
+    if (scope->func && scope->func != own_func) print_checked(to, ", of %s()", scope->func->name);
     print_checked(to, "\n");
     if (with_symbols)
       for (const SYMTAB* sym : scope->symbols)
@@ -174,11 +188,25 @@ void LS::print(bool with_symbols, FILE* to, int indent, bool recursive) const {
   }
 }
 
-void LS::validate() const {
-  for_each_scope(this, [](const LS* scope) {
-    for (const LS* child = scope->first_child; child; child = child->sibling)
-      CHECK(child->parent == scope && child->level == scope->level + 1);
+const char* LS::fault() const {
+  const char* found = nullptr;
+  for_each_scope(this, [&found](const LS* scope) {
+    const LS* last = nullptr;
+    for (const LS* child = scope->first_child; child; last = child, child = child->sibling) {
+      if (child->parent != scope) found = "a scope doesn't name the scope around it";
+      if (child->level != scope->level + 1) found = "a scope has a wrong level";
+    }
+    if (last != scope->last_child) found = "a scope's last child isn't the end of its children";
     for (const SYMTAB* sym : scope->symbols)
-      CHECK(sym->scope == scope);
+      if (sym->scope != scope) found = "a scope holds a symbol of another one";
   });
+  return found;
+}
+
+void LS::validate() const {
+  if (const char* text = fault()) abort_optimizer(text);
+}
+
+void LS::collect(std::unordered_set<const LS*>& found) const {
+  for_each_scope(this, [&found](const LS* scope) { found.insert(scope); });
 }

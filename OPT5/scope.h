@@ -4,6 +4,7 @@
 #include "OPT5/symbol.h"
 
 #include <map>
+#include <unordered_set>
 #include <vector>
 
 class LS {
@@ -15,6 +16,7 @@ public:
   int level = 0;
   PSN* opened = nullptr;
   PSN* closed = nullptr;
+  SYMTAB* func = nullptr; // the function in whose text it stands
   std::vector<SYMTAB*> symbols;
 
   // The root of a function's scopes, with its levels 1 (parameters) and 2 (outermost block) open.
@@ -38,18 +40,28 @@ public:
   // A copy of this scope and of all within it, without symbols, not yet part of a tree. `copies`
   // takes each scope to its copy.
   LS* copy_scope_tree(std::map<const LS*, LS*>& copies) const;
+  // This tree, which is a copy on its way into another function, goes `levels` deeper. With
+  // `positions`, psn_search then knows its positions as of the function that it was copied from.
+  void offset_scope(unsigned levels, int positions);
   // Makes `graft`, a tree of its own, the last scope within this one; all its levels grow by
   // `levels`, which must bring its root to the level below this scope's.
   void splice_scope(LS* graft, int levels);
   void add_symbol(SYMTAB* sym);
   void assign_scope_to_tree(NODE* tree);
   void initialize_scopes_and_ptrs_from_tree(NODE* tree);
+  // A line for each scope, two columns deeper than the one around it.
   void print(bool with_symbols, FILE* to, int indent, bool recursive) const;
+  // The whole tree: children name their parents and are one level deeper, the last child ends the
+  // list of children, symbols name their scope. Ends the run if not.
   void validate() const;
+  // What validate would end the run with; null if nothing is wrong.
+  const char* fault() const;
+  // Adds this scope and all within it.
+  void collect(std::unordered_set<const LS*>& found) const;
 
 private:
   std::vector<LS*> open_scopes; // of the root
   void check_is_current_root() const;
-  LS* common_open(PSN* psn); // what each opening does: a new last child of this scope
+  LS* common_open(PSN* psn, SYMTAB* func); // what each opening does: a new last child
   void adopt(LS* child);
 };

@@ -11,6 +11,7 @@
 #include "OPT5/crash_trigger.h"
 #endif
 #include "OPT5/driver.h"
+#include "OPT5/fileopt.h"
 #include "OPT5/funinfo.h"
 #include "OPT5/mdparser.h"
 #include "OPT5/opt_client.h"
@@ -160,7 +161,7 @@ void run_steps(SYMTAB* sym, step_list& steps) {
   CHECK(currfunc == currfuninfo->symbol);
   dump_function_header();
   if (write_opt_info && finfo) print_info("\n%s\n", std::string(78, '=').c_str());
-  dump_FUNINFO(currfuninfo);
+  dump_FUNINFO(currfuninfo, nullptr);
   if (currfuninfo->has_property(FP_ON_UNSUPPRESSED) && print_debug && opt_level() >= 3)
     print_if_debug("\n!!! %s() (%s) must be unsuppressed !!!\n\n", sym->name,
                    sym->type->str().c_str());

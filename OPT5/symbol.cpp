@@ -76,6 +76,7 @@ void erase_all_symbols() {
   globals_by_name.clear();
   intern_hash.clear();
   alias_exceptions.clear();
+  forget_psn_owners();
   init_symbols();
 }
 

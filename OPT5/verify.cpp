@@ -188,6 +188,7 @@ public:
 
   void run() {
     const FUNINFO* fi = currfuninfo;
+    collect_scopes();
     collect_locals();
     int dfn = 0;
     const BBLK* previous = nullptr;
@@ -214,16 +215,30 @@ private:
   using ARC = std::pair<const BBLK*, const BBLK*>; // from, to
   const char* step;
   std::unordered_set<const SYMTAB*> locals;
+  std::unordered_set<const LS*> scopes;
   std::unordered_set<const BBLK*> blocks;
   std::vector<const NODE*> nodes;               // all that were met
   std::vector<ARC> branches, leaving, arriving; // by control statements and by the lists of edges
 
+  void collect_scopes() {
+    const LS* root = currfuninfo->scope;
+    if (!root) return;
+    if (const char* fault = root->fault()) report_broken_function(step, nullptr, fault);
+    root->collect(scopes);
+  }
+
+  bool is_foreign(const LS* scope) const { return scope && !scopes.count(scope); }
+
   void collect_locals() {
     const FUNINFO* fi = currfuninfo;
     for (const SYMTAB* list : lists_of_locals(fi))
-      for (const SYMTAB* sym = list; sym; sym = sym->next)
+      for (const SYMTAB* sym = list; sym; sym = sym->next) {
         if (!locals.insert(sym).second)
           report_broken_function(step, nullptr, std::string("local on two lists: ") + sym->name);
+        if (is_foreign(sym->scope))
+          report_broken_function(step, nullptr,
+                                 std::string("local of another function's scope: ") + sym->name);
+      }
   }
 
   void check_statement(const NODE* tree) {
@@ -231,6 +246,7 @@ private:
     walk_preorder(tree, [&](const NODE* node) {
       if (node->op == CSE_DUPE) return false;
       nodes.push_back(node);
+      if (is_foreign(node->ls)) report_broken_function(step, tree, "scope of another function");
       if (node->op == NAME && node->u.sym && node->u.sym->is_local() && !locals.count(node->u.sym))
         report_broken_function(
             step, tree, std::string("local not on the function's lists: ") + node->u.sym->name);

@@ -505,6 +505,7 @@ void output_function() {
     disclose_vector_operations(false);
     write_func_body();
   }
+  fi->symbol_maps.clear();
   erase_all();
   fi->clear_maps();
   currfuninfo = file_funinfo;

@@ -1,7 +1,11 @@
 #include "support/psn.h"
 
+#include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <string>
+#include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace {
@@ -25,6 +29,7 @@ struct PSN_EQUAL {
 
 std::unordered_set<std::string> texts;
 std::unordered_set<PSN, PSN_HASH, PSN_EQUAL> psnmap;
+std::unordered_map<const PSN*, I_SYMTAB*> owners;
 
 } // namespace
 
@@ -39,4 +44,34 @@ PSN* make_psn(const char* file, unsigned line, unsigned column) {
   std::lock_guard<std::mutex> hold(psnmap_lock);
   // Positions are immutable once made, so handing out the set's element is safe.
   return const_cast<PSN*>(&*psnmap.insert(PSN{name, line, column}).first);
+}
+
+void note_psn_owner(const PSN* psn, I_SYMTAB* owner) {
+  std::lock_guard<std::mutex> hold(psnmap_lock);
+  owners[psn] = owner;
+}
+
+I_SYMTAB* find_psn_owner(const PSN* psn) {
+  std::lock_guard<std::mutex> hold(psnmap_lock);
+  const auto place = owners.find(psn);
+  return place == owners.end() ? nullptr : place->second;
+}
+
+std::vector<std::pair<const PSN*, I_SYMTAB*>> psn_owners() {
+  std::vector<std::pair<const PSN*, I_SYMTAB*>> all;
+  {
+    std::lock_guard<std::mutex> hold(psnmap_lock);
+    all.assign(owners.begin(), owners.end());
+  }
+  std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) {
+    if (a.first->file != b.first->file)
+      return strcmp(a.first->file ? a.first->file : "", b.first->file ? b.first->file : "") < 0;
+    return std::tie(a.first->line, a.first->column) < std::tie(b.first->line, b.first->column);
+  });
+  return all;
+}
+
+void forget_psn_owners() {
+  std::lock_guard<std::mutex> hold(psnmap_lock);
+  owners.clear();
 }
