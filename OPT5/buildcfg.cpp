@@ -244,8 +244,7 @@ private:
     case URETURN: {
       NODE* ref = alloc_node(LABEL, tp->mk_void());
       bind(ref, exit_block);
-      if (tree->left)
-        ref->profile_count = tree->left->profile_count;
+      if (tree->left) ref->profile_count = tree->left->profile_count;
       cell->tree = maketree(BRANCH, ref, nullptr, tp->mk_void(), tree->ls);
       erase_tree(tree);
       break;

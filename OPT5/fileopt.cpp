@@ -138,15 +138,38 @@ FUNLIST* list_callees(const FUNINFO* fi) {
   return first;
 }
 
-static const char* const property_names[32] = {
-    "FUN_calls_anonymous", "FUN_cannot_suppress", "FUN_is_unsuppressed", "FUN_never_returns",
-    "FUN_calls_OUTSIDE",   "FUN_cannot_inline",   "FUN_is_suppressed",   "FUN_no_global_asg",
-    "FUN_no_global_use",   "FUN_is_referenced",   "FUN_calls_SYSTEM",    "FUN_is_processed",
-    "FUN_is_anonymous",    "FUN_is_interrupt",    "FUN_follows_call",    "FUN_value_needed",
-    "FUN_no_byref_asg",    "FUN_is_pure_fun",     "FUN_cannot_beta",     "FUN_no_RPT_loop",
-    nullptr,               "FUN_is_inlined",      "FUN_no_ind_asg",      "FUN_no_ind_use",
-    "FUN_is_cg_root",      nullptr,               "FUN_is_called",       "FUN_is_extern",
-    "FUN_is_SYSTEM",       "FUN_has_1_BB",        "FUN_is_main",         "FUN_is_cpp"};
+static const char* const property_names[32] = {"FUN_calls_anonymous",
+                                               "FUN_cannot_suppress",
+                                               "FUN_is_unsuppressed",
+                                               "FUN_never_returns",
+                                               "FUN_calls_OUTSIDE",
+                                               "FUN_cannot_inline",
+                                               "FUN_is_suppressed",
+                                               "FUN_no_global_asg",
+                                               "FUN_no_global_use",
+                                               "FUN_is_referenced",
+                                               "FUN_calls_SYSTEM",
+                                               "FUN_is_processed",
+                                               "FUN_is_anonymous",
+                                               "FUN_is_interrupt",
+                                               "FUN_follows_call",
+                                               "FUN_value_needed",
+                                               "FUN_no_byref_asg",
+                                               "FUN_is_pure_fun",
+                                               "FUN_cannot_beta",
+                                               "FUN_no_RPT_loop",
+                                               nullptr,
+                                               "FUN_is_inlined",
+                                               "FUN_no_ind_asg",
+                                               "FUN_no_ind_use",
+                                               "FUN_is_cg_root",
+                                               nullptr,
+                                               "FUN_is_called",
+                                               "FUN_is_extern",
+                                               "FUN_is_SYSTEM",
+                                               "FUN_has_1_BB",
+                                               "FUN_is_main",
+                                               "FUN_is_cpp"};
 
 // Inner blocks with symbols of their own: how many, and how many of them lie in each other.
 static std::pair<unsigned, unsigned> non_trivial_scopes(const LS* root) {
@@ -189,8 +212,9 @@ static void dump_in_full(FILE* to, const FUNINFO* fi, const FUNLIST* all) {
   if (!callees) print_checked(to, "\t<NONE>\n");
   free_FUNLIST(callees);
   if (fi->symbol && fi->symbol->type->is_func()) {
-    print_checked(to, "    It has these parameter types:\n");
     const FUNC_PARTS* parts = fi->symbol->type->func_parts();
+    if (!parts->params.empty() || !parts->is_prototyped)
+      print_checked(to, "    It has these parameter types:\n");
     int number = 0;
     for (const auto& param : parts->params)
       print_checked(to, "\t#%d: %s\n", ++number, param.type->str().c_str());

@@ -4,6 +4,7 @@
 
 #include "OPT5/dominator.h"
 #include "OPT5/loop.h"
+#include "OPT5/restrict.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/stackshare.h"
@@ -38,6 +39,7 @@ static void erase_body(FUNINFO* fi) {
   fi->stmts = fi->global_assertions = nullptr;
   fi->entry_tree = nullptr;
   fi->symbol_maps.forget();
+  fi->pointers.reset();
   fi->newest_label = nullptr;
   fi->eht.clear();
   LS::erase(fi->scope);

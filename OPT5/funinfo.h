@@ -20,6 +20,7 @@ class LS;
 class Dominator;
 struct PTENV;
 struct STACK_SHARING_SCOPE;
+class PTR_TABLE;
 
 // One entry of an exception table.
 struct EHT_ITEM {
@@ -82,7 +83,8 @@ public:
   SYMPAIRLIST* widened = nullptr;   // locals and their partners in a wider type, owned
   SYMPAIRLIST* shortened = nullptr; // and in a narrower type, owned
 
-  SYMBOL_MAPS symbol_maps; // cleared when the function is written
+  std::unique_ptr<PTR_TABLE> pointers; // null while there are none
+  SYMBOL_MAPS symbol_maps;             // cleared when the function is written
 
   STACK_SHARING_SCOPE* sharing_root = nullptr; // owned
   STACK_SHARING_SCOPE* sharing_open = nullptr;

@@ -15,6 +15,7 @@
 #include "OPT5/loop.h"
 #include "OPT5/opt_client.h"
 #include "OPT5/properties.h"
+#include "OPT5/restrict.h"
 #include "OPT5/scope.h"
 #include "OPT5/settings.h"
 #include "OPT5/simpcfg.h"
@@ -127,6 +128,10 @@ void pass_2_inits() {
       print_if_debug("<<NULL SCOPE>>\n");
   }
   if (currfuninfo->scope) currfuninfo->scope->validate();
+  if (print_debug && FDEBUG && pass_debug_dump_scope && currfuninfo->scope) {
+    currfuninfo->scope->build_PTR_equivalence_groups();
+    print_PTRs(FDEBUG);
+  }
   disguise_vector_operations();
   disclose_vector_operations(false);
   disguise_vector_operations();

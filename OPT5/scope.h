@@ -49,6 +49,9 @@ public:
   void add_symbol(SYMTAB* sym);
   void assign_scope_to_tree(NODE* tree);
   void initialize_scopes_and_ptrs_from_tree(NODE* tree);
+  // Called on the current function's root: groups its pointers by what their values were made from
+  // (see OPT5/restrict.h).
+  void build_PTR_equivalence_groups();
   // A line for each scope, two columns deeper than the one around it.
   void print(bool with_symbols, FILE* to, int indent, bool recursive) const;
   // The whole tree: children name their parents and are one level deeper, the last child ends the

@@ -381,22 +381,3 @@ TEST_F(Graph, NewLocalsAreNamedAfterTheirOriginAndType) {
   EXPECT_EQ(find_shortened_symbol_entry(sum), narrow);
   EXPECT_EQ(narrow->size, 16u);
 }
-
-TEST_F(Graph, AScopeTreeIsCopiedAndGraftedDeeper) {
-  LS* root = currfuninfo->scope;
-  root->open(nullptr, func, 0);
-  LS* inner = root->innermost_open();
-  root->open(nullptr, func, 0);
-  root->close(nullptr, func, 0);
-  root->open(nullptr, func, 0); // two scopes side by side within `inner`
-  std::map<const LS*, LS*> copies;
-  LS* copy = inner->copy_scope_tree(copies);
-  EXPECT_EQ(copies.size(), 3u);
-  inner->splice_scope(copy, 1);
-  root->validate();
-  EXPECT_EQ(copy->parent, inner);
-  EXPECT_EQ(inner->last_child, copy);
-  EXPECT_EQ(copy->first_child->sibling, copies[inner->first_child->sibling]);
-  EXPECT_EQ(copy->first_child->level, inner->level + 2);
-  EXPECT_TRUE(inner->encloses(copy->last_child));
-}

@@ -203,38 +203,6 @@ TEST_F(Vocabulary, InternedSymbolsAreOnes) {
   }
 }
 
-TEST_F(Vocabulary, Scopes) {
-  LS* root = currfuninfo->scope;
-  EXPECT_EQ(root->level_0_scope(), root);
-  LS* outer = root->level_2_scope();
-  root->open(nullptr, func, 0);
-  LS* first = root->innermost_open();
-  root->open(nullptr, func, 0);
-  LS* inner = root->innermost_open();
-  root->close(nullptr, func, 0);
-  root->close(nullptr, func, 0);
-  root->open(nullptr, func, 0);
-  LS* second = root->innermost_open();
-  root->close(nullptr, func, 0);
-
-  EXPECT_EQ(LS::innermost_common_scope(inner, second), outer);
-  EXPECT_EQ(LS::innermost_common_scope(inner, first), first);
-  EXPECT_EQ(LS::innermost_common_scope(nullptr, first), nullptr);
-  EXPECT_TRUE(inner->is_strictly_contained_by(outer));
-  EXPECT_FALSE(outer->is_strictly_contained_by(outer));
-  EXPECT_FALSE(outer->is_strictly_contained_by(inner));
-  // A symbol may hold a value in its scope, within it, and around it.
-  SYMTAB* x = variable("x");
-  x->scope = first;
-  for (const LS* scope : {outer, first, inner})
-    EXPECT_TRUE(scope->object_may_be_live_in_scope(x));
-  EXPECT_FALSE(second->object_may_be_live_in_scope(x));
-  NODE* tree = op(PLUS, name(x), icon(1));
-  second->assign_scope_to_tree(tree);
-  EXPECT_TRUE(tree->ls == second && tree->left->ls == second && tree->right->ls == second);
-  erase_tree(tree);
-}
-
 TEST_F(Vocabulary, TypesOfOperators) {
   TYPE *i = tp->mk_plain_int(), *l = tp->mk_long(), *s = tp->mk_char();
   TYPE* p = tp->mk_ptr(l);
